@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Calendar arithmetic on dates held as days since 1899-12-30 (fraction = time of day).
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <QStringView>
+
+#include <cstdint>
+#include <optional>
+
+namespace Calendar {
+
+enum class Unit {
+    Second, ///< "s"
+    Minute, ///< "n"
+    Hour,   ///< "h"
+    Day,    ///< "d"
+    Week,   ///< "ww"
+    Month,  ///< "m"
+    Year    ///< "yyyy"
+};
+
+// "s", "n", "h", "d", "ww", "m", "yyyy"; anything else gives nothing.
+std::optional<Unit> ParseUnit(QStringView code);
+QString UnitCode(Unit unit);
+
+struct DateParts {
+    int year = 1899;
+    int month = 12;
+    int day = 30;
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    int millisecond = 0;
+};
+
+// Splits a date into its calendar parts; the time is rounded to the millisecond.
+DateParts Split(double date);
+
+// Composes a date; every part may be out of range and rolls over, so that day 0 is the
+// last day of the month before and month 13 is January of the next year.
+double FromParts(int year, int month, int day, int hour = 0, int minute = 0, double second = 0.0);
+
+// Adds count units. Months and years keep the day of the month where the target month
+// has it and take the month's last day otherwise; the time of day is kept.
+double Add(Unit unit, std::int64_t count, double date);
+
+// Counts the unit boundaries between from and to (negative when to lies before from).
+// Weeks are counted from Sunday.
+std::int64_t Diff(Unit unit, double from, double to);
+
+// 1 = Sunday ... 7 = Saturday.
+int Weekday(double date);
+
+// ISO 8601 week of the year (1 to 53), the calendar week of German calendars.
+int IsoWeek(double date);
+
+// Lenient parser for dates stored as text: "yyyy-mm-dd[ hh:nn[:ss[.fff]]]" (also with "T"),
+// "dd.mm.yyyy[ hh:nn[:ss]]" and "dd.mm.yy"; blanks around are ignored. Invalid
+// calendar values (month 13, 31.02.) give nothing.
+std::optional<double> ParseDate(QStringView text);
+
+double FromDateTime(const QDateTime& dateTime); // local wall-clock time
+QDateTime ToDateTime(double date);
+double Now();
+
+} // namespace Calendar

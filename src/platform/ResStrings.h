@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The string table: German texts 200-492, English twins 1200-1492, chosen by g_lLangOffset.
+#pragma once
+
+#include <QString>
+
+// The text of id + g_lLangOffset; a missing text gives the id as a decimal number.
+QString GetResString(int id);
+
+// Direct access to the table without the offset, for tests and tools: null when missing.
+QString ResStringRaw(int id);
+int ResStringCount();
