@@ -35,6 +35,9 @@ struct DateParts {
     int millisecond = 0;
 };
 
+// All functions work on whole milliseconds. Dates beyond about 27,000 years from 1900 are
+// clamped to that range and NaN counts as day 0, so no input overflows.
+
 // Splits a date into its calendar parts; the time is rounded to the millisecond.
 DateParts Split(double date);
 
@@ -57,8 +60,9 @@ int Weekday(double date);
 int IsoWeek(double date);
 
 // Lenient parser for dates stored as text: "yyyy-mm-dd[ hh:nn[:ss[.fff]]]" (also with "T"),
-// "dd.mm.yyyy[ hh:nn[:ss]]" and "dd.mm.yy"; blanks around are ignored. Invalid
-// calendar values (month 13, 31.02.) give nothing.
+// "dd.mm.yyyy[ hh:nn[:ss[.fff]]]" and "dd.mm.yy" (00-29 in this century, 30-99 in the last);
+// day, month and hour may have one digit; blanks around are ignored. Invalid
+// calendar values (month 13, 31.02., hour 24) give nothing.
 std::optional<double> ParseDate(QStringView text);
 
 double FromDateTime(const QDateTime& dateTime); // local wall-clock time

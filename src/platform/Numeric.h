@@ -15,3 +15,7 @@ double LeadingNumber(QStringView text);
 // Folded storage of cos phi: |x| > 1 gives 1.1, x > 0 gives 1 - x, else -1 - x.
 // Within -1 to 1 the fold is its own inverse.
 double FoldCosPhi(double x);
+
+// Whole part of x as an int, limited to the int range; NaN gives 0. For numbers read from
+// settings and messages, which may hold anything.
+int ClampToInt(double x);

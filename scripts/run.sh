@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the program, writes its machine-wide settings as an
+# installer would, and starts it. Arguments are passed on (for example .sor files).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+root=$(pwd)
+scripts/install-deps.sh
+cmake --preset app >/dev/null
+cmake --build --preset app --parallel "$(nproc)"
+
+# The machine-wide settings of this build tree: build/etc/xdg/HARVOLD/Sorano.ini.
+lang_offset=0
+[ "${SORANO_LANG:-de}" = "en" ] && lang_offset=1000
+mkdir -p build/etc/xdg/HARVOLD build/log
+cat > build/etc/xdg/HARVOLD/Sorano.ini <<INI
+[Software]
+HARVOLD\\Sorano\\Settings\\LangOffset=$lang_offset
+HARVOLD\\Sorano\\Settings\\whoami=sorano
+HARVOLD\\Sorano\\Settings\\LogPath="$root/build/log"
+HARVOLD\\Sorano\\Settings\\LogMode=3
+INI
+
+if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && command -v xvfb-run >/dev/null; then
+  echo "No display found: starting under Xvfb." >&2
+  exec xvfb-run -a build/bin/sorano "$@"
+fi
+exec build/bin/sorano "$@"

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "SubMain.h"
+
+#include "AppPaths.h"
+#include "Globals.h"
+#include "Logging.h"
+#include "Numeric.h"
+#include "Project.h"
+#include "Settings.h"
+#include "Version.h"
+
+#include <QApplication>
+
+void StartProcess()
+{
+    g_cLogging = new Logging;
+    g_cLogging->WriteLog(QStringLiteral("---------"), QString(), QString(), LogLevel::Always);
+    g_cLogging->WriteLog(QStringLiteral("app start"),
+                         QStringLiteral("starting version %1.%2.%3")
+                             .arg(SoranoVersionMajor)
+                             .arg(SoranoVersionMinor)
+                             .arg(SoranoVersionRevision),
+                         QStringLiteral("Sub Main"), LogLevel::Always);
+
+    // The offset must be numeric as a whole: "1000abc" selects German.
+    const auto offset = Settings::StrictNumber(Settings::Id::LangOffset);
+    g_lLangOffset = offset ? ClampToInt(*offset) : 0;
+
+    const QString whoAmI = Settings::Value(Settings::Id::WhoAmI);
+    g_sWhoAmI = (whoAmI == QLatin1String("sorano") || whoAmI == QLatin1String("talven")) ? whoAmI : QString();
+}
+
+void EndProcess()
+{
+    delete g_cLogging;
+    g_cLogging = nullptr;
+}
+
+int SubMain(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("HARVOLD"));
+    QCoreApplication::setApplicationName(QStringLiteral("Sorano"));
+    QCoreApplication::setApplicationVersion(
+        QStringLiteral("%1.%2.%3").arg(SoranoVersionMajor).arg(SoranoVersionMinor).arg(SoranoVersionRevision));
+    AppPaths::UseInstalledSettingsRoots();
+
+    StartProcess();
+
+    int exitCode = 0;
+    {
+        g_cProject = new Project;
+        g_cProject->Init();
+        // With no main window there is nothing to wait for.
+        if (g_cProject->MainWindow())
+            exitCode = app.exec();
+        delete g_cProject;
+        g_cProject = nullptr;
+    }
+
+    EndProcess();
+    return exitCode;
+}

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The multi-document main window: document area, status line and progress bar.
+#pragma once
+
+#include <QMainWindow>
+
+#include <functional>
+
+class QLabel;
+class QMdiArea;
+class QProgressBar;
+
+class frm_Main : public QMainWindow
+{
+    Q_OBJECT
+public:
+    explicit frm_Main(QWidget* parent = nullptr);
+
+    // Asked when the user closes the window; returning false keeps it open.
+    void SetCloseRequestHandler(std::function<bool()> handler) { m_closeRequest = std::move(handler); }
+
+    // Shows the window in the state the stored placement asked for.
+    void ShowMe();
+
+    // The program's own unload: the placement is written, nobody is asked.
+    void Unload();
+
+    QMdiArea* MdiArea() const { return m_mdiArea; }
+    QLabel* StatusLabel() const { return m_lblStatus; }
+    QProgressBar* ProgressBar() const { return m_prgState; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void LoadPlacement();
+    void SavePlacement();
+
+    QMdiArea* m_mdiArea = nullptr;
+    QLabel* m_lblStatus = nullptr;
+    QProgressBar* m_prgState = nullptr;
+    Qt::WindowStates m_initialState = Qt::WindowNoState;
+    bool m_bUnloading = false;
+    std::function<bool()> m_closeRequest;
+};

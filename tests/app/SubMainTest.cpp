@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Globals.h"
+#include "Logging.h"
+#include "ResStrings.h"
+#include "SubMain.h"
+#include "TempSettings.h"
+#include "Version.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QString KeySettings = QStringLiteral("Software\\HARVOLD\\Sorano\\Settings");
+
+class SubMainTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        QDir().mkpath(roots.Path() + "/logs");
+        roots.SetMachine(KeySettings, "LogPath", roots.Path() + "/logs");
+    }
+    void TearDown() override
+    {
+        EndProcess();
+        g_lLangOffset = 0;
+        g_sWhoAmI.clear();
+    }
+    QStringList LogLines()
+    {
+        QFile file(roots.Path() + "/logs/Sorano.log");
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        return QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
+    }
+
+    TempSettings roots;
+};
+
+TEST_F(SubMainTest, FreshLogStartsWithSeparatorAndVersionLine)
+{
+    StartProcess();
+    const QStringList lines = LogLines();
+    ASSERT_GE(lines.size(), 2);
+    EXPECT_TRUE(QRegularExpression("^\\S.* : --------- - $").match(lines[0]).hasMatch()) << lines[0].toStdString();
+    const QString version = QString("%1.%2.%3").arg(SoranoVersionMajor).arg(SoranoVersionMinor).arg(SoranoVersionRevision);
+    EXPECT_TRUE(lines[1].endsWith(" Sub Main: app start - starting version " + version)) << lines[1].toStdString();
+    // Both lines carry the same kind of date and time in front.
+    EXPECT_EQ(lines[0].indexOf(" : "), lines[1].indexOf(" Sub Main: "));
+
+    EndProcess();
+    const QStringList all = LogLines();
+    ASSERT_EQ(all.size(), 4);
+    EXPECT_TRUE(all[3].endsWith(" --------: --------- - ----------------"));
+}
+
+TEST_F(SubMainTest, LanguageOffsetMustBeNumericAsAWhole)
+{
+    roots.SetMachine(KeySettings, "LangOffset", "1000");
+    StartProcess();
+    EXPECT_EQ(g_lLangOffset, 1000);
+    EXPECT_EQ(GetResString(204), "&File");
+    EndProcess();
+
+    roots.SetMachine(KeySettings, "LangOffset", "1000abc");
+    StartProcess();
+    EXPECT_EQ(g_lLangOffset, 0);
+    EXPECT_EQ(GetResString(204), "&Datei");
+    EndProcess();
+
+    // The per-user root does not choose the language.
+    roots.SetMachine(KeySettings, "LangOffset", "");
+    roots.SetUser(KeySettings, "LangOffset", "1000");
+    StartProcess();
+    EXPECT_EQ(g_lLangOffset, 0);
+}
+
+TEST_F(SubMainTest, EditionTagMustMatchExactly)
+{
+    for (const auto& [stored, tag] : std::vector<std::pair<QString, QString>>{
+             {"sorano", "sorano"}, {"talven", "talven"}, {"Sorano", ""}, {"talven ", ""}, {"", ""}}) {
+        roots.SetMachine(KeySettings, "whoami", stored);
+        StartProcess();
+        EXPECT_EQ(g_sWhoAmI, tag) << stored.toStdString();
+        EndProcess();
+    }
+}
+
+} // namespace
