@@ -39,15 +39,6 @@ TEST_F(ProjectTest, CaptionIsTheConfiguredNameOrTheProgramTitle)
     EXPECT_TRUE(branded.HelpFile().endsWith("/Lastgang Viewer.chm"));
 }
 
-TEST_F(ProjectTest, CompanyValuesAreReadFreshWithMachineFallback)
-{
-    EXPECT_EQ(project.CompanyName(), "");
-    roots.SetMachine("Software\\HARVOLD\\Sorano\\Settings", "CompanyName", "Werk");
-    EXPECT_EQ(project.CompanyName(), "Werk");
-    roots.SetUser("Software\\HARVOLD\\Sorano\\Settings", "CompanyName", "Büro");
-    EXPECT_EQ(project.CompanyName(), "Büro");
-}
-
 TEST_F(ProjectTest, LogMessageSetsStatusTextAndEmptyTextShowsTheNotice)
 {
     Send("LOG", "Daten abholen");

@@ -174,14 +174,4 @@ TEST_F(SettingsTest, BooleansUseTheLeadingNumberButTheOffsetMustBeNumeric)
     EXPECT_EQ(Settings::Number(Id::NavSmallStep), 15.0);
 }
 
-TEST_F(SettingsTest, EveryIdHasADefinitionWithKeyAndName)
-{
-    for (int i = 0; i < static_cast<int>(Id::Count_); ++i) {
-        const auto& def = Settings::DefinitionOf(static_cast<Id>(i));
-        EXPECT_EQ(static_cast<int>(def.id), i);
-        EXPECT_TRUE(QString(def.key).startsWith("Software\\HARVOLD") || QString(def.key) == "Identities\\");
-        EXPECT_FALSE(QString(def.name).isEmpty());
-    }
-}
-
 } // namespace
