@@ -3,447 +3,197 @@
 #include "Calendar.h"
 
 #include <QLocale>
+#include <QTime>
 
 #include <cfloat>
+#include <initializer_list>
 #include <limits>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-const Formatter& German()
+enum Loc { De, En, Gb };
+
+const Formatter& Of(Loc locale)
 {
-    static const Formatter formatter(QLocale(QLocale::German, QLocale::Germany));
-    return formatter;
+    static const Formatter f[]
+        = { Formatter(QLocale(u"de_DE")), Formatter(QLocale(u"en_US")), Formatter(QLocale(u"en_GB")) };
+    return f[locale];
 }
 
-const Formatter& English()
+// One row of a table: a number or date formatted by a locale's mask.
+struct Case
 {
-    static const Formatter formatter(QLocale(QLocale::English, QLocale::UnitedStates));
-    return formatter;
+    Loc locale;
+    double value;
+    QStringView mask;
+    const char* expected;
+};
+
+std::string Trace(const Case& c)
+{
+    return (Of(c.locale).Locale().name() + u'|' + c.mask.toString() + u'|' + QString::number(c.value)).toStdString();
 }
 
-const Formatter& British()
+void ExpectNumbers(std::initializer_list<Case> cases)
 {
-    static const Formatter formatter(QLocale(QLocale::English, QLocale::UnitedKingdom));
-    return formatter;
+    for (const Case& c : cases)
+        EXPECT_EQ(Of(c.locale).FormatNumber(c.value, c.mask).toStdString(), c.expected) << Trace(c);
 }
 
-// Results as std::string, so that a failing comparison prints readable text.
-std::string Number(const Formatter& formatter, double value, QStringView mask)
+void ExpectDates(std::initializer_list<Case> cases)
 {
-    return formatter.FormatNumber(value, mask).toStdString();
+    for (const Case& c : cases)
+        EXPECT_EQ(Of(c.locale).FormatDate(c.value, c.mask).toStdString(), c.expected) << Trace(c);
 }
 
-std::string Date(const Formatter& formatter, double date, QStringView mask)
-{
-    return formatter.FormatDate(date, mask).toStdString();
-}
+const auto At
+    = [](int y, int m, int d, int h = 0, int n = 0, int s = 0) { return Calendar::FromParts(y, m, d, h, n, s); };
 
 // Tuesday, 3 February 2009, in ISO week 6.
-const double kTuesday = Calendar::FromParts(2009, 2, 3, 14, 5, 7);
+const double kTue = At(2009, 2, 3, 14, 5, 7);
 
 } // namespace
 
-// ---------------------------------------------------------------------------------------
-// Number masks
-
-TEST(FormatterNumber, GroupingAndDecimalSeparatorFollowTheLocale)
+TEST(FormatterNumber, DigitsSeparatorsAndLiteralsAreLaidOutAsTheMaskSays)
 {
-    EXPECT_EQ(Number(German(), 1234567.891, u"#,##0.00"), "1.234.567,89");
-    EXPECT_EQ(Number(English(), 1234567.891, u"#,##0.00"), "1,234,567.89");
-    EXPECT_EQ(Number(German(), 999.999, u"#,##0.00"), "1.000,00"); // the carry opens a group
-    EXPECT_EQ(Number(German(), 100, u"#,##0.00"), "100,00");
-    EXPECT_EQ(Number(German(), 0.5, u"#,##0.00"), "0,50");
-    EXPECT_EQ(Number(German(), -1234.5, u"#,##0.00"), "-1.234,50");
-    EXPECT_EQ(Number(English(), 1e9, u"#,##0"), "1,000,000,000");
-    EXPECT_EQ(Number(English(), 1234.5, u"0.00"), "1234.50"); // no comma, no grouping
+    ExpectNumbers({ { De, 1234567.891, u"#,##0.00", "1.234.567,89" }, { En, 1234567.891, u"#,##0.00", "1,234,567.89" },
+        { De, 999.999, u"#,##0.00", "1.000,00" }, { De, -1234.5, u"#,##0.00", "-1.234,50" },
+        { En, 1234.5, u"0.00", "1234.50" }, { De, 12, u"#000", "012" }, { De, 0, u"#", "" }, { De, 0, u"#0", "0" },
+        { De, 1e20, u"0", "100000000000000000000" }, { De, 2, u"0.##", "2," }, { De, 1.2, u"0.0#", "1,2" },
+        { De, 0.5, u"#.##", ",5" }, { De, 12.5, u".00", "12,50" }, { De, 1234567, u"000-00", "12345-67" },
+        { De, 42, u"000-00", "000-42" }, { De, 12.5, u"0.00 \"kW\"", "12,50 kW" },
+        { En, 12.5, u"0.00 \"kW\"", "12.50 kW" }, { De, 3, u"0.00 X²", "3,00 X²" },
+        { De, 5, u"0 \"0#.,%\"", "5 0#.,%" }, { De, 5, u"0 EUR", "5 EUR" }, { De, 3, u"00\\d ", "03d " },
+        { De, 125, u"00\\s", "125s" }, { De, 5, u"\\00", "05" }, { De, 0.5, u"0\\%", "1%" }, { En, 5, u",0", ",5" } });
 }
 
-TEST(FormatterNumber, LiteralsInQuotesAndOtherCharactersPrintAsWritten)
+TEST(FormatterNumber, RoundingGoesHalfAwayFromZeroOnTheDecimalValueAsTyped)
 {
-    EXPECT_EQ(Number(German(), 12.5, u"0.00 \"kW\""), "12,50 kW");
-    EXPECT_EQ(Number(English(), 12.5, u"0.00 \"kW\""), "12.50 kW");
-    EXPECT_EQ(Number(German(), 12.5, u"0.00 \"\""), "12,50 ");
-    EXPECT_EQ(Number(German(), 3, u"0.00 X²"), "3,00 X²");
-    EXPECT_EQ(Number(German(), 7, u"\"Max: \"0.0"), "Max: 7,0");
-    EXPECT_EQ(Number(German(), 5, u"(0)"), "(5)");
-    EXPECT_EQ(Number(German(), 5, u"+0"), "+5");
-    EXPECT_EQ(Number(English(), 1234, u"$#,##0"), "$1,234");
-    // Placeholders, points, commas and percent signs inside quotes are text.
-    EXPECT_EQ(Number(German(), 5, u"0 \"0#.,%\""), "5 0#.,%");
-    // An "E" without a sign and a placeholder after it is a letter like any other.
-    EXPECT_EQ(Number(German(), 5, u"0 EUR"), "5 EUR");
+    // 2.345, 1.005 and 2.675 are stored slightly below the typed half and must still round up.
+    ExpectNumbers({ { De, 0.5, u"0", "1" }, { De, 2.5, u"0", "3" }, { De, -2.5, u"0", "-3" },
+        { De, 1234.5, u"0", "1235" }, { De, -0.25, u"0.0", "-0,3" }, { De, 0.125, u"0.00", "0,13" },
+        { De, 0.124, u"0.00", "0,12" }, { De, 0.96, u"0.#", "1," }, { De, 2.345, u"0.00", "2,35" },
+        { De, 1.005, u"0.00", "1,01" }, { De, 2.675, u"0.00", "2,68" }, { De, -2.345, u"0.00", "-2,35" },
+        { De, 2.3449, u"0.00", "2,34" }, { En, 0.1 + 0.2, u"0.000000", "0.300000" } });
 }
 
-TEST(FormatterNumber, BackslashMakesTheNextCharacterText)
+TEST(FormatterNumber, SectionsAreChosenBySignAndRoundedValueAndNegativesKeepTheirSign)
 {
-    EXPECT_EQ(Number(German(), 3, u"00\\d "), "03d ");
-    EXPECT_EQ(Number(German(), 7, u"00\\h "), "07h ");
-    EXPECT_EQ(Number(German(), 45, u"00\\m "), "45m ");
-    EXPECT_EQ(Number(German(), 125, u"00\\s"), "125s");
-    EXPECT_EQ(Number(German(), 5, u"\\00"), "05");
-    EXPECT_EQ(Number(German(), 0.5, u"0\\%"), "1%"); // an escaped percent does not scale
-
-    // 3725 s is 1 h, 2 min and 5 s, built the way a time difference is.
-    const QString text = German().FormatNumber(1, u"00\\h ") + German().FormatNumber(2, u"00\\m ")
-        + German().FormatNumber(5, u"00\\s");
-    EXPECT_EQ(text.toStdString(), "01h 02m 05s");
+    const QStringView three = u"0.00;(0.00);\"null\"";
+    ExpectNumbers({ { De, 1.5, three, "1,50" }, { De, -1.5, three, "(1,50)" }, { De, 0, three, "null" },
+        { De, 0.004, three, "null" }, { De, -0.004, three, "null" }, { De, 0.005, three, "0,01" },
+        { De, -0.005, three, "(0,01)" }, { De, -3, u"0;(0);\"null\";\"Text\"", "(3)" },
+        { De, 0, u"0;(0);\"null\";\"Text\"", "null" }, { De, 5, u"0\";\"", "5;" }, { De, -5, u"0\\;0", "-0;5" },
+        { De, -1.5, u"0.00 \"kW\"", "-1,50 kW" }, { De, -5, u"(0)", "-(5)" }, { De, -0.4, u"0", "-0" },
+        { De, -0.4, u"0;(0)", "(0)" }, { De, -0.0, u"0", "0" }, { De, -1, u"0.0;;", "-1,0" },
+        { De, 0, u"0.0;;", "0,0" } });
 }
 
-TEST(FormatterNumber, RoundingGoesHalfAwayFromZero)
+TEST(FormatterNumber, TrailingCommasScaleByThousandPercentByHundredAndEPrintsAnExponent)
 {
-    // Halves that binary floating point holds exactly.
-    EXPECT_EQ(Number(German(), 0.5, u"0"), "1");
-    EXPECT_EQ(Number(German(), 1.5, u"0"), "2");
-    EXPECT_EQ(Number(German(), 2.5, u"0"), "3");
-    EXPECT_EQ(Number(German(), -2.5, u"0"), "-3");
-    EXPECT_EQ(Number(German(), 0.25, u"0.0"), "0,3");
-    EXPECT_EQ(Number(German(), -0.25, u"0.0"), "-0,3");
-    EXPECT_EQ(Number(German(), 0.125, u"0.00"), "0,13");
-    EXPECT_EQ(Number(German(), 0.124, u"0.00"), "0,12");
+    ExpectNumbers({ { De, 1234567, u"0,", "1235" }, { De, 1234567890, u"0,,", "1235" },
+        { De, 12345, u"0,.00", "12,35" }, { De, 1234567, u"#,##0,", "1.235" }, { En, 1500, u"0, \"k\"", "2 k" },
+        { De, 0.125, u"0%", "13%" }, { De, 0.0123, u"0.0%", "1,2%" }, { De, 1, u"0.00 %", "100,00 %" },
+        { En, 12345, u"0.00E+00", "1.23E+04" }, { De, 12345, u"0.00E+00", "1,23E+04" },
+        { En, 0.000123, u"0.00E+00", "1.23E-04" }, { En, 12345, u"0.00E-00", "1.23E04" },
+        { En, 0.000123, u"0.00E-00", "1.23E-04" }, { En, -12345, u"0.00E+00", "-1.23E+04" },
+        { En, 0, u"0.0e+0", "0.0e+0" }, { En, 12345, u"00.0E+00", "12.3E+03" }, { En, 9.999, u"0.00E+00", "1.00E+01" },
+        { En, 1e100, u"0.0E+0", "1.0E+100" } });
 }
 
-TEST(FormatterNumber, RoundingWorksOnTheDecimalValueNotItsBinaryApproximation)
+TEST(FormatterNumber, MoreAlternatingMasksThanTheCacheHoldsGiveStableResults)
 {
-    // 2.345 is stored as 2.34499999999999997..., 1.005 as 1.00499999999999989...,
-    // 2.675 as 2.67499999999999982...; the values as typed end in 5 and round up.
-    EXPECT_EQ(Number(German(), 2.345, u"0.00"), "2,35");
-    EXPECT_EQ(Number(German(), 1.005, u"0.00"), "1,01");
-    EXPECT_EQ(Number(German(), 2.675, u"0.00"), "2,68");
-    EXPECT_EQ(Number(German(), -2.345, u"0.00"), "-2,35");
-    EXPECT_EQ(Number(German(), 2.3449, u"0.00"), "2,34");
-    EXPECT_EQ(Number(English(), 0.1 + 0.2, u"0.000000"), "0.300000");
+    const std::initializer_list<Case> cases = { { De, 1234.5, u"0.00", "1234,50" }, { De, 1234.5, u"#,##0", "1.235" },
+        { De, 1234.5, u"0.0%", "123450,0%" }, { De, 1234.5, u"0.00E+00", "1,23E+03" }, { De, 1234.5, u"0;(0)", "1235" },
+        { De, 1234.5, u"00000\\s", "01235s" } };
+    for (int round = 0; round < 3; ++round)
+        ExpectNumbers(cases);
 }
 
-TEST(FormatterNumber, WithoutDecimalPointTheValueIsRoundedAndAllIntegerDigitsShow)
+TEST(FormatterGeneralNumber, ShowsShortestDigitsAndExponentsOnlyAtExtremeMagnitudes)
 {
-    EXPECT_EQ(Number(German(), 1234.5, u"0"), "1235");
-    EXPECT_EQ(Number(German(), 1234, u"00"), "1234");
-    EXPECT_EQ(Number(German(), 12, u"0000"), "0012");
-    EXPECT_EQ(Number(German(), 12, u"#000"), "012");
-    EXPECT_EQ(Number(German(), 0, u"#"), "");
-    EXPECT_EQ(Number(German(), 0.4, u"#"), "");
-    EXPECT_EQ(Number(German(), 0, u"#0"), "0");
-    EXPECT_EQ(Number(German(), 1e20, u"0"), "100000000000000000000");
-}
-
-TEST(FormatterNumber, OptionalDecimalsDropTrailingZerosButKeepThePoint)
-{
-    EXPECT_EQ(Number(German(), 1.5, u"0.##"), "1,5");
-    EXPECT_EQ(Number(German(), 2, u"0.##"), "2,");
-    EXPECT_EQ(Number(German(), 0.96, u"0.#"), "1,");
-    EXPECT_EQ(Number(German(), 1.25, u"0.0#"), "1,25");
-    EXPECT_EQ(Number(German(), 1.2, u"0.0#"), "1,2");
-    EXPECT_EQ(Number(German(), 1, u"0.0#"), "1,0");
-    EXPECT_EQ(Number(German(), 0.5, u"#.##"), ",5");
-    EXPECT_EQ(Number(German(), 12.5, u".00"), "12,50"); // no integer placeholder
-}
-
-TEST(FormatterNumber, NegativeValueWithoutNegativeSectionGetsAMinusInFront)
-{
-    EXPECT_EQ(Number(German(), -1.5, u"0.00 \"kW\""), "-1,50 kW");
-    EXPECT_EQ(Number(German(), -5, u"(0)"), "-(5)");
-    EXPECT_EQ(Number(English(), -5, u"\"$\"0"), "-$5");
-}
-
-TEST(FormatterNumber, SectionsAreChosenBySignAndByTheRoundedValue)
-{
-    const QStringView mask = u"0.00;(0.00);\"null\"";
-    EXPECT_EQ(Number(German(), 1.5, mask), "1,50");
-    EXPECT_EQ(Number(German(), -1.5, mask), "(1,50)");
-    EXPECT_EQ(Number(German(), 0, mask), "null");
-    EXPECT_EQ(Number(German(), 0.004, mask), "null");
-    EXPECT_EQ(Number(German(), -0.004, mask), "null");
-    EXPECT_EQ(Number(German(), 0.005, mask), "0,01");
-    EXPECT_EQ(Number(German(), -0.005, mask), "(0,01)");
-
-    // A fourth section is ignored; a quoted or escaped semicolon does not split.
-    EXPECT_EQ(Number(German(), -3, u"0;(0);\"null\";\"Text\""), "(3)");
-    EXPECT_EQ(Number(German(), 0, u"0;(0);\"null\";\"Text\""), "null");
-    EXPECT_EQ(Number(German(), 5, u"0\";\""), "5;");
-    EXPECT_EQ(Number(German(), -5, u"0\\;0"), "-0;5"); // one section, two placeholders
-}
-
-TEST(FormatterNumber, NegativeValueThatRoundsToZeroKeepsItsSign)
-{
-    EXPECT_EQ(Number(German(), -0.4, u"0"), "-0");
-    EXPECT_EQ(Number(German(), -0.04, u"0.0"), "-0,0");
-    EXPECT_EQ(Number(German(), -0.4, u"0;(0)"), "(0)");
-    EXPECT_EQ(Number(German(), -0.0, u"0"), "0");
-}
-
-TEST(FormatterNumber, EmptySectionsFallBackToThePositiveOne)
-{
-    EXPECT_EQ(Number(German(), -1, u"0.0;;"), "-1,0");
-    EXPECT_EQ(Number(German(), 0, u"0.0;;"), "0,0");
-    EXPECT_EQ(Number(German(), -1, u"0.0;"), "-1,0");
-}
-
-TEST(FormatterNumber, CommasAtTheEndOfTheIntegerPartDivideByThousand)
-{
-    EXPECT_EQ(Number(German(), 1234567, u"0,"), "1235");
-    EXPECT_EQ(Number(German(), 1234567890, u"0,,"), "1235");
-    EXPECT_EQ(Number(German(), 12345, u"0,.00"), "12,35");
-    EXPECT_EQ(Number(German(), 1234567, u"#,##0,"), "1.235");
-    EXPECT_EQ(Number(English(), 1500, u"0, \"k\""), "2 k");
-    // A leading comma has no placeholder to its left and stays text.
-    EXPECT_EQ(Number(English(), 5, u",0"), ",5");
-}
-
-TEST(FormatterNumber, PercentMultipliesByHundred)
-{
-    EXPECT_EQ(Number(German(), 0.5, u"0%"), "50%");
-    EXPECT_EQ(Number(German(), 0.125, u"0%"), "13%");
-    EXPECT_EQ(Number(German(), 0.0123, u"0.0%"), "1,2%");
-    EXPECT_EQ(Number(German(), 1, u"0.00 %"), "100,00 %");
-}
-
-TEST(FormatterNumber, ScientificMasksPrintMantissaAndExponent)
-{
-    EXPECT_EQ(Number(English(), 12345, u"0.00E+00"), "1.23E+04");
-    EXPECT_EQ(Number(German(), 12345, u"0.00E+00"), "1,23E+04");
-    EXPECT_EQ(Number(English(), 0.000123, u"0.00E+00"), "1.23E-04");
-    EXPECT_EQ(Number(English(), 12345, u"0.00E-00"), "1.23E04");
-    EXPECT_EQ(Number(English(), 0.000123, u"0.00E-00"), "1.23E-04");
-    EXPECT_EQ(Number(English(), -12345, u"0.00E+00"), "-1.23E+04");
-    EXPECT_EQ(Number(English(), 0, u"0.0e+0"), "0.0e+0");
-    EXPECT_EQ(Number(English(), 12345, u"00.0E+00"), "12.3E+03");
-    EXPECT_EQ(Number(English(), 9.999, u"0.00E+00"), "1.00E+01"); // rounding moves the exponent
-    EXPECT_EQ(Number(English(), 1e100, u"0.0E+0"), "1.0E+100");
-}
-
-TEST(FormatterNumber, LiteralsBetweenPlaceholdersSplitTheDigits)
-{
-    EXPECT_EQ(Number(German(), 12345, u"000-00"), "123-45");
-    EXPECT_EQ(Number(German(), 1234567, u"000-00"), "12345-67");
-    EXPECT_EQ(Number(German(), 42, u"000-00"), "000-42");
-}
-
-TEST(FormatterNumber, EmptyMaskGivesTheGeneralForm)
-{
-    EXPECT_EQ(Number(German(), 1.5, u""), "1,5");
-    EXPECT_EQ(Number(English(), 1e20, u""), "1E+20");
-}
-
-TEST(FormatterNumber, RepeatedAndAlternatingMasksGiveStableResults)
-{
-    // More masks than a small cache holds, in turn, twice.
-    const std::vector<std::pair<QStringView, std::string>> cases = {
-        { u"0.00", "1234,50" },
-        { u"#,##0", "1.235" },
-        { u"0.0%", "123450,0%" },
-        { u"0.00E+00", "1,23E+03" },
-        { u"0;(0)", "1235" },
-        { u"00000\\s", "01235s" },
-    };
-    for (int round = 0; round < 2; ++round) {
-        for (const auto& [mask, expected] : cases)
-            EXPECT_EQ(Number(German(), 1234.5, mask), expected) << "round " << round;
-    }
-}
-
-// ---------------------------------------------------------------------------------------
-// General number form
-
-TEST(FormatterGeneralNumber, ShowsTheShortestDigitsInFixedNotation)
-{
-    EXPECT_EQ(German().GeneralNumber(0.1).toStdString(), "0,1");
-    EXPECT_EQ(German().GeneralNumber(0.1 + 0.2).toStdString(), "0,30000000000000004");
-    EXPECT_EQ(German().GeneralNumber(1234567).toStdString(), "1234567");
-    EXPECT_EQ(German().GeneralNumber(100).toStdString(), "100");
-    EXPECT_EQ(German().GeneralNumber(-2.5).toStdString(), "-2,5");
-    EXPECT_EQ(German().GeneralNumber(0).toStdString(), "0");
-    EXPECT_EQ(German().GeneralNumber(-0.0).toStdString(), "0");
-    EXPECT_EQ(German().GeneralNumber(0.0001).toStdString(), "0,0001");
-    EXPECT_EQ(English().GeneralNumber(123456789012345.0).toStdString(), "123456789012345");
-    EXPECT_EQ(English().GeneralNumber(1234.5678).toStdString(), "1234.5678");
-}
-
-TEST(FormatterGeneralNumber, UsesExponentFormOnlyForVeryLargeAndSmallMagnitudes)
-{
-    EXPECT_EQ(English().GeneralNumber(1e20).toStdString(), "1E+20");
-    EXPECT_EQ(English().GeneralNumber(1e15).toStdString(), "1E+15");
-    EXPECT_EQ(English().GeneralNumber(1.5e-7).toStdString(), "1.5E-07");
-    EXPECT_EQ(German().GeneralNumber(-2.5e-5).toStdString(), "-2,5E-05");
-    EXPECT_EQ(English().GeneralNumber(1e300).toStdString(), "1E+300");
+    ExpectNumbers({ { De, 0.1, u"", "0,1" }, { De, 0.1 + 0.2, u"", "0,30000000000000004" },
+        { De, 1234567, u"", "1234567" }, { De, -2.5, u"", "-2,5" }, { De, -0.0, u"", "0" },
+        { De, 0.0001, u"", "0,0001" }, { En, 123456789012345.0, u"", "123456789012345" }, { En, 1e15, u"", "1E+15" },
+        { En, 1.5e-7, u"", "1.5E-07" }, { De, -2.5e-5, u"", "-2,5E-05" }, { En, 1e300, u"", "1E+300" } });
 }
 
 TEST(FormatterGeneralNumber, ReadsBackToTheSameDouble)
 {
-    const double values[] = { 1.0 / 3, 2.0 / 3, 0.1 + 0.2, 1e-5 / 3, 123456.789, 1e15 + 0.5, DBL_MAX, DBL_MIN,
-        std::numeric_limits<double>::denorm_min(), -987.654321, 4.35, 5e-5 };
-    for (const double value : values) {
-        bool ok = false;
-        const QString text = English().GeneralNumber(value);
-        EXPECT_EQ(text.toDouble(&ok), value) << text.toStdString();
-        EXPECT_TRUE(ok) << text.toStdString();
+    for (const double value : { 1.0 / 3, 0.1 + 0.2, 1e-5 / 3, 1e15 + 0.5, DBL_MAX, DBL_MIN,
+             std::numeric_limits<double>::denorm_min(), -987.654321, 4.35, 5e-5 }) {
+        const QString text = Of(En).GeneralNumber(value); // none is 0, what a failed parse gives
+        EXPECT_EQ(text.toDouble(), value) << text.toStdString();
     }
 }
 
-// ---------------------------------------------------------------------------------------
-// Date masks
-
-TEST(FormatterDate, DayMonthAndYearTokens)
+TEST(FormatterDate, TokensSeparatorsAndLiteralsFollowTheMaskAndLocale)
 {
-    EXPECT_EQ(Date(German(), kTuesday, u"d.m.yy"), "3.2.09");
-    EXPECT_EQ(Date(German(), kTuesday, u"dd.mm.yyyy"), "03.02.2009");
-    EXPECT_EQ(Date(German(), kTuesday, u"DD.MM.YYYY"), "03.02.2009");
-    EXPECT_EQ(Date(German(), Calendar::FromParts(1999, 12, 31), u"yy yyyy"), "99 1999");
-    EXPECT_EQ(Date(German(), Calendar::FromParts(2010, 11, 9), u"d.m."), "9.11.");
-    // "y" alone counts the day of the year; 2008 is a leap year.
-    EXPECT_EQ(Date(German(), kTuesday, u"y"), "34");
-    EXPECT_EQ(Date(German(), Calendar::FromParts(2008, 12, 31), u"y"), "366");
+    const double morning = At(2009, 2, 3, 9, 5), sunday = At(2009, 2, 8);
+    ExpectDates({ { De, kTue, u"d.m.yy", "3.2.09" }, { De, kTue, u"DD.MM.YYYY", "03.02.2009" },
+        { De, At(1999, 12, 31), u"yy yyyy", "99 1999" }, { De, kTue, u"y", "34" },
+        { De, At(2008, 12, 31), u"y", "366" }, { De, kTue, u"h:n:s", "14:5:7" },
+        { En, kTue, u"dddd, mmmm d, yyyy", "Tuesday, February 3, 2009" }, { En, kTue, u"ddd mmm", "Tue Feb" },
+        { De, kTue, u"dddd, d. mmmm yyyy", "Dienstag, 3. Februar 2009" }, { De, sunday, u"dddd", "Sonntag" },
+        { De, kTue, u"dd/mm/yyyy", "03.02.2009" }, { En, kTue, u"dd/mm/yyyy", "03/02/2009" },
+        { De, kTue, u"dd\\/mm", "03/02" }, { De, kTue, u"w", "3" }, { De, sunday, u"w", "1" },
+        { De, kTue, u"\\Qq", "Q1" }, { De, At(2009, 9, 30), u"\\Qq", "Q3" }, { De, At(2009, 12, 31), u"\\Qq", "Q4" },
+        { En, kTue, u"h:nn AM/PM", "2:05 PM" }, { En, At(2009, 2, 3, 0, 30), u"h:nn AM/PM", "12:30 AM" },
+        { En, At(2009, 2, 3, 12), u"h:nn AM/PM", "12:00 PM" }, { En, morning, u"hh:nn am/pm", "09:05 am" },
+        { En, kTue, u"h A/P", "2 P" }, { En, morning, u"h a/p", "9 a" }, { En, kTue, u"h AMPM", "2 PM" },
+        { En, kTue, u"h", "14" } });
 }
 
-TEST(FormatterDate, TimeTokens)
+TEST(FormatterDate, MRightAfterAnHourMeansMinutes)
 {
-    EXPECT_EQ(Date(German(), kTuesday, u"h:n:s"), "14:5:7");
-    EXPECT_EQ(Date(German(), kTuesday, u"hh:nn:ss"), "14:05:07");
-    const double morning = Calendar::FromParts(2009, 2, 3, 9, 5, 7);
-    EXPECT_EQ(Date(German(), morning, u"h"), "9");
-    EXPECT_EQ(Date(German(), morning, u"hh"), "09");
+    ExpectDates({ { De, kTue, u"hh:mm", "14:05" }, { De, kTue, u"yyyy-mm-dd hh:mm:ss", "2009-02-03 14:05:07" },
+        { De, kTue, u"h \\U\\h\\r mm", "14 Uhr 05" }, { De, kTue, u"mm", "02" }, { De, kTue, u"mm hh", "02 14" },
+        { De, kTue, u"hh dd mm", "14 03 02" }, { De, kTue, u"hh:mm mm", "14:05 02" } });
 }
 
-TEST(FormatterDate, MAfterAnHourMeansMinutes)
+TEST(FormatterDate, IsoWeekCrossesYearEnds)
 {
-    EXPECT_EQ(Date(German(), kTuesday, u"hh:mm"), "14:05");
-    EXPECT_EQ(Date(German(), kTuesday, u"yyyy-mm-dd hh:mm:ss"), "2009-02-03 14:05:07");
-    EXPECT_EQ(Date(German(), kTuesday, u"h \\U\\h\\r mm"), "14 Uhr 05");
-    EXPECT_EQ(Date(German(), kTuesday, u"mm"), "02");
-    EXPECT_EQ(Date(German(), kTuesday, u"mm hh"), "02 14");
-    // Another token in between, or a minute already taken, leaves "mm" the month.
-    EXPECT_EQ(Date(German(), kTuesday, u"hh dd mm"), "14 03 02");
-    EXPECT_EQ(Date(German(), kTuesday, u"hh:mm mm"), "14:05 02");
+    const QStringView mask = u"\\K\\W ww\\, yy";
+    ExpectDates({ { De, kTue, mask, "KW 6, 09" }, { De, At(2010, 1, 3), mask, "KW 53, 10" },
+        { De, At(2008, 12, 29), mask, "KW 1, 08" }, { De, At(2009, 2, 10), u"\"KW\" ww", "KW 7" } });
 }
 
-TEST(FormatterDate, DayAndMonthNamesComeFromTheLocale)
+TEST(FormatterDate, StatisticLineShowsValueAndTimeInEitherLocale)
 {
-    EXPECT_EQ(Date(English(), kTuesday, u"dddd, mmmm d, yyyy"), "Tuesday, February 3, 2009");
-    EXPECT_EQ(Date(English(), kTuesday, u"ddd mmm"), "Tue Feb");
-    EXPECT_EQ(Date(German(), kTuesday, u"dddd, d. mmmm yyyy"), "Dienstag, 3. Februar 2009");
-    const QLocale german(QLocale::German, QLocale::Germany);
-    const QString abbreviated
-        = german.dayName(2, QLocale::ShortFormat) + u' ' + german.monthName(2, QLocale::ShortFormat);
-    EXPECT_EQ(Date(German(), kTuesday, u"ddd mmm"), abbreviated.toStdString());
-    EXPECT_EQ(Date(German(), Calendar::FromParts(2009, 2, 8), u"dddd"), "Sonntag");
-}
-
-TEST(FormatterDate, SlashAndColonAreTheLocaleSeparators)
-{
-    EXPECT_EQ(Date(German(), kTuesday, u"dd/mm/yyyy"), "03.02.2009");
-    EXPECT_EQ(Date(English(), kTuesday, u"dd/mm/yyyy"), "03/02/2009");
-    EXPECT_EQ(Date(German(), kTuesday, u"hh:nn"), "14:05");
-    EXPECT_EQ(Date(English(), kTuesday, u"hh:nn"), "14:05");
-    // Quoted or escaped they are plain characters.
-    EXPECT_EQ(Date(German(), kTuesday, u"dd\"/\"mm"), "03/02");
-    EXPECT_EQ(Date(German(), kTuesday, u"dd\\/mm"), "03/02");
-}
-
-TEST(FormatterDate, LiteralsInQuotesAndAfterBackslash)
-{
-    const double week7 = Calendar::FromParts(2009, 2, 10);
-    EXPECT_EQ(Date(German(), kTuesday, u"\\K\\W ww\\, yy"), "KW 6, 09");
-    EXPECT_EQ(Date(German(), week7, u"\\K\\W ww"), "KW 7");
-    EXPECT_EQ(Date(German(), week7, u"\"KW\" ww"), "KW 7");
-    EXPECT_EQ(Date(German(), kTuesday, u"yyyy-mm-ddThh:nn"), "2009-02-03T14:05");
-}
-
-TEST(FormatterDate, WeekWeekdayAndQuarter)
-{
-    EXPECT_EQ(Date(German(), Calendar::FromParts(2010, 1, 3), u"ww"), "53");
-    EXPECT_EQ(Date(German(), Calendar::FromParts(2008, 12, 29), u"ww"), "1");
-    EXPECT_EQ(Date(German(), kTuesday, u"w"), "3");
-    EXPECT_EQ(Date(German(), Calendar::FromParts(2009, 2, 8), u"w"), "1");
-    EXPECT_EQ(Date(German(), kTuesday, u"\\Qq"), "Q1");
-    EXPECT_EQ(Date(German(), Calendar::FromParts(2009, 11, 30), u"\\Qq"), "Q4");
-    EXPECT_EQ(Date(German(), Calendar::FromParts(2009, 7, 1), u"\\Qq"), "Q3");
-}
-
-TEST(FormatterDate, AmPmMarkersCountTwelveHours)
-{
-    EXPECT_EQ(Date(English(), kTuesday, u"h:nn AM/PM"), "2:05 PM");
-    EXPECT_EQ(Date(English(), Calendar::FromParts(2009, 2, 3, 0, 30), u"h:nn AM/PM"), "12:30 AM");
-    EXPECT_EQ(Date(English(), Calendar::FromParts(2009, 2, 3, 12, 0), u"h:nn AM/PM"), "12:00 PM");
-    EXPECT_EQ(Date(English(), Calendar::FromParts(2009, 2, 3, 9, 5), u"hh:nn am/pm"), "09:05 am");
-    EXPECT_EQ(Date(English(), kTuesday, u"h A/P"), "2 P");
-    EXPECT_EQ(Date(English(), Calendar::FromParts(2009, 2, 3, 9, 5), u"h a/p"), "9 a");
-    EXPECT_EQ(Date(English(), kTuesday, u"h AMPM"), "2 PM");
-    EXPECT_EQ(Date(English(), kTuesday, u"h"), "14");
-}
-
-TEST(FormatterDate, ChartAxisMasks)
-{
-    const double date = Calendar::FromParts(2009, 2, 3, 14, 15, 30);
-    EXPECT_EQ(Date(German(), date, u":ss"), ":30");
-    EXPECT_EQ(Date(German(), date, u":nn:ss"), ":15:30");
-    EXPECT_EQ(Date(German(), date, u":nn"), ":15");
-    EXPECT_EQ(Date(German(), date, u"hh:nn:ss"), "14:15:30");
-    EXPECT_EQ(Date(German(), date, u"dd.mm. hh:nn:ss"), "03.02. 14:15:30");
-    EXPECT_EQ(Date(German(), date, u"dd.mm. hh:nn"), "03.02. 14:15");
-    EXPECT_EQ(Date(German(), date, u"dd.mm.yy hh:nn"), "03.02.09 14:15");
-    EXPECT_EQ(Date(German(), date, u"dd."), "03.");
-    EXPECT_EQ(Date(German(), date, u"mm.yy"), "02.09");
-    EXPECT_EQ(Date(German(), date, u"mm.yyyy"), "02.2009");
-    EXPECT_EQ(Date(German(), date, u"yyyy"), "2009");
-}
-
-TEST(FormatterDate, StatisticLineOfValueAndTime)
-{
-    const double date = Calendar::FromParts(2009, 2, 3, 14, 15);
-    const auto line = [date](const Formatter& formatter) {
-        return (formatter.FormatNumber(12.5, u"0.00 \"kW\"") + u' ' + formatter.FormatDate(date, u"(dd.mm.yyyy hh:nn)"))
-            .toStdString();
-    };
-    EXPECT_EQ(line(English()), "12.50 kW (03.02.2009 14:15)");
-    EXPECT_EQ(line(German()), "12,50 kW (03.02.2009 14:15)");
+    for (const auto& [locale, expected] :
+        { std::pair { En, "12.50 kW (03.02.2009 14:15)" }, std::pair { De, "12,50 kW (03.02.2009 14:15)" } }) {
+        const QString line = Of(locale).FormatNumber(12.5, u"0.00 \"kW\"") + u' '
+            + Of(locale).FormatDate(At(2009, 2, 3, 14, 15), u"(dd.mm.yyyy hh:nn)");
+        EXPECT_EQ(line.toStdString(), expected);
+    }
 }
 
 TEST(FormatterDate, QuarterHourStepsShowWholeMinutes)
 {
     // Adding 1/96 day 96 times collects rounding error; the clock must not show it.
-    double date = Calendar::FromParts(2009, 2, 3);
+    double date = At(2009, 2, 3);
     for (int step = 1; step <= 96; ++step) {
         date += 1.0 / 96;
-        const int minutes = step * 15;
-        const QString expected = QStringLiteral("%1:%2:00")
-                                     .arg(minutes / 60 % 24, 2, 10, QLatin1Char('0'))
-                                     .arg(minutes % 60, 2, 10, QLatin1Char('0'));
-        ASSERT_EQ(Date(German(), date, u"hh:nn:ss"), expected.toStdString()) << "step " << step;
+        const QString expected = QTime(0, 0).addSecs(step * 15 * 60).toString(u"hh:mm:ss");
+        ASSERT_EQ(Of(De).FormatDate(date, u"hh:nn:ss").toStdString(), expected.toStdString()) << "step " << step;
     }
-    EXPECT_EQ(Date(German(), date, u"dd.mm.yyyy"), "04.02.2009");
+    EXPECT_EQ(Of(De).FormatDate(date, u"dd.mm.yyyy").toStdString(), "04.02.2009");
 }
 
-TEST(FormatterDate, NamedFormsFollowTheLocale)
+TEST(FormatterDate, NamedFormsAndTheGeneralDateFollowTheLocale)
 {
-    EXPECT_EQ(Date(German(), kTuesday, u"Short Date"), "03.02.2009");
-    EXPECT_EQ(Date(English(), kTuesday, u"Short Date"), "2/3/2009");
-    EXPECT_EQ(Date(British(), kTuesday, u"Short Date"), "03/02/2009");
-    EXPECT_EQ(Date(German(), kTuesday, u"short date"), "03.02.2009");
-    EXPECT_EQ(Date(German(), kTuesday, u"SHORT DATE"), "03.02.2009");
-
-    // Short time counts 24 hours in every locale.
-    EXPECT_EQ(Date(German(), kTuesday, u"Short Time"), "14:05");
-    EXPECT_EQ(Date(English(), kTuesday, u"Short Time"), "14:05");
-    EXPECT_EQ(Date(British(), kTuesday, u"short time"), "14:05");
-
-    EXPECT_EQ(Date(German(), kTuesday, u"Long Time"), "14:05:07");
-    EXPECT_EQ(Date(English(), kTuesday, u"Long Time"), "2:05:07 PM");
-
-    EXPECT_EQ(Date(German(), kTuesday, u"General Date"), "03.02.2009 14:05:07");
-    EXPECT_EQ(Date(English(), kTuesday, u"general date"), "2/3/2009 2:05:07 PM");
+    // Short time counts 24 hours in every locale; the general form drops midnight and day zero.
+    ExpectDates({ { De, kTue, u"Short Date", "03.02.2009" }, { En, kTue, u"Short Date", "2/3/2009" },
+        { Gb, kTue, u"Short Date", "03/02/2009" }, { De, kTue, u"Short Time", "14:05" },
+        { En, kTue, u"Short Time", "14:05" }, { Gb, kTue, u"short time", "14:05" },
+        { De, kTue, u"Long Time", "14:05:07" }, { En, kTue, u"Long Time", "2:05:07 PM" },
+        { De, kTue, u"General Date", "03.02.2009 14:05:07" }, { En, kTue, u"general date", "2/3/2009 2:05:07 PM" },
+        { De, kTue, u"", "03.02.2009 14:05:07" }, { De, At(2009, 2, 3), u"", "03.02.2009" },
+        { De, At(1899, 12, 30, 14, 5, 7), u"", "14:05:07" }, { De, 0, u"", "00:00:00" } });
+    EXPECT_EQ(Of(De).GeneralDate(kTue).toStdString(), "03.02.2009 14:05:07");
     // Only the whole mask names a form.
-    EXPECT_EQ(Date(German(), kTuesday, u"(Short Date)").find("03.02.2009"), std::string::npos);
-}
-
-TEST(FormatterGeneralDate, LeavesOutMidnightAndDayZero)
-{
-    EXPECT_EQ(German().GeneralDate(kTuesday).toStdString(), "03.02.2009 14:05:07");
-    EXPECT_EQ(English().GeneralDate(kTuesday).toStdString(), "2/3/2009 2:05:07 PM");
-    EXPECT_EQ(German().GeneralDate(Calendar::FromParts(2009, 2, 3)).toStdString(), "03.02.2009");
-    EXPECT_EQ(German().GeneralDate(Calendar::FromParts(1899, 12, 30, 14, 5, 7)).toStdString(), "14:05:07");
-    EXPECT_EQ(German().GeneralDate(0).toStdString(), "00:00:00");
-    EXPECT_EQ(Date(German(), kTuesday, u""), "03.02.2009 14:05:07");
+    EXPECT_EQ(Of(De).FormatDate(kTue, u"(Short Date)").toStdString().find("03.02.2009"), std::string::npos);
 }

@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <limits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -14,17 +15,12 @@ namespace {
 constexpr int kFirstId = 200;
 constexpr int kLastId = 492;
 constexpr int kEnglish = 1000;
-constexpr int kTextsPerLanguage = kLastId - kFirstId + 1;
 
 // Every test may change the language; the next one starts from German again.
 class ResStrings : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        m_savedOffset = g_lLangOffset;
-        g_lLangOffset = 0;
-    }
+    void SetUp() override { m_savedOffset = std::exchange(g_lLangOffset, 0); }
     void TearDown() override { g_lLangOffset = m_savedOffset; }
 
 private:
@@ -44,128 +40,51 @@ QStringList Placeholders(const QString& text)
 
 } // namespace
 
-TEST_F(ResStrings, HoldsBothLanguagesWithContiguousIds)
-{
-    for (int id = kFirstId; id <= kLastId; ++id) {
-        EXPECT_FALSE(ResStringRaw(id).isNull()) << "German id " << id;
-        EXPECT_FALSE(ResStringRaw(id + kEnglish).isNull()) << "English id " << id + kEnglish;
-    }
-    EXPECT_TRUE(ResStringRaw(kFirstId - 1).isNull());
-    EXPECT_TRUE(ResStringRaw(kLastId + 1).isNull());
-    EXPECT_TRUE(ResStringRaw(kFirstId - 1 + kEnglish).isNull());
-    EXPECT_TRUE(ResStringRaw(kLastId + 1 + kEnglish).isNull());
-    EXPECT_EQ(ResStringCount(), 2 * kTextsPerLanguage);
-}
-
-TEST_F(ResStrings, NoTextIsEmptyOrPadded)
+TEST_F(ResStrings, HoldsTwoCompleteBlocksOfTrimmedTextsWithResolvedEscapes)
 {
     for (int id = kFirstId; id <= kLastId; ++id) {
         for (int lang : {0, kEnglish}) {
             const QString text = ResStringRaw(id + lang);
-            EXPECT_FALSE(text.trimmed().isEmpty()) << "id " << id + lang;
-            EXPECT_EQ(text, text.trimmed()) << "id " << id + lang;
+            EXPECT_TRUE(!text.trimmed().isEmpty() && text == text.trimmed() && !text.contains(u'\\'))
+                << "id " << id + lang << ": '" << text.toStdString() << "'";
         }
     }
+    for (int id : {kFirstId - 1, kLastId + 1, kFirstId - 1 + kEnglish, kLastId + 1 + kEnglish})
+        EXPECT_TRUE(ResStringRaw(id).isNull()) << "id " << id;
+    EXPECT_EQ(ResStringCount(), 2 * (kLastId - kFirstId + 1));
 }
 
-TEST_F(ResStrings, OffsetZeroGivesGermanTexts)
+TEST_F(ResStrings, EnglishTwinsAreTranslatedAndKeepAccessKeysPlaceholdersAndLineBreaks)
 {
-    EXPECT_EQ(GetResString(200), QStringLiteral("SoRaNo"));
-    EXPECT_EQ(GetResString(204), QStringLiteral("&Datei"));
-    EXPECT_EQ(GetResString(210), QStringLiteral("Speichern &unter ..."));
-    EXPECT_EQ(GetResString(232), QStringLiteral("Z&oom zurück"));
-    EXPECT_EQ(GetResString(208), QStringLiteral("S&chließen"));
-    EXPECT_EQ(GetResString(369), QStringLiteral("FEHLT"));
-    EXPECT_EQ(GetResString(390), QStringLiteral("2. Y-Achse (recht)"));
-    EXPECT_EQ(GetResString(431), QStringLiteral("%v um %l"));
-    EXPECT_EQ(GetResString(490), QStringLiteral("Wollen Sie das Profil '%s' wrklich löschen?"));
-    EXPECT_EQ(GetResString(491), QStringLiteral("Version"));
-}
-
-TEST_F(ResStrings, EscapedLineBreakBecomesRealLineBreak)
-{
-    EXPECT_EQ(GetResString(488),
-              QStringLiteral("Die angegebene Datei %s existiert bereits.\n"
-                             "Soll die Datei überschrieben werden?"));
-    EXPECT_EQ(GetResString(295).count(u'\n'), 2);
-    EXPECT_FALSE(GetResString(295).contains(u'\\'));
-    g_lLangOffset = kEnglish;
-    EXPECT_EQ(GetResString(489).count(u'\n'), 2);
-    EXPECT_FALSE(GetResString(489).contains(u'\\'));
-}
-
-TEST_F(ResStrings, EnglishOffsetGivesEnglishTwins)
-{
-    g_lLangOffset = kEnglish;
-    EXPECT_EQ(GetResString(204), QStringLiteral("&File"));
-    EXPECT_EQ(GetResString(210), QStringLiteral("Save &as ..."));
-    EXPECT_EQ(GetResString(232), QStringLiteral("Z&oom out"));
-    EXPECT_EQ(GetResString(369), QStringLiteral("MISS"));
-    EXPECT_EQ(GetResString(382), QStringLiteral("View"));
-    EXPECT_EQ(GetResString(431), QStringLiteral("%v at %l"));
-    EXPECT_EQ(GetResString(200), QStringLiteral("SoRaNo"));
-}
-
-TEST_F(ResStrings, EnglishTwinDiffersFromGermanText)
-{
-    // A block copied over without translation would pass the shape checks below.
     int differing = 0;
     for (int id = kFirstId; id <= kLastId; ++id) {
-        if (ResStringRaw(id) != ResStringRaw(id + kEnglish))
-            ++differing;
-    }
-    EXPECT_GT(differing, kTextsPerLanguage * 3 / 4);
-}
-
-TEST_F(ResStrings, OffsetPastTheTableShowsIdAsNumber)
-{
-    g_lLangOffset = 5000;
-    EXPECT_EQ(GetResString(204), QStringLiteral("204"));
-    EXPECT_EQ(GetResString(492), QStringLiteral("492"));
-    g_lLangOffset = std::numeric_limits<qint32>::max();
-    EXPECT_EQ(GetResString(204), QStringLiteral("204"));
-    g_lLangOffset = std::numeric_limits<qint32>::min();
-    EXPECT_EQ(GetResString(204), QStringLiteral("204"));
-}
-
-TEST_F(ResStrings, MissingIdShowsItsNumber)
-{
-    EXPECT_EQ(GetResString(199), QStringLiteral("199"));
-    EXPECT_EQ(GetResString(0), QStringLiteral("0"));
-    EXPECT_EQ(GetResString(-7), QStringLiteral("-7"));
-    g_lLangOffset = kEnglish;
-    EXPECT_EQ(GetResString(493), QStringLiteral("493"));
-}
-
-TEST_F(ResStrings, EnglishTwinKeepsMenuAccessKey)
-{
-    for (int id = kFirstId; id <= kLastId; ++id) {
-        const QString german = ResStringRaw(id);
-        const QString english = ResStringRaw(id + kEnglish);
-        const qsizetype expected = german.contains(u'&') ? 1 : 0;
-        EXPECT_EQ(english.count(u'&'), expected) << "id " << id + kEnglish << ": "
-                                                 << english.toStdString();
-        const qsizetype at = english.indexOf(u'&');
-        if (at >= 0) {
-            ASSERT_LT(at + 1, english.size()) << "id " << id + kEnglish;
-            EXPECT_TRUE(english[at + 1].isLetterOrNumber()) << "id " << id + kEnglish;
-        }
-    }
-}
-
-TEST_F(ResStrings, TwinsShareLineBreaksAndPlaceholders)
-{
-    for (int id = kFirstId; id <= kLastId; ++id) {
-        const QString german = ResStringRaw(id);
-        const QString english = ResStringRaw(id + kEnglish);
+        const QString german = ResStringRaw(id), english = ResStringRaw(id + kEnglish);
+        differing += german != english ? 1 : 0;
         EXPECT_EQ(german.count(u'\n'), english.count(u'\n')) << "id " << id;
         EXPECT_EQ(Placeholders(german), Placeholders(english)) << "id " << id;
+        const qsizetype key = english.indexOf(u'&');
+        EXPECT_EQ(english.count(u'&'), german.contains(u'&') ? 1 : 0) << "id " << id + kEnglish;
+        EXPECT_TRUE(key < 0 || (key + 1 < english.size() && english[key + 1].isLetterOrNumber()))
+            << "id " << id + kEnglish << ": " << english.toStdString();
     }
+    // A block copied over without translation would pass the shape checks above.
+    EXPECT_GT(differing, (kLastId - kFirstId + 1) * 3 / 4);
 }
 
-TEST_F(ResStrings, CallerPlaceholdersAreLeftInPlace)
+TEST_F(ResStrings, OffsetChoosesTheLanguageAndAMissingTextShowsItsId)
 {
-    EXPECT_EQ(GetResString(260), QStringLiteral("Über @..."));
-    EXPECT_EQ(GetResString(462), QStringLiteral("Seite %s1 von %s2"));
-    EXPECT_EQ(Placeholders(GetResString(425)), QStringList{QStringLiteral("%s")});
+    constexpr qint32 kLowest = std::numeric_limits<qint32>::min();
+    const struct { qint32 offset; int id; const char16_t* text; } cases[] = {{0, 200, u"SoRaNo"},
+        {0, 204, u"&Datei"}, {0, 208, u"S&chließen"}, {0, 369, u"FEHLT"}, {0, 390, u"2. Y-Achse (recht)"},
+        {0, 431, u"%v um %l"}, {0, 462, u"Seite %s1 von %s2"}, {0, 260, u"Über @..."},
+        {0, 490, u"Wollen Sie das Profil '%s' wrklich löschen?"},
+        {0, 488, u"Die angegebene Datei %s existiert bereits.\nSoll die Datei überschrieben werden?"},
+        {kEnglish, 204, u"&File"}, {kEnglish, 369, u"MISS"}, {kEnglish, 431, u"%v at %l"},
+        // Ids outside the table and offsets past it show the id, also where a 32-bit sum would wrap to 1204.
+        {0, 199, u"199"}, {0, 0, u"0"}, {0, -7, u"-7"}, {kEnglish, 493, u"493"}, {5000, 492, u"492"},
+        {std::numeric_limits<qint32>::max(), 204, u"204"}, {kLowest + 1204, kLowest, u"-2147483648"}};
+    for (const auto& c : cases) {
+        g_lLangOffset = c.offset;
+        EXPECT_EQ(GetResString(c.id), QString::fromUtf16(c.text)) << "id " << c.id << " at offset " << c.offset;
+    }
 }
