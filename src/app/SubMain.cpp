@@ -4,6 +4,7 @@
 #include "AppPaths.h"
 #include "Globals.h"
 #include "Logging.h"
+#include "MatrixScriptEngine.h"
 #include "Numeric.h"
 #include "Project.h"
 #include "Settings.h"
@@ -28,10 +29,23 @@ void StartProcess()
 
     const QString whoAmI = Settings::Value(Settings::Id::WhoAmI);
     g_sWhoAmI = (whoAmI == QLatin1String("sorano") || whoAmI == QLatin1String("talven")) ? whoAmI : QString();
+
+    // Without an engine the program still runs; curves then fail where they evaluate.
+    try {
+        g_cScriptEngine = new MatrixScriptEngine;
+    } catch (const std::exception& error) {
+        g_cLogging->WriteLog(QStringLiteral("bind matrix-engine"),
+                             QStringLiteral("error %1 (%2) binding the matrix-engine.")
+                                 .arg(-1)
+                                 .arg(QString::fromLocal8Bit(error.what())),
+                             QStringLiteral("Main"), LogLevel::Error);
+    }
 }
 
 void EndProcess()
 {
+    delete g_cScriptEngine;
+    g_cScriptEngine = nullptr;
     delete g_cLogging;
     g_cLogging = nullptr;
 }

@@ -354,6 +354,11 @@ std::int64_t Diff(Unit unit, double from, double to)
     return (second.year * 12 + second.month) - (first.year * 12 + first.month);
 }
 
+std::int64_t WholeSeconds(double date)
+{
+    return FloorDiv(ToMs(date), MsPerSecond);
+}
+
 int Weekday(double date)
 {
     // Day 0 was a Saturday.

@@ -53,6 +53,10 @@ double Add(Unit unit, std::int64_t count, double date);
 // Weeks are counted from Sunday.
 std::int64_t Diff(Unit unit, double from, double to);
 
+// Whole seconds since day 0, floored after rounding to the millisecond, so that
+// Diff(Unit::Second, a, b) == WholeSeconds(b) - WholeSeconds(a).
+std::int64_t WholeSeconds(double date);
+
 // 1 = Sunday ... 7 = Saturday.
 int Weekday(double date);
 

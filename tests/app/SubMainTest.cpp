@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Globals.h"
 #include "Logging.h"
+#include "MatrixScriptEngine.h"
 #include "ResStrings.h"
 #include "SubMain.h"
 #include "TempSettings.h"
@@ -52,7 +53,13 @@ TEST_F(SubMainTest, FreshLogStartsWithSeparatorAndVersionLine)
     // Both lines carry the same kind of date and time in front.
     EXPECT_EQ(lines[0].indexOf(" : "), lines[1].indexOf(" Sub Main: "));
 
+    // Start-up binds the one script engine; the end releases it.
+    ASSERT_NE(g_cScriptEngine, nullptr);
+    g_cScriptEngine->SetScript(QStringLiteral("RESULT = 1 + 1"));
+    EXPECT_EQ(g_cScriptEngine->Execute(), 0);
+
     EndProcess();
+    EXPECT_EQ(g_cScriptEngine, nullptr);
     const QStringList all = LogLines();
     ASSERT_EQ(all.size(), 4);
     EXPECT_TRUE(all[3].endsWith(" --------: --------- - ----------------"));

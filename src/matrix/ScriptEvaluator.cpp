@@ -1,0 +1,483 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Binding turns the syntax tree into a tree of matrix expressions with known shapes; scalar
+// parts (numbers, 1x1 blocks, aggregates) are computed right away. A matrix expression is then
+// pulled column by column in chunks of rows, each node filling one chunk-sized buffer, so that
+// evaluation allocates per node and never per cell, and reads the blocks without copying.
+//
+// Semantics of missing samples: a cell equal to its block's NoValue is missing; element-wise
+// operators give NoValue where an operand is missing or the result is not a finite number;
+// aggregates skip missing cells. A block of two or more columns carries the time in column 0:
+// element-wise operators pass it through from the left-most such operand, and aggregates
+// only look at the value columns.
+#include "ScriptEvaluator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace MatrixScript {
+
+namespace {
+
+constexpr double Missing = MatrixBlock::DefaultNoValue;
+constexpr qsizetype ChunkRows = 512;
+
+inline double Finite(double value)
+{
+    return std::isfinite(value) ? value : Missing;
+}
+
+// A matrix-valued expression with a known shape.
+class Matrix
+{
+public:
+    Matrix(qsizetype rows, qsizetype columns, bool timed) : m_rows(rows), m_columns(columns), m_timed(timed) {}
+    virtual ~Matrix() = default;
+
+    // Rows [row, row + count) of the column, count <= ChunkRows; missing cells are Missing.
+    // The pointer stays valid until the next Fetch on this node.
+    virtual const double* Fetch(qsizetype column, qsizetype row, qsizetype count) = 0;
+
+    qsizetype Rows() const { return m_rows; }
+    qsizetype Columns() const { return m_columns; }
+    bool Timed() const { return m_timed; }
+    qsizetype FirstValueColumn() const { return m_timed ? 1 : 0; }
+
+protected:
+    double* Buffer()
+    {
+        if (m_buffer.empty())
+            m_buffer.resize(ChunkRows);
+        return m_buffer.data();
+    }
+
+private:
+    qsizetype m_rows;
+    qsizetype m_columns;
+    bool m_timed;
+    std::vector<double> m_buffer;
+};
+
+// Either a scalar or a matrix expression.
+struct Value
+{
+    double scalar = 0.0;
+    std::unique_ptr<Matrix> matrix;
+
+    bool IsScalar() const { return !matrix; }
+};
+
+class BlockMatrix final : public Matrix
+{
+public:
+    explicit BlockMatrix(const MatrixBlock& block)
+        : Matrix(block.Rows(), block.Columns(), block.Columns() >= 2), m_block(block), m_noValue(block.NoValue())
+    {
+    }
+
+    const double* Fetch(qsizetype column, qsizetype row, qsizetype count) override
+    {
+        const double* cells = m_block.Column(column).data() + row;
+        if (m_noValue == Missing)
+            return cells;
+        double* out = Buffer();
+        for (qsizetype i = 0; i < count; ++i)
+            out[i] = cells[i] == m_noValue ? Missing : cells[i];
+        return out;
+    }
+
+private:
+    const MatrixBlock& m_block;
+    double m_noValue;
+};
+
+class ColumnsMatrix final : public Matrix
+{
+public:
+    ColumnsMatrix(std::unique_ptr<Matrix> source, qsizetype first, qsizetype last)
+        : Matrix(source->Rows(), last - first + 1, source->Timed() && first == 0 && last >= 1),
+          m_source(std::move(source)), m_first(first)
+    {
+    }
+
+    const double* Fetch(qsizetype column, qsizetype row, qsizetype count) override
+    {
+        return m_source->Fetch(m_first + column, row, count);
+    }
+
+private:
+    std::unique_ptr<Matrix> m_source;
+    qsizetype m_first;
+};
+
+class NegateMatrix final : public Matrix
+{
+public:
+    explicit NegateMatrix(std::unique_ptr<Matrix> source)
+        : Matrix(source->Rows(), source->Columns(), source->Timed()), m_source(std::move(source))
+    {
+    }
+
+    const double* Fetch(qsizetype column, qsizetype row, qsizetype count) override
+    {
+        const double* in = m_source->Fetch(column, row, count);
+        if (Timed() && column == 0)
+            return in;
+        double* out = Buffer();
+        for (qsizetype i = 0; i < count; ++i)
+            out[i] = in[i] == Missing ? Missing : -in[i];
+        return out;
+    }
+
+private:
+    std::unique_ptr<Matrix> m_source;
+};
+
+double Apply(BinaryOp op, double a, double b)
+{
+    if (a == Missing || b == Missing)
+        return Missing;
+    switch (op) {
+    case BinaryOp::Add:
+        return Finite(a + b);
+    case BinaryOp::Subtract:
+        return Finite(a - b);
+    case BinaryOp::Multiply:
+        return Finite(a * b);
+    case BinaryOp::Divide:
+        return Finite(a / b);
+    case BinaryOp::Power:
+        return Finite(b == 2.0 ? a * a : std::pow(a, b));
+    }
+    return Missing;
+}
+
+// The loops are instantiated per operator so that the compiler can vectorise them.
+template <typename Op>
+void ApplyEach(const double* a, const double* b, double* out, qsizetype count, Op op)
+{
+    for (qsizetype i = 0; i < count; ++i)
+        out[i] = (a[i] == Missing || b[i] == Missing) ? Missing : Finite(op(a[i], b[i]));
+}
+
+template <typename Op>
+void ApplyEachScalar(const double* a, double b, bool scalarLeft, double* out, qsizetype count, Op op)
+{
+    if (scalarLeft) {
+        for (qsizetype i = 0; i < count; ++i)
+            out[i] = a[i] == Missing ? Missing : Finite(op(b, a[i]));
+    } else {
+        for (qsizetype i = 0; i < count; ++i)
+            out[i] = a[i] == Missing ? Missing : Finite(op(a[i], b));
+    }
+}
+
+template <typename Visitor>
+void WithOperator(BinaryOp op, Visitor&& visit)
+{
+    switch (op) {
+    case BinaryOp::Add:
+        return visit([](double x, double y) { return x + y; });
+    case BinaryOp::Subtract:
+        return visit([](double x, double y) { return x - y; });
+    case BinaryOp::Multiply:
+        return visit([](double x, double y) { return x * y; });
+    case BinaryOp::Divide:
+        return visit([](double x, double y) { return x / y; });
+    case BinaryOp::Power:
+        return visit([](double x, double y) { return y == 2.0 ? x * x : std::pow(x, y); });
+    }
+}
+
+class BinaryMatrix final : public Matrix
+{
+public:
+    BinaryMatrix(BinaryOp op, std::unique_ptr<Matrix> left, std::unique_ptr<Matrix> right)
+        : Matrix(left->Rows(), left->Columns(), left->Timed()), m_op(op), m_left(std::move(left)),
+          m_right(std::move(right))
+    {
+    }
+
+    const double* Fetch(qsizetype column, qsizetype row, qsizetype count) override
+    {
+        const double* a = m_left->Fetch(column, row, count);
+        if (Timed() && column == 0)
+            return a;
+        const double* b = m_right->Fetch(column, row, count);
+        double* out = Buffer();
+        WithOperator(m_op, [&](auto op) { ApplyEach(a, b, out, count, op); });
+        return out;
+    }
+
+private:
+    BinaryOp m_op;
+    std::unique_ptr<Matrix> m_left;
+    std::unique_ptr<Matrix> m_right;
+};
+
+class ScalarBinaryMatrix final : public Matrix
+{
+public:
+    ScalarBinaryMatrix(BinaryOp op, std::unique_ptr<Matrix> matrix, double scalar, bool scalarLeft)
+        : Matrix(matrix->Rows(), matrix->Columns(), matrix->Timed()), m_op(op), m_matrix(std::move(matrix)),
+          m_scalar(scalar), m_scalarLeft(scalarLeft)
+    {
+    }
+
+    const double* Fetch(qsizetype column, qsizetype row, qsizetype count) override
+    {
+        const double* a = m_matrix->Fetch(column, row, count);
+        if (Timed() && column == 0)
+            return a;
+        double* out = Buffer();
+        if (m_scalar == Missing)
+            std::fill_n(out, count, Missing);
+        else
+            WithOperator(m_op, [&](auto op) { ApplyEachScalar(a, m_scalar, m_scalarLeft, out, count, op); });
+        return out;
+    }
+
+private:
+    BinaryOp m_op;
+    std::unique_ptr<Matrix> m_matrix;
+    double m_scalar;
+    bool m_scalarLeft;
+};
+
+// Calls visit(pointer, firstRow, count) for every chunk of every value column.
+template <typename Visitor>
+void ForEachValueChunk(Matrix& matrix, Visitor&& visit)
+{
+    for (qsizetype column = matrix.FirstValueColumn(); column < matrix.Columns(); ++column)
+        for (qsizetype row = 0; row < matrix.Rows(); row += ChunkRows) {
+            const qsizetype count = std::min(ChunkRows, matrix.Rows() - row);
+            visit(matrix.Fetch(column, row, count), row, count);
+        }
+}
+
+double Aggregate(Function function, Matrix& matrix)
+{
+    switch (function) {
+    case Function::Max:
+    case Function::Min: {
+        const bool max = function == Function::Max;
+        double best = max ? -std::numeric_limits<double>::infinity() : std::numeric_limits<double>::infinity();
+        bool found = false;
+        ForEachValueChunk(matrix, [&](const double* cells, qsizetype, qsizetype count) {
+            for (qsizetype i = 0; i < count; ++i) {
+                const double v = cells[i];
+                if (v != Missing && (max ? v > best : v < best)) {
+                    best = v;
+                    found = true;
+                }
+            }
+        });
+        return found ? best : Missing;
+    }
+    case Function::MaxAt:
+    case Function::MinAt: {
+        // The first row holding the extreme value wins a tie.
+        const bool max = function == Function::MaxAt;
+        double best = max ? -std::numeric_limits<double>::infinity() : std::numeric_limits<double>::infinity();
+        qsizetype bestRow = -1;
+        ForEachValueChunk(matrix, [&](const double* cells, qsizetype first, qsizetype count) {
+            for (qsizetype i = 0; i < count; ++i) {
+                const double v = cells[i];
+                if (v != Missing && ((max ? v > best : v < best) || (v == best && first + i < bestRow))) {
+                    best = v;
+                    bestRow = first + i;
+                }
+            }
+        });
+        return bestRow < 0 ? Missing : static_cast<double>(bestRow);
+    }
+    case Function::Mean:
+    case Function::Sum:
+    case Function::Count: {
+        double sum = 0.0;
+        qsizetype count = 0;
+        ForEachValueChunk(matrix, [&](const double* cells, qsizetype, qsizetype n) {
+            for (qsizetype i = 0; i < n; ++i) {
+                const double v = cells[i];
+                if (v != Missing) {
+                    sum += v;
+                    ++count;
+                }
+            }
+        });
+        if (function == Function::Count)
+            return static_cast<double>(count);
+        if (function == Function::Sum)
+            return Finite(sum);
+        return count == 0 ? Missing : Finite(sum / static_cast<double>(count));
+    }
+    case Function::Cols:
+        break;
+    }
+    return Missing;
+}
+
+double AggregateScalar(Function function, double value)
+{
+    const bool missing = value == Missing;
+    switch (function) {
+    case Function::Max:
+    case Function::Min:
+    case Function::Mean:
+        return value;
+    case Function::MaxAt:
+    case Function::MinAt:
+        return missing ? Missing : 0.0;
+    case Function::Sum:
+        return missing ? 0.0 : value;
+    case Function::Count:
+        return missing ? 0.0 : 1.0;
+    case Function::Cols:
+        break;
+    }
+    return Missing;
+}
+
+QString ShapeText(const Value& value)
+{
+    if (value.IsScalar())
+        return QStringLiteral("1x1");
+    return QStringLiteral("%1x%2").arg(value.matrix->Rows()).arg(value.matrix->Columns());
+}
+
+class Binder
+{
+public:
+    explicit Binder(const MatrixVariables& variables) : m_variables(variables) {}
+
+    Value Bind(const Node& node)
+    {
+        switch (node.kind) {
+        case Node::Kind::Number:
+            return Scalar(node.number);
+        case Node::Kind::Variable:
+            return Variable(node);
+        case Node::Kind::Negate: {
+            Value operand = Bind(*node.children.front());
+            if (operand.IsScalar())
+                return Scalar(operand.scalar == Missing ? Missing : -operand.scalar);
+            return FromMatrix(std::make_unique<NegateMatrix>(std::move(operand.matrix)));
+        }
+        case Node::Kind::Binary:
+            return Binary(node, Bind(*node.children[0]), Bind(*node.children[1]));
+        case Node::Kind::Call:
+            return Call(node);
+        }
+        return Scalar(Missing);
+    }
+
+private:
+    static Value Scalar(double value) { return Value{value, nullptr}; }
+
+    // A 1x1 matrix is a scalar from here on.
+    static Value FromMatrix(std::unique_ptr<Matrix> matrix)
+    {
+        if (matrix->Rows() == 1 && matrix->Columns() == 1)
+            return Scalar(matrix->Fetch(0, 0, 1)[0]);
+        return Value{0.0, std::move(matrix)};
+    }
+
+    Value Variable(const Node& node)
+    {
+        const MatrixBlockPtr block = m_variables.Find(node.name);
+        if (!block)
+            throw ScriptError(Status::UnknownName, node.position,
+                              QStringLiteral("unknown variable \"%1\"").arg(node.name));
+        return FromMatrix(std::make_unique<BlockMatrix>(*block));
+    }
+
+    static Value Binary(const Node& node, Value left, Value right)
+    {
+        if (left.IsScalar() && right.IsScalar())
+            return Scalar(Apply(node.op, left.scalar, right.scalar));
+        if (left.IsScalar())
+            return Value{0.0, std::make_unique<ScalarBinaryMatrix>(node.op, std::move(right.matrix), left.scalar, true)};
+        if (right.IsScalar())
+            return Value{0.0, std::make_unique<ScalarBinaryMatrix>(node.op, std::move(left.matrix), right.scalar, false)};
+        const Matrix& a = *left.matrix;
+        const Matrix& b = *right.matrix;
+        if (a.Rows() != b.Rows() || a.Columns() != b.Columns() || a.Timed() != b.Timed())
+            throw ScriptError(Status::Shape, node.position,
+                              QStringLiteral("the shapes %1 and %2 do not fit together for \"%3\"")
+                                  .arg(ShapeText(left), ShapeText(right), QLatin1String(OperatorText(node.op))));
+        return Value{0.0, std::make_unique<BinaryMatrix>(node.op, std::move(left.matrix), std::move(right.matrix))};
+    }
+
+    Value Call(const Node& node)
+    {
+        Value argument = Bind(*node.children.front());
+        if (node.function == Function::Cols)
+            return Columns(node, std::move(argument));
+        if (argument.IsScalar())
+            return Scalar(AggregateScalar(node.function, argument.scalar));
+        return Scalar(Aggregate(node.function, *argument.matrix));
+    }
+
+    Value Columns(const Node& node, Value source)
+    {
+        const qsizetype columns = source.IsScalar() ? 1 : source.matrix->Columns();
+        const qsizetype first = ColumnArgument(*node.children[1], columns);
+        const qsizetype last = ColumnArgument(*node.children[2], columns);
+        if (first > last)
+            throw ScriptError(Status::Shape, node.position,
+                              QStringLiteral("cols: the first column %1 lies behind the last column %2")
+                                  .arg(first)
+                                  .arg(last));
+        if (source.IsScalar())
+            return source;
+        return FromMatrix(std::make_unique<ColumnsMatrix>(std::move(source.matrix), first, last));
+    }
+
+    qsizetype ColumnArgument(const Node& node, qsizetype columns)
+    {
+        const Value value = Bind(node);
+        if (!value.IsScalar() || value.scalar != std::floor(value.scalar) || value.scalar < 0
+            || value.scalar >= static_cast<double>(columns))
+            throw ScriptError(Status::Shape, node.position,
+                              QStringLiteral("cols: a column must be a whole number from 0 to %1").arg(columns - 1));
+        return static_cast<qsizetype>(value.scalar);
+    }
+
+    const MatrixVariables& m_variables;
+};
+
+} // namespace
+
+void Evaluate(const Program& program, MatrixVariables& variables)
+{
+    Value value = Binder(variables).Bind(*program.expression);
+
+    qsizetype rows = 1;
+    qsizetype columns = 1;
+    std::vector<double> cells;
+    if (value.IsScalar()) {
+        cells.assign(1, value.scalar);
+    } else {
+        Matrix& matrix = *value.matrix;
+        rows = matrix.Rows();
+        columns = matrix.Columns();
+        cells.resize(static_cast<size_t>(rows * columns));
+        for (qsizetype column = 0; column < columns; ++column)
+            for (qsizetype row = 0; row < rows; row += ChunkRows) {
+                const qsizetype count = std::min(ChunkRows, rows - row);
+                std::copy_n(matrix.Fetch(column, row, count), count, cells.begin() + column * rows + row);
+            }
+    }
+
+    // The blocks read above stay untouched until here, so a script may use its target too.
+    MatrixBlockPtr target = variables.Find(program.target);
+    if (!target) {
+        target = MatrixBlock::Create(0, 0, program.target);
+        variables.Add(target, program.target);
+    }
+    target->SetNoValue(Missing);
+    target->SetArray(rows, columns, std::move(cells));
+}
+
+} // namespace MatrixScript

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "TimeValueTransformator.h"
+
+#include <algorithm>
+#include <span>
+
+namespace {
+
+// A window so wide that it would need more rows than this is cut, instead of exhausting memory.
+constexpr std::int64_t MaxRows = 50'000'000;
+
+constexpr double MaximumStart = -1e300;
+constexpr double MinimumStart = 1e300;
+
+// Pulls a date back to the start of its unit; weeks only drop the time of day.
+double AlignDown(double date, Calendar::Unit unit)
+{
+    const Calendar::DateParts p = Calendar::Split(date);
+    switch (unit) {
+    case Calendar::Unit::Second:
+        return date;
+    case Calendar::Unit::Minute:
+        return Calendar::FromParts(p.year, p.month, p.day, p.hour, p.minute);
+    case Calendar::Unit::Hour:
+        return Calendar::FromParts(p.year, p.month, p.day, p.hour);
+    case Calendar::Unit::Day:
+    case Calendar::Unit::Week:
+        return Calendar::FromParts(p.year, p.month, p.day);
+    case Calendar::Unit::Month:
+        return Calendar::FromParts(p.year, p.month, 1);
+    case Calendar::Unit::Year:
+        return Calendar::FromParts(p.year, 1, 1);
+    }
+    return date;
+}
+
+// Number of steps: units / count rounded to the nearest whole number, ties to the even one,
+// and at least 1.
+std::int64_t StepCount(std::int64_t units, std::int64_t count)
+{
+    if (units <= 0)
+        return 1;
+    std::int64_t steps = units / count;
+    const std::int64_t twiceRest = 2 * (units % count);
+    if (twiceRest > count || (twiceRest == count && steps % 2 != 0))
+        ++steps;
+    return std::clamp<std::int64_t>(steps, 1, MaxRows);
+}
+
+// Aggregates one step's values; samples equal to noValue take no part.
+double Aggregate(std::span<const double> values, qint32 aggregation, double noValue, double carry)
+{
+    switch (aggregation) {
+    case 1:
+    case 7: {
+        double result = MaximumStart;
+        for (const double value : values) {
+            if (value != noValue && value > result)
+                result = value;
+        }
+        return result;
+    }
+    case 2:
+    case 4: {
+        double sum = 0.0;
+        for (const double value : values) {
+            if (value != noValue)
+                sum += value;
+        }
+        return sum;
+    }
+    case 3:
+    case 5:
+    case 8: {
+        double sum = 0.0;
+        qsizetype count = 0;
+        for (const double value : values) {
+            if (value != noValue) {
+                sum += value;
+                ++count;
+            }
+        }
+        return count > 0 ? sum / static_cast<double>(count) : noValue;
+    }
+    case 6: {
+        double result = MinimumStart;
+        for (const double value : values) {
+            if (value != noValue && value < result)
+                result = value;
+        }
+        return result;
+    }
+    default:
+        return carry;
+    }
+}
+
+} // namespace
+
+void TimeValueTransformator::Init(double dateFrom, double dateTo, const QString& interval, qint32 intervalCount,
+                                  bool align, const MatrixBlockPtr& timeBase)
+{
+    m_eUnit = Calendar::ParseUnit(interval).value_or(Calendar::Unit::Second);
+    if (align)
+        dateFrom = AlignDown(dateFrom, m_eUnit);
+    m_lIntervalCount = std::max<qint32>(intervalCount, 1);
+
+    std::int64_t rows = 0;
+    std::span<const double> baseTimes;
+    if (timeBase) {
+        if (timeBase->Columns() > 0)
+            baseTimes = timeBase->Column(0);
+        rows = static_cast<std::int64_t>(baseTimes.size());
+    } else {
+        rows = StepCount(Calendar::Diff(m_eUnit, dateFrom, dateTo), m_lIntervalCount);
+    }
+
+    std::vector<double> cells(static_cast<std::size_t>(rows));
+    m_steps.assign(static_cast<std::size_t>(rows), Step{0, 0});
+    // Each row is computed from the one before, so months of unequal length stay exact.
+    double next = dateFrom;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        const double start = timeBase ? baseTimes[i] : next;
+        next = Calendar::Add(m_eUnit, m_lIntervalCount, start);
+        cells[i] = start;
+        m_steps[i] = Step{Calendar::WholeSeconds(start), Calendar::WholeSeconds(next)};
+    }
+
+    m_dDateFrom = rows > 0 ? cells.front() : dateFrom;
+    m_dDateTo = rows > 0 ? next : Calendar::Add(m_eUnit, m_lIntervalCount, dateFrom);
+    m_cTime = MatrixBlock::Create();
+    m_cTime->SetArray(static_cast<qsizetype>(rows), 1, std::move(cells));
+}
+
+void TimeValueTransformator::Add(const MatrixBlock& source, const QString& name, qint32 aggregation)
+{
+    if (m_cData.contains(name))
+        return;
+    // The grid block is shared with callers; never walk past the steps computed for it.
+    const qsizetype rows = std::min(m_cTime->Rows(), static_cast<qsizetype>(m_steps.size()));
+    if (rows == 0)
+        return;
+
+    const double noValue = m_cTime->NoValue();
+    const std::span<const double> gridTimes = m_cTime->Column(0);
+    std::span<const double> times;
+    std::span<const double> values;
+    if (source.Columns() >= 2) {
+        times = source.Column(0);
+        values = source.Column(1);
+    }
+    const qsizetype sourceRows = static_cast<qsizetype>(times.size());
+
+    std::vector<double> cells(static_cast<std::size_t>(2 * rows));
+    double carry = 0.0;
+    // The source index only moves forward; its time in whole seconds is converted once per row.
+    qsizetype index = 0;
+    std::int64_t indexSecond = sourceRows > 0 ? Calendar::WholeSeconds(times[0]) : 0;
+    const auto advance = [&] {
+        if (++index < sourceRows)
+            indexSecond = Calendar::WholeSeconds(times[index]);
+    };
+
+    for (qsizetype i = 0; i < rows; ++i) {
+        const Step& step = m_steps[static_cast<std::size_t>(i)];
+        while (index < sourceRows && indexSecond < step.start)
+            advance();
+        const qsizetype first = index;
+        while (index < sourceRows && indexSecond < step.end)
+            advance();
+
+        if (index > first)
+            carry = Aggregate(values.subspan(first, index - first), aggregation, noValue, carry);
+        cells[i] = gridTimes[i];
+        cells[rows + i] = carry;
+    }
+
+    auto block = MatrixBlock::Create(0, 0, name);
+    block->SetNoValue(noValue);
+    block->SetArray(rows, 2, std::move(cells));
+    m_cData.insert(name, block);
+}
+
+MatrixBlockPtr TimeValueTransformator::Data(const QString& name) const
+{
+    return m_cData.value(name);
+}
+
+void TimeValueTransformator::Clear()
+{
+    m_cData.clear();
+}

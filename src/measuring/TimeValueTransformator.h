@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Places raw blocks of any time base on one common time grid, row by row.
+#pragma once
+
+#include "Calendar.h"
+#include "MatrixBlock.h"
+
+#include <QHash>
+#include <QString>
+
+#include <cstdint>
+#include <vector>
+
+class TimeValueTransformator
+{
+public:
+    // Sets the grid up. With a time base the grid takes its column 0 row by row and the
+    // dates only serve alignment; without one, steps of intervalCount units run from
+    // dateFrom to dateTo. An unknown unit counts as "s", a count below 1 as 1.
+    void Init(double dateFrom, double dateTo, const QString& interval, qint32 intervalCount, bool align,
+              const MatrixBlockPtr& timeBase = nullptr);
+
+    // Builds the grid block of a raw block (column 0 time, column 1 values, ascending) and
+    // keeps it under name. aggregation is the channel's DataType. A name already in use keeps
+    // its first block; an empty grid adds nothing.
+    void Add(const MatrixBlock& source, const QString& name, qint32 aggregation);
+
+    // The grid block added under name; nothing when unknown.
+    MatrixBlockPtr Data(const QString& name) const;
+
+    // Drops all grid blocks, not the grid.
+    void Clear();
+
+    double DateFrom() const { return m_dDateFrom; }
+    double DateTo() const { return m_dDateTo; }
+    QString Interval() const { return Calendar::UnitCode(m_eUnit); }
+    qint32 IntervalCount() const { return m_lIntervalCount; }
+    const MatrixBlockPtr& Time() const { return m_cTime; }
+
+private:
+    // One grid step in whole seconds: samples from start up to, not including, end.
+    struct Step
+    {
+        std::int64_t start;
+        std::int64_t end;
+    };
+
+    double m_dDateFrom = 0.0;
+    double m_dDateTo = 0.0;
+    Calendar::Unit m_eUnit = Calendar::Unit::Second;
+    qint32 m_lIntervalCount = 1;
+    MatrixBlockPtr m_cTime = MatrixBlock::Create(0, 1);
+    QHash<QString, MatrixBlockPtr> m_cData;
+    std::vector<Step> m_steps; // one per row of m_cTime, shared by every Add
+};

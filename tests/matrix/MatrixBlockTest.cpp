@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Blocks of doubles: resizing, range errors, bulk transfer, copies and the variable set.
+#include "MatrixBlock.h"
+#include "MatrixVariables.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+MatrixBlockPtr Numbered(qsizetype rows, qsizetype columns)
+{
+    auto block = MatrixBlock::Create(rows, columns);
+    for (qsizetype r = 0; r < rows; ++r)
+        for (qsizetype c = 0; c < columns; ++c)
+            block->SetItem(r, c, r * 10 + c);
+    return block;
+}
+
+} // namespace
+
+TEST(MatrixBlock, ResizingKeepsTheCellsInsideAndFillsNewCellsWithZero)
+{
+    struct Case { qsizetype rows, columns; };
+    for (const Case target : {Case{5, 3}, Case{2, 3}, Case{3, 5}, Case{3, 1}, Case{6, 1}, Case{1, 6}, Case{0, 3}}) {
+        auto block = Numbered(3, 3);
+        block->Resize(target.rows, target.columns);
+        ASSERT_EQ(block->Rows(), target.rows);
+        ASSERT_EQ(block->Columns(), target.columns);
+        for (qsizetype r = 0; r < target.rows; ++r)
+            for (qsizetype c = 0; c < target.columns; ++c)
+                EXPECT_EQ(block->Item(r, c), r < 3 && c < 3 ? r * 10 + c : 0.0)
+                    << target.rows << "x" << target.columns << " at " << r << "," << c;
+    }
+    auto block = Numbered(2, 2);
+    block->SetRows(-4);
+    EXPECT_EQ(block->Rows(), 0);
+    block->SetColumns(3);
+    block->SetRows(1);
+    EXPECT_EQ(block->Item(0, 2), 0.0);
+}
+
+TEST(MatrixBlock, ItemAccessOutsideTheBlockRaisesARangeError)
+{
+    auto block = Numbered(3, 2);
+    for (auto [row, column] : {std::pair<qsizetype, qsizetype>{-1, 0}, {3, 0}, {0, 2}, {0, -1}}) {
+        EXPECT_THROW((void)block->Item(row, column), MatrixRangeError) << row << "," << column;
+        EXPECT_THROW(block->SetItem(row, column, 1.0), MatrixRangeError) << row << "," << column;
+    }
+    EXPECT_THROW((void)block->Column(2), MatrixRangeError);
+    EXPECT_THROW((void)MatrixBlock().Item(0, 0), MatrixRangeError);
+}
+
+TEST(MatrixBlock, BulkTransferGoesRowByRowOrColumnByColumn)
+{
+    MatrixBlock block;
+    block.FromRowArray({{1, 2}, {3}, {5, 6, 7}});
+    ASSERT_EQ(block.Rows(), 3);
+    ASSERT_EQ(block.Columns(), 3);
+    EXPECT_EQ(block.ToRowArray(), (std::vector<std::vector<double>>{{1, 2, 0}, {3, 0, 0}, {5, 6, 7}}));
+    const auto column = block.Column(1);
+    EXPECT_EQ(std::vector<double>(column.begin(), column.end()), (std::vector<double>{2, 0, 6}));
+
+    block.SetArray(2, 2, {1, 2, 3, 4});
+    EXPECT_EQ(block.ToRowArray(), (std::vector<std::vector<double>>{{1, 3}, {2, 4}}));
+    EXPECT_THROW(block.SetArray(2, 2, {1, 2, 3}), std::invalid_argument);
+    EXPECT_EQ(block.Rows(), 2);
+}
+
+TEST(MatrixBlock, CloneIsAnIndependentCopyWithNameAndNoValue)
+{
+    auto block = Numbered(2, 2);
+    block->SetName(QStringLiteral("DATA"));
+    block->SetNoValue(-999.0);
+    auto copy = block->Clone();
+    block->SetItem(1, 1, 42.0);
+    block->SetRows(5);
+    EXPECT_EQ(copy->Rows(), 2);
+    EXPECT_EQ(copy->Item(1, 1), 11.0);
+    EXPECT_EQ(copy->Name(), QStringLiteral("DATA"));
+    EXPECT_EQ(copy->NoValue(), -999.0);
+    EXPECT_EQ(MatrixBlock().NoValue(), -1e300);
+}
+
+TEST(MatrixVariables, NamesComeFromTheCallOrTheBlockAndClearingKeepsTheBlocks)
+{
+    MatrixVariables variables;
+    auto named = Numbered(1, 1);
+    named->SetName(QStringLiteral("OWN"));
+    EXPECT_EQ(variables.Add(named), 0);
+    EXPECT_EQ(variables.Find(QStringLiteral("OWN")), named);
+    EXPECT_EQ(variables.Add(named, QStringLiteral("OTHER")), 0);
+    EXPECT_EQ(variables.Find(QStringLiteral("OTHER")), named);
+    EXPECT_EQ(named->Name(), QStringLiteral("OWN"));
+
+    EXPECT_EQ(variables.Add(Numbered(1, 1)), -1);
+    EXPECT_EQ(variables.Add(nullptr, QStringLiteral("X")), -1);
+    EXPECT_EQ(variables.Count(), 2);
+
+    auto replacement = Numbered(2, 2);
+    variables.Add(replacement, QStringLiteral("OWN"));
+    EXPECT_EQ(variables.Find(QStringLiteral("OWN")), replacement);
+
+    variables.Clear();
+    EXPECT_EQ(variables.Count(), 0);
+    EXPECT_EQ(variables.Find(QStringLiteral("OTHER")), nullptr);
+    EXPECT_EQ(replacement->Item(1, 1), 11.0);
+}

@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The script engine through its public face: variables in, script, Execute, RESULT out.
+#include "MatrixScriptEngine.h"
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr double NV = -1e300;
+
+// A grid block: column 0 the time (day 45000 plus the row in quarter hours), column 1 values.
+MatrixBlockPtr Timed(std::initializer_list<double> values)
+{
+    auto block = MatrixBlock::Create(static_cast<qsizetype>(values.size()), 2);
+    qsizetype row = 0;
+    for (double value : values) {
+        block->SetItem(row, 0, 45000.0 + row / 96.0);
+        block->SetItem(row, 1, value);
+        ++row;
+    }
+    return block;
+}
+
+MatrixBlockPtr Scalar(double value)
+{
+    auto block = MatrixBlock::Create(1, 1);
+    block->SetItem(0, 0, value);
+    return block;
+}
+
+std::vector<double> ValueColumn(const MatrixBlock& block, qsizetype column = 1)
+{
+    const auto cells = block.Column(column);
+    return {cells.begin(), cells.end()};
+}
+
+class ScriptEngine : public ::testing::Test
+{
+protected:
+    void Set(const char* name, const MatrixBlockPtr& block) { engine.Variables().Add(block, QString::fromLatin1(name)); }
+
+    // Runs the script and returns the status; the result is in RESULT.
+    qint32 Run(const QString& script)
+    {
+        engine.SetScript(script);
+        return engine.Execute();
+    }
+
+    MatrixBlockPtr Result() const { return const_cast<MatrixScriptEngine&>(engine).Variables().Find(QStringLiteral("RESULT")); }
+
+    double RunScalar(const QString& script)
+    {
+        const qint32 status = Run(script);
+        EXPECT_EQ(status, 0) << script.toStdString() << ": " << engine.LastError().Description().toStdString();
+        if (status != 0 || !Result() || Result()->Rows() != 1 || Result()->Columns() != 1)
+            return std::nan("");
+        return Result()->Item(0, 0);
+    }
+
+    // Runs a script that must fail and returns its error text.
+    std::string Failure(const QString& script, qint32 status)
+    {
+        EXPECT_EQ(Run(script), status) << script.toStdString();
+        return engine.LastError().Description().toStdString();
+    }
+
+    MatrixScriptEngine engine;
+};
+
+} // namespace
+
+TEST_F(ScriptEngine, CurveSumAddsTheValueColumnsKeepsOneTimeColumnAndPropagatesNoValue)
+{
+    Set("CHANNEL_0", Timed({1, 2, NV, 4}));
+    Set("CHANNEL_1", Timed({10, 20, 30, NV}));
+    Set("CHANNEL_2", Timed({100, 200, 300, 400}));
+    // The caller pre-creates RESULT: the engine must overwrite that very block.
+    auto result = MatrixBlock::Create(7, 3, QStringLiteral("RESULT"));
+    Set("RESULT", result);
+
+    ASSERT_EQ(Run(QStringLiteral("RESULT = CHANNEL_0 + CHANNEL_1 + CHANNEL_2")), 0)
+        << engine.LastError().Description().toStdString();
+    EXPECT_EQ(Result(), result);
+    ASSERT_EQ(result->Rows(), 4);
+    ASSERT_EQ(result->Columns(), 2);
+    EXPECT_EQ(ValueColumn(*result, 0), ValueColumn(*engine.Variables().Find(QStringLiteral("CHANNEL_0")), 0));
+    EXPECT_EQ(ValueColumn(*result), (std::vector<double>{111, 222, NV, NV}));
+    EXPECT_EQ(result->NoValue(), NV);
+
+    // One channel alone is copied; a missing RESULT is created.
+    engine.Variables().Clear();
+    Set("CHANNEL_0", Timed({5, NV}));
+    ASSERT_EQ(Run(QStringLiteral("RESULT = CHANNEL_0")), 0);
+    EXPECT_NE(Result(), result);
+    EXPECT_EQ(ValueColumn(*Result()), (std::vector<double>{5, NV}));
+}
+
+TEST_F(ScriptEngine, StatisticScriptsSkipMissingSamples)
+{
+    Set("DATA", Timed({3, NV, 7, -2, 7, NV, 5}));
+    struct Case { const char* script; double expected; };
+    const double mean = (3 + 7 - 2 + 7 + 5) / 5.0;
+    const double spread = (std::pow(3 - mean, 2) + std::pow(7 - mean, 2) + std::pow(-2 - mean, 2)
+                           + std::pow(7 - mean, 2) + std::pow(5 - mean, 2)) / 5.0;
+    for (const Case& c : {
+             Case{"RESULT = max(cols(DATA, 1, 1))", 7},
+             Case{"RESULT = max_at(cols(DATA, 1, 1))", 2}, // the first of equal maxima
+             Case{"RESULT = min(cols(DATA, 1, 1))", -2},
+             Case{"RESULT = min_at(cols(DATA, 1, 1))", 3},
+             Case{"RESULT = mean(cols(DATA, 1, 1))", mean},
+             Case{"RESULT = sum(cols(DATA, 1, 1))", 20},
+             Case{"RESULT = count(cols(DATA, 1, 1))", 5},
+             Case{"RESULT = sum((cols(DATA, 1, 1) - mean(cols(DATA, 1, 1)))^2) / count(cols(DATA, 1, 1))", spread},
+             // Aggregates of a whole grid block look at the values, not at the times.
+             Case{"RESULT = max(DATA)", 7},
+             Case{"RESULT = count(DATA)", 5},
+             Case{"RESULT = max(cols(DATA, 0, 0))", 45000 + 6 / 96.0},
+         })
+        EXPECT_DOUBLE_EQ(RunScalar(QString::fromLatin1(c.script)), c.expected) << c.script;
+}
+
+TEST_F(ScriptEngine, AggregatesOfABlockWithoutValues)
+{
+    for (const auto& block : {Timed({NV, NV, NV}), Timed({})}) {
+        Set("DATA", block);
+        for (const char* function : {"max", "min", "max_at", "min_at", "mean"})
+            EXPECT_EQ(RunScalar(QStringLiteral("RESULT = %1(cols(DATA, 1, 1))").arg(QLatin1String(function))), NV)
+                << function << " over " << block->Rows() << " rows";
+        EXPECT_EQ(RunScalar(QStringLiteral("RESULT = sum(cols(DATA, 1, 1))")), 0.0);
+        EXPECT_EQ(RunScalar(QStringLiteral("RESULT = count(cols(DATA, 1, 1))")), 0.0);
+    }
+    // The variance of nothing is missing too, not a division by zero.
+    EXPECT_EQ(RunScalar(QStringLiteral(
+                  "RESULT = sum((cols(DATA, 1, 1) - mean(cols(DATA, 1, 1)))^2) / count(cols(DATA, 1, 1))")),
+              NV);
+}
+
+TEST_F(ScriptEngine, ABlocksOwnNoValueCountsAsMissing)
+{
+    auto block = Timed({4, -999, 6});
+    block->SetNoValue(-999);
+    Set("DATA", block);
+    EXPECT_EQ(RunScalar(QStringLiteral("RESULT = min(cols(DATA, 1, 1))")), 4);
+    EXPECT_EQ(RunScalar(QStringLiteral("RESULT = count(cols(DATA, 1, 1))")), 2);
+    ASSERT_EQ(Run(QStringLiteral("RESULT = DATA * 2")), 0);
+    EXPECT_EQ(ValueColumn(*Result()), (std::vector<double>{8, NV, 12}));
+}
+
+TEST_F(ScriptEngine, ScalarArithmeticFollowsTheUsualPrecedence)
+{
+    Set("A", Scalar(6));
+    Set("B", Scalar(4));
+    Set("MISSING", Scalar(NV));
+    struct Case { const char* script; double expected; };
+    for (const Case& c : {
+             Case{"RESULT = 1 + 2 * 3", 7},      Case{"RESULT = (1 + 2) * 3", 9},   Case{"RESULT = 7 - 2 - 1", 4},
+             Case{"RESULT = 8 / 2 / 2", 2},      Case{"RESULT = 2 ^ 3 ^ 2", 512},   Case{"RESULT = -2 ^ 2", -4},
+             Case{"RESULT = 2 ^ -1", 0.5},       Case{"RESULT = --3", 3},           Case{"RESULT = +3 - -3", 6},
+             Case{"RESULT = 1.5e1 + .5", 15.5},  Case{"RESULT = 2E-1 * 10", 2},     Case{"RESULT = A / B", 1.5},
+             Case{"RESULT = A - B ^ 2", -10},    Case{"RESULT=A*B", 24},            Case{"RESULT = max(A) + count(B)", 7},
+             Case{"RESULT = MISSING + 1", NV},   Case{"RESULT = -MISSING", NV},     Case{"RESULT = sum(MISSING)", 0},
+             Case{"RESULT = 1 / 0", NV},         Case{"RESULT = (0 - 8) ^ 0.5", NV}, Case{"RESULT = 1e200 * 1e200", NV},
+             Case{"RESULT = cols(A, 0, 0) * 2", 12},
+         })
+        EXPECT_EQ(RunScalar(QString::fromLatin1(c.script)), c.expected) << c.script;
+}
+
+TEST_F(ScriptEngine, ElementWiseOperatorsWorkOnEveryValueCellAndKeepTheTime)
+{
+    Set("DATA", Timed({1, NV, 3, 0}));
+    Set("OTHER", Timed({2, 2, NV, 4}));
+    Set("M", Scalar(2));
+    struct Case { const char* script; std::vector<double> values; };
+    for (const Case& c : {
+             Case{"RESULT = DATA - M", {-1, NV, 1, -2}},
+             Case{"RESULT = DATA ^ 2", {1, NV, 9, 0}},
+             Case{"RESULT = DATA * 10 + 1", {11, NV, 31, 1}},
+             Case{"RESULT = 6 / DATA", {6, NV, 2, NV}},
+             Case{"RESULT = 1 - DATA", {0, NV, -2, 1}},
+             Case{"RESULT = -DATA", {-1, NV, -3, 0}},
+             Case{"RESULT = DATA - OTHER", {-1, NV, NV, -4}},
+             Case{"RESULT = DATA / OTHER", {0.5, NV, NV, 0}},
+             Case{"RESULT = OTHER ^ DATA", {2, NV, NV, 1}},
+             Case{"RESULT = DATA * OTHER", {2, NV, NV, 0}},
+             Case{"RESULT = DATA + NV", {NV, NV, NV, NV}},
+         }) {
+        if (std::string(c.script).find("NV") != std::string::npos)
+            Set("NV", Scalar(NV));
+        ASSERT_EQ(Run(QString::fromLatin1(c.script)), 0) << c.script << ": "
+                                                          << engine.LastError().Description().toStdString();
+        ASSERT_EQ(Result()->Columns(), 2) << c.script;
+        EXPECT_EQ(ValueColumn(*Result()), c.values) << c.script;
+        EXPECT_EQ(ValueColumn(*Result(), 0), ValueColumn(*engine.Variables().Find(QStringLiteral("DATA")), 0))
+            << c.script;
+    }
+
+    // Without a time column, every column is a value column.
+    ASSERT_EQ(Run(QStringLiteral("RESULT = cols(DATA, 1, 1) * 2")), 0);
+    ASSERT_EQ(Result()->Columns(), 1);
+    EXPECT_EQ(ValueColumn(*Result(), 0), (std::vector<double>{2, NV, 6, 0}));
+}
+
+TEST_F(ScriptEngine, LongBlocksAreEvaluatedAcrossChunkBoundaries)
+{
+    // More rows than one evaluation chunk, with the extremes near the end.
+    auto big = MatrixBlock::Create(2000, 2);
+    for (qsizetype r = 0; r < big->Rows(); ++r) {
+        big->SetItem(r, 0, r);
+        big->SetItem(r, 1, r % 7 == 0 ? NV : static_cast<double>(r % 100));
+    }
+    big->SetItem(1999, 1, 500);
+    big->SetItem(1777, 1, -5);
+    Set("DATA", big);
+    EXPECT_EQ(RunScalar(QStringLiteral("RESULT = max_at(cols(DATA, 1, 1))")), 1999);
+    EXPECT_EQ(RunScalar(QStringLiteral("RESULT = min_at(cols(DATA, 1, 1))")), 1777);
+    double sum = 0;
+    qsizetype count = 0;
+    for (qsizetype r = 0; r < big->Rows(); ++r)
+        if (big->Item(r, 1) != NV) {
+            sum += big->Item(r, 1);
+            ++count;
+        }
+    EXPECT_EQ(RunScalar(QStringLiteral("RESULT = count(cols(DATA, 1, 1))")), count);
+    EXPECT_DOUBLE_EQ(RunScalar(QStringLiteral("RESULT = sum(DATA)")), sum);
+    ASSERT_EQ(Run(QStringLiteral("RESULT = DATA + DATA")), 0);
+    for (qsizetype r : {0, 511, 512, 1023, 1024, 1999})
+        EXPECT_EQ(Result()->Item(r, 1), big->Item(r, 1) == NV ? NV : 2 * big->Item(r, 1)) << r;
+}
+
+TEST_F(ScriptEngine, AScriptMayReadItsOwnTarget)
+{
+    auto result = Timed({1, 2});
+    Set("RESULT", result);
+    ASSERT_EQ(Run(QStringLiteral("RESULT = RESULT + RESULT * 10")), 0);
+    EXPECT_EQ(ValueColumn(*result), (std::vector<double>{11, 22}));
+    // Parsed once, bound afresh: the same script sees the new contents.
+    ASSERT_EQ(Run(QStringLiteral("RESULT = RESULT + RESULT * 10")), 0);
+    EXPECT_EQ(ValueColumn(*result), (std::vector<double>{121, 242}));
+}
+
+TEST_F(ScriptEngine, ShapeErrorsNameTheShapesAndThePosition)
+{
+    Set("A", Timed({1, 2, 3}));
+    Set("B", Timed({1, 2, 3, 4}));
+    Set("RESULT", Timed({9}));
+    EXPECT_EQ(Failure(QStringLiteral("RESULT = A + B"), 3),
+              "the shapes 3x2 and 4x2 do not fit together for \"+\" at position 12");
+    EXPECT_EQ(Failure(QStringLiteral("RESULT = A - cols(A, 1, 1)"), 3),
+              "the shapes 3x2 and 3x1 do not fit together for \"-\" at position 12");
+    EXPECT_EQ(Failure(QStringLiteral("RESULT = cols(A, 1, 2)"), 3),
+              "cols: a column must be a whole number from 0 to 1 at position 21");
+    EXPECT_EQ(Failure(QStringLiteral("RESULT = cols(A, 0.5, 1)"), 3),
+              "cols: a column must be a whole number from 0 to 1 at position 18");
+    EXPECT_EQ(Failure(QStringLiteral("RESULT = cols(A, 1, 0)"), 3),
+              "cols: the first column 1 lies behind the last column 0 at position 10");
+    EXPECT_EQ(Failure(QStringLiteral("RESULT = cols(A, B, 1)"), 3),
+              "cols: a column must be a whole number from 0 to 1 at position 18");
+    // A failed script leaves its target as it was.
+    EXPECT_EQ(ValueColumn(*Result()), (std::vector<double>{9}));
+}
+
+TEST_F(ScriptEngine, UnknownNamesAndSyntaxErrorsFailWithAPosition)
+{
+    Set("A", Timed({1}));
+    struct Case { const char* script; qint32 status; const char* error; };
+    for (const Case& c : {
+             Case{"RESULT = A + CHANNEL_9", 2, "unknown variable \"CHANNEL_9\" at position 14"},
+             Case{"RESULT = median(A)", 2, "unknown function \"median\" at position 10"},
+             Case{"RESULT = ", 1, "expected an expression at the end of the script at position 10"},
+             Case{"RESULT A", 1, "expected \"=\" after \"RESULT\" at position 8"},
+             Case{"= A", 1, "expected the name of the result variable at position 1"},
+             Case{"", 1, "expected the name of the result variable at position 1"},
+             Case{"RESULT = (A + 1", 1, "expected \")\" at the end of the script at position 16"},
+             Case{"RESULT = max(A]", 1, "expected \")\", found \"]\" at position 15"},
+             Case{"RESULT = A +* 2", 1, "expected an expression, found \"*\" at position 13"},
+             Case{"RESULT = A 2", 1, "unexpected \"2\" at position 12"},
+             Case{"RESULT = max(A, 1)", 1, "max takes 1 argument(s), not 2 at position 10"},
+             Case{"RESULT = cols(A)", 1, "cols takes 3 argument(s), not 1 at position 10"},
+             Case{"RESULT = 1e999", 1, "invalid number \"1e999\" at position 10"},
+             Case{"RESULT = A = 1", 1, "unexpected \"=\" at position 12"},
+         })
+        EXPECT_EQ(Failure(QString::fromLatin1(c.script), c.status), c.error) << c.script;
+}
+
+TEST_F(ScriptEngine, PathologicalScriptsFailInsteadOfCrashing)
+{
+    Set("A", Scalar(1));
+    const QString deep = QStringLiteral("RESULT = ") + QString(100000, u'(') + u'A' + QString(100000, u')');
+    const std::string nested = Failure(deep, 1);
+    EXPECT_EQ(nested.rfind("expression nested too deeply at position ", 0), 0u) << nested;
+    QString chain = QStringLiteral("RESULT = A");
+    for (int i = 0; i < 100000; ++i)
+        chain += QStringLiteral(" + A");
+    EXPECT_EQ(Run(chain), 1);
+    EXPECT_NE(engine.LastError().Description().indexOf(QStringLiteral("too long")), -1);
+    EXPECT_EQ(Run(QStringLiteral("RESULT = ") + QString(100000, u'-') + u'A'), 1);
+    // The engine goes on working after the failures.
+    EXPECT_EQ(RunScalar(QStringLiteral("RESULT = A + 1")), 2);
+    EXPECT_NE(engine.LastError().Description().indexOf(QStringLiteral("nested too deeply")), -1);
+}
