@@ -45,6 +45,15 @@ void MatrixBlock::Resize(qsizetype rows, qsizetype columns)
     m_lColumns = columns;
 }
 
+void MatrixBlock::Reshape(qsizetype rows, qsizetype columns)
+{
+    rows = std::max<qsizetype>(rows, 0);
+    columns = std::max<qsizetype>(columns, 0);
+    m_cells.resize(static_cast<size_t>(rows * columns));
+    m_lRows = rows;
+    m_lColumns = columns;
+}
+
 double MatrixBlock::Item(qsizetype row, qsizetype column) const
 {
     if (row < 0 || row >= m_lRows || column < 0 || column >= m_lColumns)

@@ -44,6 +44,9 @@ public:
     void SetRows(qsizetype rows);
     void SetColumns(qsizetype columns);
     void Resize(qsizetype rows, qsizetype columns);
+    // Gives the block a new shape without keeping its cells, reusing their memory; for writers
+    // that fill every cell afterwards.
+    void Reshape(qsizetype rows, qsizetype columns);
 
     // Throws MatrixRangeError outside the block.
     double Item(qsizetype row, qsizetype column) const;

@@ -11,8 +11,12 @@
 // only look at the value columns.
 #include "ScriptEvaluator.h"
 
+#include <QHash>
+
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <functional>
 #include <limits>
 #include <vector>
 
@@ -45,12 +49,11 @@ public:
     qsizetype FirstValueColumn() const { return m_timed ? 1 : 0; }
 
 protected:
-    double* Buffer()
-    {
-        if (m_buffer.empty())
-            m_buffer.resize(ChunkRows);
-        return m_buffer.data();
-    }
+    // Nodes that compute cells get their chunk buffer when they are built, so that Fetch
+    // never allocates and cannot fail half way through a result.
+    void ReserveBuffer() { m_buffer.resize(ChunkRows); }
+
+    double* Buffer() { return m_buffer.data(); }
 
 private:
     qsizetype m_rows;
@@ -74,6 +77,8 @@ public:
     explicit BlockMatrix(const MatrixBlock& block)
         : Matrix(block.Rows(), block.Columns(), block.Columns() >= 2), m_block(block), m_noValue(block.NoValue())
     {
+        if (m_noValue != Missing)
+            ReserveBuffer();
     }
 
     const double* Fetch(qsizetype column, qsizetype row, qsizetype count) override
@@ -117,6 +122,7 @@ public:
     explicit NegateMatrix(std::unique_ptr<Matrix> source)
         : Matrix(source->Rows(), source->Columns(), source->Timed()), m_source(std::move(source))
     {
+        ReserveBuffer();
     }
 
     const double* Fetch(qsizetype column, qsizetype row, qsizetype count) override
@@ -148,28 +154,41 @@ double Apply(BinaryOp op, double a, double b)
     case BinaryOp::Divide:
         return Finite(a / b);
     case BinaryOp::Power:
-        return Finite(b == 2.0 ? a * a : std::pow(a, b));
+        return Finite(std::pow(a, b));
     }
     return Missing;
 }
 
-// The loops are instantiated per operator so that the compiler can vectorise them.
+// The loops are instantiated per operator and written without branches, so that the compiler
+// can vectorise them: every result is computed, then replaced where it must be missing.
+// Infinite or NaN.
+inline bool Bad(double result)
+{
+    return !(std::fabs(result) <= std::numeric_limits<double>::max());
+}
+
 template <typename Op>
 void ApplyEach(const double* a, const double* b, double* out, qsizetype count, Op op)
 {
-    for (qsizetype i = 0; i < count; ++i)
-        out[i] = (a[i] == Missing || b[i] == Missing) ? Missing : Finite(op(a[i], b[i]));
+    for (qsizetype i = 0; i < count; ++i) {
+        const double result = op(a[i], b[i]);
+        out[i] = ((a[i] == Missing) | (b[i] == Missing) | Bad(result)) ? Missing : result;
+    }
 }
 
 template <typename Op>
 void ApplyEachScalar(const double* a, double b, bool scalarLeft, double* out, qsizetype count, Op op)
 {
     if (scalarLeft) {
-        for (qsizetype i = 0; i < count; ++i)
-            out[i] = a[i] == Missing ? Missing : Finite(op(b, a[i]));
+        for (qsizetype i = 0; i < count; ++i) {
+            const double result = op(b, a[i]);
+            out[i] = ((a[i] == Missing) | Bad(result)) ? Missing : result;
+        }
     } else {
-        for (qsizetype i = 0; i < count; ++i)
-            out[i] = a[i] == Missing ? Missing : Finite(op(a[i], b));
+        for (qsizetype i = 0; i < count; ++i) {
+            const double result = op(a[i], b);
+            out[i] = ((a[i] == Missing) | Bad(result)) ? Missing : result;
+        }
     }
 }
 
@@ -186,7 +205,7 @@ void WithOperator(BinaryOp op, Visitor&& visit)
     case BinaryOp::Divide:
         return visit([](double x, double y) { return x / y; });
     case BinaryOp::Power:
-        return visit([](double x, double y) { return y == 2.0 ? x * x : std::pow(x, y); });
+        return visit([](double x, double y) { return std::pow(x, y); });
     }
 }
 
@@ -197,6 +216,7 @@ public:
         : Matrix(left->Rows(), left->Columns(), left->Timed()), m_op(op), m_left(std::move(left)),
           m_right(std::move(right))
     {
+        ReserveBuffer();
     }
 
     const double* Fetch(qsizetype column, qsizetype row, qsizetype count) override
@@ -223,6 +243,7 @@ public:
         : Matrix(matrix->Rows(), matrix->Columns(), matrix->Timed()), m_op(op), m_matrix(std::move(matrix)),
           m_scalar(scalar), m_scalarLeft(scalarLeft)
     {
+        ReserveBuffer();
     }
 
     const double* Fetch(qsizetype column, qsizetype row, qsizetype count) override
@@ -233,6 +254,8 @@ public:
         double* out = Buffer();
         if (m_scalar == Missing)
             std::fill_n(out, count, Missing);
+        else if (m_op == BinaryOp::Power && m_scalar == 2.0 && !m_scalarLeft)
+            ApplyEachScalar(a, 2.0, false, out, count, [](double x, double) { return x * x; });
         else
             WithOperator(m_op, [&](auto op) { ApplyEachScalar(a, m_scalar, m_scalarLeft, out, count, op); });
         return out;
@@ -256,63 +279,104 @@ void ForEachValueChunk(Matrix& matrix, Visitor&& visit)
         }
 }
 
-double Aggregate(Function function, Matrix& matrix)
+struct ExtremeCell
+{
+    double value = Missing;
+    double row = Missing;
+};
+
+// The largest (Better = greater) or smallest cell. Of equal extremes the first in reading
+// order wins: column by column, row by row.
+template <typename Better>
+ExtremeCell Extreme(Matrix& matrix)
+{
+    const Better better;
+    double best = 0.0;
+    qsizetype bestRow = -1;
+    ForEachValueChunk(matrix, [&](const double* cells, qsizetype first, qsizetype count) {
+        qsizetype i = 0;
+        if (bestRow < 0) {
+            while (i < count && (cells[i] == Missing || std::isnan(cells[i])))
+                ++i;
+            if (i == count)
+                return;
+            best = cells[i];
+            bestRow = first + i;
+        }
+        double chunkBest = best;
+        qsizetype chunkRow = -1;
+        for (; i < count; ++i) {
+            const double v = cells[i];
+            // A new extreme is rare: a predicted branch beats a conditional move, whose chain
+            // through chunkBest would cost every cell.
+            if (__builtin_expect(better(v, chunkBest) && v != Missing, 0)) {
+                chunkBest = v;
+                chunkRow = i;
+            }
+        }
+        if (chunkRow >= 0) {
+            best = chunkBest;
+            bestRow = first + chunkRow;
+        }
+    });
+    if (bestRow < 0)
+        return {};
+    return {best, static_cast<double>(bestRow)};
+}
+
+struct Totals
+{
+    double sum = 0.0;
+    qsizetype count = 0;
+};
+
+// Sum and number of the present cells; the running values stay in locals per chunk, since
+// captured by reference they could alias the cells and would be reloaded for every cell.
+Totals SumAndCount(Matrix& matrix)
+{
+    Totals totals;
+    ForEachValueChunk(matrix, [&](const double* cells, qsizetype, qsizetype n) {
+        double chunkSum = 0.0;
+        qsizetype chunkCount = 0;
+        for (qsizetype i = 0; i < n; ++i) {
+            const double v = cells[i];
+            if (v != Missing) {
+                chunkSum += v;
+                ++chunkCount;
+            }
+        }
+        totals.sum += chunkSum;
+        totals.count += chunkCount;
+    });
+    return totals;
+}
+
+double FromTotals(Function function, const Totals& totals)
+{
+    if (function == Function::Count)
+        return static_cast<double>(totals.count);
+    if (function == Function::Sum)
+        return Finite(totals.sum);
+    return totals.count == 0 ? Missing : Finite(totals.sum / static_cast<double>(totals.count));
+}
+
+bool UsesTotals(Function function)
+{
+    return function == Function::Mean || function == Function::Sum || function == Function::Count;
+}
+
+double Extreme(Function function, Matrix& matrix)
 {
     switch (function) {
     case Function::Max:
-    case Function::Min: {
-        const bool max = function == Function::Max;
-        double best = max ? -std::numeric_limits<double>::infinity() : std::numeric_limits<double>::infinity();
-        bool found = false;
-        ForEachValueChunk(matrix, [&](const double* cells, qsizetype, qsizetype count) {
-            for (qsizetype i = 0; i < count; ++i) {
-                const double v = cells[i];
-                if (v != Missing && (max ? v > best : v < best)) {
-                    best = v;
-                    found = true;
-                }
-            }
-        });
-        return found ? best : Missing;
-    }
+        return Extreme<std::greater<>>(matrix).value;
+    case Function::Min:
+        return Extreme<std::less<>>(matrix).value;
     case Function::MaxAt:
-    case Function::MinAt: {
-        // The first row holding the extreme value wins a tie.
-        const bool max = function == Function::MaxAt;
-        double best = max ? -std::numeric_limits<double>::infinity() : std::numeric_limits<double>::infinity();
-        qsizetype bestRow = -1;
-        ForEachValueChunk(matrix, [&](const double* cells, qsizetype first, qsizetype count) {
-            for (qsizetype i = 0; i < count; ++i) {
-                const double v = cells[i];
-                if (v != Missing && ((max ? v > best : v < best) || (v == best && first + i < bestRow))) {
-                    best = v;
-                    bestRow = first + i;
-                }
-            }
-        });
-        return bestRow < 0 ? Missing : static_cast<double>(bestRow);
-    }
-    case Function::Mean:
-    case Function::Sum:
-    case Function::Count: {
-        double sum = 0.0;
-        qsizetype count = 0;
-        ForEachValueChunk(matrix, [&](const double* cells, qsizetype, qsizetype n) {
-            for (qsizetype i = 0; i < n; ++i) {
-                const double v = cells[i];
-                if (v != Missing) {
-                    sum += v;
-                    ++count;
-                }
-            }
-        });
-        if (function == Function::Count)
-            return static_cast<double>(count);
-        if (function == Function::Sum)
-            return Finite(sum);
-        return count == 0 ? Missing : Finite(sum / static_cast<double>(count));
-    }
-    case Function::Cols:
+        return Extreme<std::greater<>>(matrix).row;
+    case Function::MinAt:
+        return Extreme<std::less<>>(matrix).row;
+    default:
         break;
     }
     return Missing;
@@ -349,7 +413,10 @@ QString ShapeText(const Value& value)
 class Binder
 {
 public:
-    explicit Binder(const MatrixVariables& variables) : m_variables(variables) {}
+    Binder(const MatrixVariables& variables, const MatrixBlock* target) : m_variables(variables), m_target(target) {}
+
+    // Whether the expression reads the block that receives the result.
+    bool ReadsTarget() const { return m_readsTarget; }
 
     Value Bind(const Node& node)
     {
@@ -389,6 +456,7 @@ private:
         if (!block)
             throw ScriptError(Status::UnknownName, node.position,
                               QStringLiteral("unknown variable \"%1\"").arg(node.name));
+        m_readsTarget = m_readsTarget || block.get() == m_target;
         return FromMatrix(std::make_unique<BlockMatrix>(*block));
     }
 
@@ -411,12 +479,23 @@ private:
 
     Value Call(const Node& node)
     {
+        // The variance script takes the mean and the count of the same column: one pass
+        // serves both.
+        const bool totals = UsesTotals(node.function);
+        if (totals) {
+            if (const auto known = m_totals.constFind(node.argumentText); known != m_totals.cend())
+                return Scalar(FromTotals(node.function, *known));
+        }
         Value argument = Bind(*node.children.front());
         if (node.function == Function::Cols)
             return Columns(node, std::move(argument));
         if (argument.IsScalar())
             return Scalar(AggregateScalar(node.function, argument.scalar));
-        return Scalar(Aggregate(node.function, *argument.matrix));
+        if (!totals)
+            return Scalar(Extreme(node.function, *argument.matrix));
+        const Totals result = SumAndCount(*argument.matrix);
+        m_totals.insert(node.argumentText, result);
+        return Scalar(FromTotals(node.function, result));
     }
 
     Value Columns(const Node& node, Value source)
@@ -445,39 +524,49 @@ private:
     }
 
     const MatrixVariables& m_variables;
+    const MatrixBlock* m_target;
+    bool m_readsTarget = false;
+    QHash<QString, Totals> m_totals; // by the argument as written
 };
 
 } // namespace
 
 void Evaluate(const Program& program, MatrixVariables& variables)
 {
-    Value value = Binder(variables).Bind(*program.expression);
-
-    qsizetype rows = 1;
-    qsizetype columns = 1;
-    std::vector<double> cells;
-    if (value.IsScalar()) {
-        cells.assign(1, value.scalar);
-    } else {
-        Matrix& matrix = *value.matrix;
-        rows = matrix.Rows();
-        columns = matrix.Columns();
-        cells.resize(static_cast<size_t>(rows * columns));
-        for (qsizetype column = 0; column < columns; ++column)
-            for (qsizetype row = 0; row < rows; row += ChunkRows) {
-                const qsizetype count = std::min(ChunkRows, rows - row);
-                std::copy_n(matrix.Fetch(column, row, count), count, cells.begin() + column * rows + row);
-            }
-    }
-
-    // The blocks read above stay untouched until here, so a script may use its target too.
     MatrixBlockPtr target = variables.Find(program.target);
+    Binder binder(variables, target.get());
+    Value value = binder.Bind(*program.expression);
     if (!target) {
         target = MatrixBlock::Create(0, 0, program.target);
         variables.Add(target, program.target);
     }
     target->SetNoValue(Missing);
-    target->SetArray(rows, columns, std::move(cells));
+    if (value.IsScalar()) {
+        target->SetArray(1, 1, {value.scalar});
+        return;
+    }
+
+    Matrix& matrix = *value.matrix;
+    const qsizetype rows = matrix.Rows();
+    const qsizetype columns = matrix.Columns();
+    // The result goes straight into the target's cells, reusing their memory, unless the
+    // script reads the target itself; then it is built aside and swapped in at the end.
+    std::vector<double> aside;
+    double* cells = nullptr;
+    if (binder.ReadsTarget()) {
+        aside.resize(static_cast<size_t>(rows * columns));
+        cells = aside.data();
+    } else {
+        target->Reshape(rows, columns);
+        cells = columns > 0 && rows > 0 ? target->Column(0).data() : nullptr;
+    }
+    for (qsizetype column = 0; column < columns; ++column)
+        for (qsizetype row = 0; row < rows; row += ChunkRows) {
+            const qsizetype count = std::min(ChunkRows, rows - row);
+            std::copy_n(matrix.Fetch(column, row, count), count, cells + column * rows + row);
+        }
+    if (binder.ReadsTarget())
+        target->SetArray(rows, columns, std::move(aside));
 }
 
 } // namespace MatrixScript

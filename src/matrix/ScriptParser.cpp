@@ -169,9 +169,13 @@ private:
         node->function = info->function;
         SkipBlanks();
         if (!Accept(u')')) {
-            do
+            do {
+                SkipBlanks();
+                const qsizetype start = m_pos;
                 node->children.push_back(Expression());
-            while (Accept(u','));
+                if (node->children.size() == 1)
+                    node->argumentText = m_text.sliced(start, m_pos - start).trimmed().toString();
+            } while (Accept(u','));
             Expect(u')');
         }
         for (const auto& child : node->children)

@@ -47,6 +47,7 @@ struct Node
     QString name; ///< variable name, or the function name as written
     BinaryOp op = BinaryOp::Add;
     Function function = Function::Max;
+    QString argumentText; ///< a call's first argument as written: equal texts, equal values
     std::vector<std::unique_ptr<Node>> children;
 };
 

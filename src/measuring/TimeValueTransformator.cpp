@@ -123,7 +123,9 @@ void TimeValueTransformator::Init(double dateFrom, double dateTo, const QString&
         const double start = timeBase ? baseTimes[i] : next;
         next = Calendar::Add(m_eUnit, m_lIntervalCount, start);
         cells[i] = start;
-        m_steps[i] = Step{Calendar::WholeSeconds(start), Calendar::WholeSeconds(next)};
+        // Whole seconds, kept as milliseconds: a sample is at or past a bound when its time in
+        // milliseconds reaches the bound's second, so Add needs no division per sample.
+        m_steps[i] = Step{Calendar::WholeSeconds(start) * 1000, Calendar::WholeSeconds(next) * 1000};
     }
 
     m_dDateFrom = rows > 0 ? cells.front() : dateFrom;
@@ -153,20 +155,20 @@ void TimeValueTransformator::Add(const MatrixBlock& source, const QString& name,
 
     std::vector<double> cells(static_cast<std::size_t>(2 * rows));
     double carry = 0.0;
-    // The source index only moves forward; its time in whole seconds is converted once per row.
+    // The source index only moves forward; its time is converted once per row.
     qsizetype index = 0;
-    std::int64_t indexSecond = sourceRows > 0 ? Calendar::WholeSeconds(times[0]) : 0;
+    std::int64_t indexTime = sourceRows > 0 ? Calendar::ToMilliseconds(times[0]) : 0;
     const auto advance = [&] {
         if (++index < sourceRows)
-            indexSecond = Calendar::WholeSeconds(times[index]);
+            indexTime = Calendar::ToMilliseconds(times[index]);
     };
 
     for (qsizetype i = 0; i < rows; ++i) {
         const Step& step = m_steps[static_cast<std::size_t>(i)];
-        while (index < sourceRows && indexSecond < step.start)
+        while (index < sourceRows && indexTime < step.start)
             advance();
         const qsizetype first = index;
-        while (index < sourceRows && indexSecond < step.end)
+        while (index < sourceRows && indexTime < step.end)
             advance();
 
         if (index > first)

@@ -38,7 +38,7 @@ public:
     const MatrixBlockPtr& Time() const { return m_cTime; }
 
 private:
-    // One grid step in whole seconds: samples from start up to, not including, end.
+    // One grid step as whole seconds in milliseconds: samples from start up to, not including, end.
     struct Step
     {
         std::int64_t start;

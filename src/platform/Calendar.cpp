@@ -19,10 +19,6 @@ constexpr std::int64_t MsPerHour = 60 * MsPerMinute;
 constexpr std::int64_t MsPerDay = 24 * MsPerHour;
 constexpr std::int64_t MsPerWeek = 7 * MsPerDay;
 
-// Dates are clamped to about +-27,000 years around 1900. Within that range a date in
-// milliseconds converts to a double and back without loss, and no product below overflows,
-// whatever a caller passes in (missing values such as -1e300 included).
-constexpr std::int64_t MaxDays = 10'000'000;
 constexpr std::int64_t MaxMs = MaxDays * MsPerDay;
 
 // Days from 0000-03-01 to 1899-12-30 in the proleptic Gregorian calendar.
@@ -84,16 +80,9 @@ CivilDate CivilFromDays(std::int64_t days)
     return {yearOfEra + era * 400 + (month <= 2 ? 1 : 0), month, day};
 }
 
-// Below day 0 the integer part counts days backwards while the fraction still counts the time
-// forwards from midnight: -1.25 is 1899-12-29 06:00.
 std::int64_t ToMs(double date)
 {
-    if (std::isnan(date))
-        return 0;
-    date = std::clamp(date, -static_cast<double>(MaxDays), static_cast<double>(MaxDays));
-    const double whole = std::trunc(date);
-    const double fraction = std::fabs(date - whole);
-    return static_cast<std::int64_t>(whole) * MsPerDay + std::llround(fraction * MsPerDay);
+    return ToMilliseconds(date);
 }
 
 double FromMs(std::int64_t ms)

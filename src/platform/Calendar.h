@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringView>
 
+#include <cmath>
 #include <cstdint>
 #include <optional>
 
@@ -52,6 +53,26 @@ double Add(Unit unit, std::int64_t count, double date);
 // Counts the unit boundaries between from and to (negative when to lies before from).
 // Weeks are counted from Sunday.
 std::int64_t Diff(Unit unit, double from, double to);
+
+// Dates are clamped to about +-27,000 years around 1900. Within that range a date in
+// milliseconds converts to a double and back without loss, and no product overflows,
+// whatever a caller passes in (missing values such as -1e300 included).
+constexpr std::int64_t MaxDays = 10'000'000;
+
+// The date as whole milliseconds since day 0, the base of all arithmetic here. Below day 0 the
+// integer part counts days backwards while the fraction still counts the time forwards from
+// midnight: -1.25 is 1899-12-29 06:00. Inline, because the time grid converts every sample.
+inline std::int64_t ToMilliseconds(double date)
+{
+    constexpr std::int64_t MsPerDay = 86'400'000;
+    if (!(date >= -static_cast<double>(MaxDays))) // NaN too
+        date = std::isnan(date) ? 0.0 : -static_cast<double>(MaxDays);
+    else if (date > static_cast<double>(MaxDays))
+        date = static_cast<double>(MaxDays);
+    const auto whole = static_cast<std::int64_t>(date);
+    const double fraction = std::fabs(date - static_cast<double>(whole));
+    return whole * MsPerDay + static_cast<std::int64_t>(fraction * MsPerDay + 0.5);
+}
 
 // Whole seconds since day 0, floored after rounding to the millisecond, so that
 // Diff(Unit::Second, a, b) == WholeSeconds(b) - WholeSeconds(a).
