@@ -159,14 +159,14 @@ double Apply(BinaryOp op, double a, double b)
     return Missing;
 }
 
-// The loops are instantiated per operator and written without branches, so that the compiler
-// can vectorise them: every result is computed, then replaced where it must be missing.
 // Infinite or NaN.
 inline bool Bad(double result)
 {
     return !(std::fabs(result) <= std::numeric_limits<double>::max());
 }
 
+// The loops are instantiated per operator and written without branches, so that the compiler
+// can vectorise them: every result is computed, then replaced where it must be missing.
 template <typename Op>
 void ApplyEach(const double* a, const double* b, double* out, qsizetype count, Op op)
 {
