@@ -116,30 +116,6 @@ private:
     qsizetype m_first;
 };
 
-class NegateMatrix final : public Matrix
-{
-public:
-    explicit NegateMatrix(std::unique_ptr<Matrix> source)
-        : Matrix(source->Rows(), source->Columns(), source->Timed()), m_source(std::move(source))
-    {
-        ReserveBuffer();
-    }
-
-    const double* Fetch(qsizetype column, qsizetype row, qsizetype count) override
-    {
-        const double* in = m_source->Fetch(column, row, count);
-        if (Timed() && column == 0)
-            return in;
-        double* out = Buffer();
-        for (qsizetype i = 0; i < count; ++i)
-            out[i] = in[i] == Missing ? Missing : -in[i];
-        return out;
-    }
-
-private:
-    std::unique_ptr<Matrix> m_source;
-};
-
 double Apply(BinaryOp op, double a, double b)
 {
     if (a == Missing || b == Missing)
@@ -426,10 +402,11 @@ public:
         case Node::Kind::Variable:
             return Variable(node);
         case Node::Kind::Negate: {
+            // -x is 0 - x: one element-wise path for every operator.
             Value operand = Bind(*node.children.front());
             if (operand.IsScalar())
-                return Scalar(operand.scalar == Missing ? Missing : -operand.scalar);
-            return FromMatrix(std::make_unique<NegateMatrix>(std::move(operand.matrix)));
+                return Scalar(Apply(BinaryOp::Subtract, 0.0, operand.scalar));
+            return Value{0.0, std::make_unique<ScalarBinaryMatrix>(BinaryOp::Subtract, std::move(operand.matrix), 0.0, true)};
         }
         case Node::Kind::Binary:
             return Binary(node, Bind(*node.children[0]), Bind(*node.children[1]));
