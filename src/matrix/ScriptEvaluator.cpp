@@ -9,6 +9,12 @@
 // aggregates skip missing cells. A block of two or more columns carries the time in column 0:
 // element-wise operators pass it through from the left-most such operand, and aggregates
 // only look at the value columns.
+//
+// This file is compiled twice: once for the baseline instruction set and once, as
+// ScriptEvaluatorAvx2.cpp, with AVX2 in its own namespace. Evaluate picks the AVX2 build when
+// the processor has it: the chunk loops then run on wider vectors, and no legacy SSE code
+// runs into the false register dependencies some processors impose on it once the upper
+// halves of the vector registers are in use.
 #include "ScriptEvaluator.h"
 
 #include <QHash>
@@ -20,7 +26,17 @@
 #include <limits>
 #include <vector>
 
+#ifdef SORANO_EVALUATOR_AVX2
+#define SORANO_EVALUATOR_NAMESPACE Avx2
+#else
+#define SORANO_EVALUATOR_NAMESPACE Baseline
+#endif
+
 namespace MatrixScript {
+
+namespace SORANO_EVALUATOR_NAMESPACE {
+
+void Evaluate(const Program& program, MatrixVariables& variables);
 
 namespace {
 
@@ -545,5 +561,25 @@ void Evaluate(const Program& program, MatrixVariables& variables)
     if (binder.ReadsTarget())
         target->SetArray(rows, columns, std::move(aside));
 }
+
+} // namespace SORANO_EVALUATOR_NAMESPACE
+
+#ifndef SORANO_EVALUATOR_AVX2
+#ifdef SORANO_HAVE_AVX2_EVALUATOR
+namespace Avx2 {
+void Evaluate(const Program& program, MatrixVariables& variables);
+}
+#endif
+
+void Evaluate(const Program& program, MatrixVariables& variables)
+{
+#ifdef SORANO_HAVE_AVX2_EVALUATOR
+    static const bool avx2 = __builtin_cpu_supports("avx2");
+    if (avx2)
+        return Avx2::Evaluate(program, variables);
+#endif
+    Baseline::Evaluate(program, variables);
+}
+#endif
 
 } // namespace MatrixScript
