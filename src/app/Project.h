@@ -3,6 +3,7 @@
 #pragma once
 
 #include "MessageHandler.h"
+#include "ModuleBoxes.h"
 
 #include <QObject>
 #include <QString>
@@ -33,6 +34,13 @@ public:
     QString CompanyAddress() const;
     ::MessageHandler* MsgHandler() const { return m_cMsgHandler; }
 
+    // The bound data modules, each under its address, in the order of the registry.
+    const ModuleBoxes& DataModules() const { return m_colDataModules; }
+    // Binds every module registered in the machine-wide settings; -1 when the key is missing.
+    qint32 LoadDataModules();
+    // Opens the configuration of the data modules as the edition wants it.
+    void ConfigureDataModules();
+
 private:
     void m_cMsgHandler_Message(const QString& name, const QString& params);
     void ShowStatus(const QString& text);
@@ -41,6 +49,7 @@ private:
     QString m_sApplicationName;
     std::unique_ptr<frm_Main> m_mainWindow;
     QString m_sHelpFile;
+    ModuleBoxes m_colDataModules;
     QString m_sMeasuringFileID;
     ::MessageHandler* m_cMsgHandler = nullptr;
     bool m_bTerminated = false;

@@ -2,12 +2,15 @@
 #include "frm_Main.h"
 
 #include "Numeric.h"
+#include "ResStrings.h"
 #include "Settings.h"
 
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMdiArea>
+#include <QMenu>
+#include <QMenuBar>
 #include <QProgressBar>
 #include <QScreen>
 #include <QStatusBar>
@@ -30,6 +33,13 @@ frm_Main::frm_Main(QWidget* parent) : QMainWindow(parent)
     statusBar()->setObjectName(QStringLiteral("stbMain"));
     statusBar()->addWidget(m_lblStatus, 1);
     statusBar()->addPermanentWidget(m_prgState);
+
+    // The administration menu; the other menus join it when the tool registry builds them.
+    menuBar()->setObjectName(QStringLiteral("mnuMain"));
+    QMenu* extras = menuBar()->addMenu(GetResString(246));
+    extras->setObjectName(QStringLiteral("mnuExtras"));
+    m_mnuExtrasConfig = extras->addAction(GetResString(248));
+    m_mnuExtrasConfig->setObjectName(QStringLiteral("mnuExtrasConfig"));
 
     LoadPlacement();
 }

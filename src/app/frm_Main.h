@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The multi-document main window: document area, status line and progress bar.
+// The multi-document main window: menu, document area, status line and progress bar.
 #pragma once
 
 #include <QMainWindow>
 
 #include <functional>
 
+class QAction;
 class QLabel;
 class QMdiArea;
 class QProgressBar;
@@ -28,6 +29,8 @@ public:
     QMdiArea* MdiArea() const { return m_mdiArea; }
     QLabel* StatusLabel() const { return m_lblStatus; }
     QProgressBar* ProgressBar() const { return m_prgState; }
+    // The tool "mnuExtrasConfig" of the administration menu; the project connects it.
+    QAction* ToolExtrasConfig() const { return m_mnuExtrasConfig; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -39,6 +42,7 @@ private:
     QMdiArea* m_mdiArea = nullptr;
     QLabel* m_lblStatus = nullptr;
     QProgressBar* m_prgState = nullptr;
+    QAction* m_mnuExtrasConfig = nullptr;
     Qt::WindowStates m_initialState = Qt::WindowNoState;
     bool m_bUnloading = false;
     std::function<bool()> m_closeRequest;
