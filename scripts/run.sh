@@ -8,7 +8,15 @@ scripts/install-deps.sh
 cmake --preset app >/dev/null
 cmake --build --preset app --parallel "$(nproc)"
 
-# The machine-wide settings of this build tree: build/etc/xdg/HARVOLD/Sorano.ini.
+# Demo data for the SQLite module, written once.
+demo_db="$root/build/demo/sorano-demo.sqlite"
+if [ ! -f "$demo_db" ]; then
+  mkdir -p build/demo
+  build/bin/sorano-demodata "$demo_db" || echo "Could not write the demo data; the Demo module will report it." >&2
+fi
+
+# The machine-wide settings of this build tree: build/etc/xdg/HARVOLD/Sorano.ini, with the
+# SQLite module registered as "Demo" (ProgID:address) on the demo database.
 lang_offset=0
 [ "${SORANO_LANG:-de}" = "en" ] && lang_offset=1000
 mkdir -p build/etc/xdg/HARVOLD build/log
@@ -18,6 +26,8 @@ HARVOLD\\Sorano\\Settings\\LangOffset=$lang_offset
 HARVOLD\\Sorano\\Settings\\whoami=sorano
 HARVOLD\\Sorano\\Settings\\LogPath="$root/build/log"
 HARVOLD\\Sorano\\Settings\\LogMode=3
+HARVOLD\\DataModules\\Demo=Sorano.SQLite:1
+HARVOLD\\ModuleSettings\\Demo\\Database="$demo_db"
 INI
 
 if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && command -v xvfb-run >/dev/null; then

@@ -1,0 +1,548 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "SqliteDataModule.h"
+
+#include "RegistryKey.h"
+#include "SqliteSchema.h"
+#include "frm_SqliteConfig.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+const QString SettingsRoot = QStringLiteral("Software\\HARVOLD\\ModuleSettings\\");
+const QString DatabaseValue = QStringLiteral("Database");
+const QString BusyTimeoutValue = QStringLiteral("BusyTimeout");
+const QString OpenTitle = QStringLiteral("error opening database");
+const QString ReadTitle = QStringLiteral("error reading database");
+
+// Window bounds are inclusive; half a millisecond absorbs the rounding of dates that the caller
+// and the logger computed in different ways.
+constexpr double HalfMillisecond = 0.5 / 86'400'000.0;
+
+constexpr std::string_view DataSql
+    = "SELECT time, value FROM samples WHERE channel = ?1 AND time >= ?2 AND time <= ?3 ORDER BY time";
+constexpr std::string_view FirstSql = "SELECT time FROM samples WHERE channel = ?1 ORDER BY time LIMIT 1";
+constexpr std::string_view LastSql = "SELECT time FROM samples WHERE channel = ?1 ORDER BY time DESC LIMIT 1";
+constexpr std::string_view ExistsSql = "SELECT 1 FROM channels WHERE id = ?1";
+
+// Parents before children: a breadth-first walk from the top-level entries. Entries whose
+// parent is missing count as top level, so that they are still listed.
+constexpr std::string_view CategoriesSql = R"SQL(
+WITH RECURSIVE tree(id, depth) AS (
+    SELECT id, 0 FROM categories
+     WHERE parent IS NULL OR parent < 1 OR parent NOT IN (SELECT id FROM categories)
+    UNION ALL
+    SELECT c.id, t.depth + 1 FROM categories c JOIN tree t ON c.parent = t.id
+)
+SELECT c.id, c.name, c.remark, c.parent, c.kind FROM tree t JOIN categories c ON c.id = t.id
+ ORDER BY t.depth, c.id)SQL";
+constexpr std::string_view ChannelsSql = R"SQL(
+WITH RECURSIVE tree(id, depth) AS (
+    SELECT id, 0 FROM channels
+     WHERE parent_channel IS NULL OR parent_channel < 1 OR parent_channel NOT IN (SELECT id FROM channels)
+    UNION ALL
+    SELECT c.id, t.depth + 1 FROM channels c JOIN tree t ON c.parent_channel = t.id
+)
+SELECT c.id, c.name, c.category, c.parent_channel, c.path_id FROM tree t JOIN channels c ON c.id = t.id
+ ORDER BY t.depth, c.category, c.id)SQL";
+
+QString ColumnText(sqlite3_stmt* statement, int column)
+{
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+    return text ? QString::fromUtf8(text, sqlite3_column_bytes(statement, column)) : QString();
+}
+
+// "$" separates the fields of the structure strings, so it may not occur inside one.
+QString Field(sqlite3_stmt* statement, int column)
+{
+    QString text = ColumnText(statement, column);
+    text.replace(QLatin1Char('$'), QLatin1Char('_'));
+    return text;
+}
+
+QString ToQString(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+bool SamePath(const QString& a, const QString& b)
+{
+    if (a.trimmed().isEmpty() || b.trimmed().isEmpty())
+        return a.trimmed().isEmpty() == b.trimmed().isEmpty();
+    return QFileInfo(a.trimmed()).absoluteFilePath() == QFileInfo(b.trimmed()).absoluteFilePath();
+}
+
+QString FormatSeconds(double seconds)
+{
+    return QString::number(seconds, 'g', 15);
+}
+
+} // namespace
+
+SqliteDataModule::SqliteDataModule(const DataModuleRegistration& registration, QObject* parent)
+    : QObject(parent)
+    , m_registration(registration)
+{ }
+
+SqliteDataModule::~SqliteDataModule()
+{
+    Close();
+}
+
+void SqliteDataModule::SetMessageHandler(MessageHandlerInterface* handler)
+{
+    m_pMessageHandler = handler;
+}
+
+void SqliteDataModule::Log(const QString& title, const QString& text, const QString& source, qint16 level) const
+{
+    if (m_pMessageHandler)
+        m_pMessageHandler->WriteLog(title, text, source, level);
+}
+
+QString SqliteDataModule::SettingsKey() const
+{
+    return SettingsRoot + m_registration.name;
+}
+
+QString SqliteDataModule::ConfiguredDatabase() const
+{
+    RegistryKey key;
+    const QString user = key.ReadValue(Hive::CurrentUser, SettingsKey(), DatabaseValue).trimmed();
+    if (!user.isEmpty())
+        return user;
+    return key.ReadValue(Hive::LocalMachine, SettingsKey(), DatabaseValue).trimmed();
+}
+
+bool SqliteDataModule::UseEnglish() const
+{
+    RegistryKey key;
+    const QString offset = key.ReadValue(Hive::LocalMachine, "Software\\HARVOLD\\Sorano\\Settings", "LangOffset");
+    return offset.trimmed().toInt() == 1000;
+}
+
+qint32 SqliteDataModule::SelfCheck(qint32& status)
+{
+    // The library must be able to create, write and read a database; the configured file is
+    // not looked at, since a missing file is a matter of configuration, not of the module.
+    status = -1;
+    sqlite3* raw = nullptr;
+    const int rc = sqlite3_open_v2(":memory:", &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    SqliteConnection db(raw);
+    if (rc != SQLITE_OK)
+        return status;
+    if (sqlite3_exec(db.get(), "CREATE TABLE t (x REAL); INSERT INTO t VALUES (0.25);", nullptr, nullptr, nullptr)
+        != SQLITE_OK)
+        return status;
+    int prepared = SQLITE_OK;
+    SqliteStatement query = PrepareStatement(db.get(), "SELECT x FROM t", prepared);
+    if (query && sqlite3_step(query.get()) == SQLITE_ROW && sqlite3_column_double(query.get(), 0) == 0.25)
+        status = 1;
+    return status;
+}
+
+qint32 SqliteDataModule::Initialize(const QString& param, qint32& status)
+{
+    m_sDatabase = param.trimmed().isEmpty() ? ConfiguredDatabase() : param.trimmed();
+    status = Open("SqliteDataModule.Initialize");
+    return status;
+}
+
+void SqliteDataModule::Close()
+{
+    m_cDataQuery.reset();
+    m_cFirstQuery.reset();
+    m_cLastQuery.reset();
+    m_cExistsQuery.reset();
+    m_db.reset();
+    m_dDefaultResolution = 0.0;
+    m_cResolutions.clear();
+}
+
+bool SqliteDataModule::EnsureOpen(const QString& source, qint32& status)
+{
+    if (!m_db) {
+        if (m_sDatabase.isEmpty())
+            m_sDatabase = ConfiguredDatabase();
+        status = Open(source);
+    }
+    return m_db != nullptr;
+}
+
+qint32 SqliteDataModule::Fail(int rc, const QString& title, const QString& what, const QString& source)
+{
+    qint32 status = QueryFailed;
+    switch (rc & 0xff) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        status = Locked;
+        break;
+    case SQLITE_NOTADB:
+    case SQLITE_CORRUPT:
+        status = Corrupt;
+        break;
+    case SQLITE_CANTOPEN:
+    case SQLITE_READONLY:
+    case SQLITE_IOERR:
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+        status = CannotOpen;
+        break;
+    default:
+        break;
+    }
+    QString reason = QString::fromUtf8(m_db ? sqlite3_errmsg(m_db.get()) : sqlite3_errstr(rc));
+    if (rc == SQLITE_READONLY_ROLLBACK)
+        reason += "; a write to the file was interrupted and only a writer can undo it";
+    Log(title,
+        what + " of module " + m_registration.name + " (" + m_sDatabase + ") failed: " + reason + " ("
+            + QString::number(rc) + ").",
+        source, 3);
+    return status;
+}
+
+qint32 SqliteDataModule::Open(const QString& source)
+{
+    Close();
+    if (m_sDatabase.isEmpty()) {
+        Log(OpenTitle, "No database file is configured for module " + m_registration.name + ".", source, 3);
+        return NoDatabase;
+    }
+    const QFileInfo file(m_sDatabase);
+    if (!file.exists() || !file.isFile()) {
+        Log(OpenTitle,
+            "The database file " + m_sDatabase + " of module " + m_registration.name + " does not exist or is no file.",
+            source, 3);
+        return FileMissing;
+    }
+
+    sqlite3* raw = nullptr;
+    const int rc = sqlite3_open_v2(QFile::encodeName(m_sDatabase).constData(), &raw, SQLITE_OPEN_READONLY, nullptr);
+    SqliteConnection db(raw);
+    if (rc != SQLITE_OK)
+        return Fail(rc, OpenTitle, "Opening the database", source);
+    m_db = std::move(db);
+    sqlite3_extended_result_codes(m_db.get(), 1);
+
+    RegistryKey key;
+    QString timeout = key.ReadValue(Hive::CurrentUser, SettingsKey(), BusyTimeoutValue);
+    if (timeout.trimmed().isEmpty())
+        timeout = key.ReadValue(Hive::LocalMachine, SettingsKey(), BusyTimeoutValue);
+    bool ok = false;
+    const int ms = timeout.trimmed().toInt(&ok);
+    sqlite3_busy_timeout(m_db.get(), ok && ms >= 0 ? ms : DefaultBusyTimeoutMs);
+
+    qint32 status = CheckSchema(source);
+    if (status == 1)
+        status = LoadInfo(source);
+    if (status == 1)
+        status = PrepareQueries(source);
+    if (status != 1)
+        Close();
+    return status;
+}
+
+qint32 SqliteDataModule::CheckSchema(const QString& source)
+{
+    int rc = SQLITE_OK;
+    SqliteStatement columns = PrepareStatement(m_db.get(), "SELECT name FROM pragma_table_info(?1)", rc);
+    if (!columns)
+        return Fail(rc, OpenTitle, "Reading the schema", source);
+    for (const SqliteSchema::Table& table : SqliteSchema::RequiredTables) {
+        sqlite3_reset(columns.get());
+        sqlite3_bind_text(columns.get(), 1, table.name.data(), static_cast<int>(table.name.size()), SQLITE_STATIC);
+        QSet<QString> present;
+        while ((rc = sqlite3_step(columns.get())) == SQLITE_ROW)
+            present.insert(ColumnText(columns.get(), 0).toLower());
+        if (rc != SQLITE_DONE)
+            return Fail(rc, OpenTitle, "Reading the schema", source);
+        for (std::string_view column : table.columns) {
+            if (column.empty() || present.contains(ToQString(column)))
+                continue;
+            Log(OpenTitle,
+                "The file " + m_sDatabase + " of module " + m_registration.name + " is no logger database: "
+                    + (present.isEmpty()
+                            ? "table " + ToQString(table.name) + " is missing."
+                            : "table " + ToQString(table.name) + " has no column " + ToQString(column) + "."),
+                source, 3);
+            return ForeignSchema;
+        }
+    }
+    return 1;
+}
+
+qint32 SqliteDataModule::LoadInfo(const QString& source)
+{
+    int rc = SQLITE_OK;
+    SqliteStatement exists
+        = PrepareStatement(m_db.get(), "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = 'info'", rc);
+    if (!exists)
+        return Fail(rc, OpenTitle, "Reading the schema", source);
+    rc = sqlite3_step(exists.get());
+    if (rc == SQLITE_DONE)
+        return 1; // no info table: resolutions unknown
+    if (rc != SQLITE_ROW)
+        return Fail(rc, OpenTitle, "Reading the schema", source);
+
+    SqliteStatement info = PrepareStatement(
+        m_db.get(), "SELECT key, value FROM info WHERE key = ?1 OR substr(key, 1, length(?2)) = ?2", rc);
+    if (!info)
+        return Fail(rc, OpenTitle, "Reading the info table", source);
+    sqlite3_bind_text(info.get(), 1, SqliteSchema::KeyResolution.data(),
+        static_cast<int>(SqliteSchema::KeyResolution.size()), SQLITE_STATIC);
+    sqlite3_bind_text(info.get(), 2, SqliteSchema::KeyChannelResolutionPrefix.data(),
+        static_cast<int>(SqliteSchema::KeyChannelResolutionPrefix.size()), SQLITE_STATIC);
+    const QString prefix = ToQString(SqliteSchema::KeyChannelResolutionPrefix);
+    while ((rc = sqlite3_step(info.get())) == SQLITE_ROW) {
+        const QString key = ColumnText(info.get(), 0);
+        bool ok = false;
+        const double seconds = ColumnText(info.get(), 1).trimmed().toDouble(&ok);
+        if (!ok || !std::isfinite(seconds) || seconds <= 0.0) {
+            Log("invalid resolution",
+                "The resolution " + key + " in " + m_sDatabase + " is no positive number; it counts as unknown.",
+                source, 2);
+            continue;
+        }
+        if (key == ToQString(SqliteSchema::KeyResolution)) {
+            m_dDefaultResolution = seconds;
+        } else {
+            const qint64 channel = key.mid(prefix.size()).toLongLong(&ok);
+            if (ok)
+                m_cResolutions.insert(channel, seconds);
+        }
+    }
+    if (rc != SQLITE_DONE)
+        return Fail(rc, OpenTitle, "Reading the info table", source);
+    return 1;
+}
+
+qint32 SqliteDataModule::PrepareQueries(const QString& source)
+{
+    int rc = SQLITE_OK;
+    for (auto [statement, sql] : { std::pair { &m_cDataQuery, DataSql }, std::pair { &m_cFirstQuery, FirstSql },
+             std::pair { &m_cLastQuery, LastSql }, std::pair { &m_cExistsQuery, ExistsSql } }) {
+        *statement = PrepareStatement(m_db.get(), sql, rc);
+        if (!*statement)
+            return Fail(rc, OpenTitle, "Preparing the queries", source);
+    }
+    return 1;
+}
+
+bool SqliteDataModule::ParseChannelId(const QString& channelId, qint64& id) const
+{
+    bool ok = false;
+    id = channelId.trimmed().toLongLong(&ok);
+    return ok;
+}
+
+double SqliteDataModule::ResolutionOf(qint64 channel) const
+{
+    return m_cResolutions.value(channel, m_dDefaultResolution);
+}
+
+bool SqliteDataModule::ReadBoundary(sqlite3_stmt* statement, qint64 id, double& date, const QString& source)
+{
+    sqlite3_reset(statement);
+    sqlite3_bind_int64(statement, 1, id);
+    const int rc = sqlite3_step(statement);
+    if (rc == SQLITE_ROW && sqlite3_column_type(statement, 0) != SQLITE_NULL)
+        date = sqlite3_column_double(statement, 0);
+    sqlite3_reset(statement);
+    if (rc != SQLITE_ROW && rc != SQLITE_DONE) {
+        Fail(rc, ReadTitle, "Reading the period of channel " + QString::number(id), source);
+        return false;
+    }
+    return true;
+}
+
+void SqliteDataModule::GetFirstDate(const QString& channelId, double& date)
+{
+    qint32 status = 1;
+    qint64 id = 0;
+    if (ParseChannelId(channelId, id) && EnsureOpen("SqliteDataModule.GetFirstDate", status))
+        ReadBoundary(m_cFirstQuery.get(), id, date, "SqliteDataModule.GetFirstDate");
+}
+
+void SqliteDataModule::GetLastDate(const QString& channelId, double& date)
+{
+    qint32 status = 1;
+    qint64 id = 0;
+    if (ParseChannelId(channelId, id) && EnsureOpen("SqliteDataModule.GetLastDate", status))
+        ReadBoundary(m_cLastQuery.get(), id, date, "SqliteDataModule.GetLastDate");
+}
+
+qint32 SqliteDataModule::GetChannelOverview(ChannelCollection& channels, qint32& status)
+{
+    const QString source = QStringLiteral("SqliteDataModule.GetChannelOverview");
+    channels.Clear();
+    status = 1;
+    if (!EnsureOpen(source, status))
+        return status;
+    int rc = SQLITE_OK;
+    SqliteStatement query
+        = PrepareStatement(m_db.get(), "SELECT id, name, unit, data_type FROM channels ORDER BY id", rc);
+    if (!query)
+        return status = Fail(rc, ReadTitle, "Reading the channels", source);
+    const qint32 address = m_registration.address.toInt();
+    while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) {
+        auto channel = std::make_shared<DataMatrix>();
+        const QString id = QString::number(sqlite3_column_int64(query.get(), 0));
+        channel->SetChannelID(id);
+        channel->SetChannelName(ColumnText(query.get(), 1));
+        channel->SetUnit(ColumnText(query.get(), 2));
+        channel->SetDataType(sqlite3_column_int(query.get(), 3));
+        channel->SetModuleAddress(address);
+        channels.Add(channel, id);
+    }
+    if (rc != SQLITE_DONE) {
+        channels.Clear();
+        return status = Fail(rc, ReadTitle, "Reading the channels", source);
+    }
+    return status;
+}
+
+qint32 SqliteDataModule::GetChannelStructure(QStringList& categories, QStringList& channels, qint32& status)
+{
+    const QString source = QStringLiteral("SqliteDataModule.GetChannelStructure");
+    categories.clear();
+    channels.clear();
+    status = 1;
+    if (!EnsureOpen(source, status))
+        return status;
+
+    int rc = SQLITE_OK;
+    SqliteStatement query = PrepareStatement(m_db.get(), CategoriesSql, rc);
+    if (!query)
+        return status = Fail(rc, ReadTitle, "Reading the categories", source);
+    while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) {
+        QString line = QString::number(sqlite3_column_int64(query.get(), 0)) + '$' + Field(query.get(), 1) + '$'
+            + Field(query.get(), 2) + '$' + QString::number(sqlite3_column_int64(query.get(), 3));
+        // A category without a kind is a plain one: four fields.
+        const QString kind = Field(query.get(), 4).trimmed();
+        if (!kind.isEmpty())
+            line += '$' + kind;
+        categories.append(line);
+    }
+    if (rc != SQLITE_DONE) {
+        categories.clear();
+        return status = Fail(rc, ReadTitle, "Reading the categories", source);
+    }
+
+    query = PrepareStatement(m_db.get(), ChannelsSql, rc);
+    if (!query) {
+        categories.clear();
+        return status = Fail(rc, ReadTitle, "Reading the channels", source);
+    }
+    while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) {
+        // The table has no remark of a channel: field 2 stays empty.
+        channels.append(QString::number(sqlite3_column_int64(query.get(), 0)) + '$' + Field(query.get(), 1) + "$$"
+            + QString::number(sqlite3_column_int64(query.get(), 2)) + '$'
+            + QString::number(sqlite3_column_int64(query.get(), 3)) + '$'
+            + QString::number(sqlite3_column_int64(query.get(), 4)));
+    }
+    if (rc != SQLITE_DONE) {
+        categories.clear();
+        channels.clear();
+        return status = Fail(rc, ReadTitle, "Reading the channels", source);
+    }
+    return status;
+}
+
+qint32 SqliteDataModule::GetData(
+    const QString& channelList, ChannelCollection& channels, double from, double to, qint32& status)
+{
+    const QString source = QStringLiteral("SqliteDataModule.GetData");
+    status = 1;
+    bool readable = EnsureOpen(source, status);
+    double resolution = 0.0;
+
+    for (const QString& entry : channelList.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+        const QString key = entry.trimmed();
+        const DataMatrixPtr channel = channels.Channel(key);
+        if (!channel)
+            continue;
+        // Every listed channel gets a fresh block, so that no data of an earlier window stays
+        // behind when reading fails.
+        auto block = MatrixBlock::Create(0, 2);
+        channel->SetDataBlock(block);
+        qint64 id = 0;
+        if (!readable || !ParseChannelId(key, id))
+            continue;
+
+        sqlite3_stmt* query = m_cDataQuery.get();
+        sqlite3_reset(query);
+        sqlite3_bind_int64(query, 1, id);
+        sqlite3_bind_double(query, 2, from - HalfMillisecond);
+        sqlite3_bind_double(query, 3, to + HalfMillisecond);
+        m_cTimes.clear();
+        m_cValues.clear();
+        int rc = SQLITE_OK;
+        while ((rc = sqlite3_step(query)) == SQLITE_ROW) {
+            m_cTimes.push_back(sqlite3_column_double(query, 0));
+            const int type = sqlite3_column_type(query, 1);
+            m_cValues.push_back(type == SQLITE_FLOAT || type == SQLITE_INTEGER ? sqlite3_column_double(query, 1)
+                                                                               : MatrixBlock::DefaultNoValue);
+        }
+        sqlite3_reset(query);
+        if (rc != SQLITE_DONE) {
+            // The rest of the list would run into the same lock or damage: leave it empty.
+            status = Fail(rc, ReadTitle, "Reading the samples of channel " + key, source);
+            readable = false;
+            continue;
+        }
+
+        const size_t rows = m_cTimes.size();
+        // Column by column, as the block stores its cells.
+        std::vector<double> cells;
+        cells.reserve(2 * rows);
+        cells.insert(cells.end(), m_cTimes.begin(), m_cTimes.end());
+        cells.insert(cells.end(), m_cValues.begin(), m_cValues.end());
+        block->SetArray(static_cast<qsizetype>(rows), 2, std::move(cells));
+
+        sqlite3_stmt* exists = m_cExistsQuery.get();
+        sqlite3_reset(exists);
+        sqlite3_bind_int64(exists, 1, id);
+        if (sqlite3_step(exists) == SQLITE_ROW) {
+            // Channels of different loggers may be mixed: the finest resolution serves them all.
+            const double seconds = ResolutionOf(id);
+            if (seconds > 0.0 && (resolution == 0.0 || seconds < resolution))
+                resolution = seconds;
+        }
+        sqlite3_reset(exists);
+    }
+
+    channels.AddText(QStringLiteral("SQLITE;") + FormatSeconds(resolution));
+    return status;
+}
+
+void SqliteDataModule::ShowConfig()
+{
+    frm_SqliteConfig dialog(m_sDatabase.isEmpty() ? ConfiguredDatabase() : m_sDatabase, UseEnglish());
+    if (dialog.ShowMe())
+        ApplyDatabase(dialog.Database());
+}
+
+void SqliteDataModule::ApplyDatabase(const QString& path)
+{
+    const QString before = m_sDatabase.isEmpty() ? ConfiguredDatabase() : m_sDatabase;
+    RegistryKey key;
+    if (key.WriteValue(Hive::CurrentUser, SettingsKey(), DatabaseValue, path.trimmed()) != RegistryStatus::Ok)
+        Log("error storing settings",
+            "The database file of module " + m_registration.name + " could not be stored in the user's settings.",
+            "SqliteDataModule.ApplyDatabase", 3);
+    // An empty entry hands the choice back to the machine-wide setting.
+    const QString after = path.trimmed().isEmpty() ? ConfiguredDatabase() : path.trimmed();
+    if (SamePath(before, after))
+        return;
+    Close();
+    m_sDatabase = after;
+    if (m_pMessageHandler) {
+        qint32 status = 0;
+        m_pMessageHandler->SendMessage("CHANNELS_CHANGED", m_registration.address, status);
+    }
+}

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The embedded default data module: channels and samples of a logger database in one SQLite file,
+// read through a read-only connection.
+#pragma once
+
+#include "DataModuleInterface.h"
+#include "SqliteHandles.h"
+
+#include <QHash>
+#include <QObject>
+#include <QString>
+
+#include <vector>
+
+class SqliteDataModule : public QObject, public DataModuleInterface
+{
+    Q_OBJECT
+    Q_INTERFACES(DataModuleInterface)
+
+public:
+    static constexpr auto ProgID = "Sorano.SQLite";
+
+    // Status codes besides 1 (success).
+    enum Status : qint32 {
+        NoDatabase = -1, ///< no database file configured
+        FileMissing = -2, ///< the configured file does not exist or is no file
+        CannotOpen = -3, ///< the library refused to open or read the file
+        Locked = -4, ///< another connection holds a lock longer than the busy timeout
+        Corrupt = -5, ///< not a database, or a damaged one
+        ForeignSchema = -6, ///< a database without the logger tables
+        QueryFailed = -7 ///< any other failure of a query
+    };
+
+    // Busy timeout when the settings name none.
+    static constexpr int DefaultBusyTimeoutMs = 2000;
+
+    explicit SqliteDataModule(const DataModuleRegistration& registration, QObject* parent = nullptr);
+    ~SqliteDataModule() override;
+
+    void SetMessageHandler(MessageHandlerInterface* handler) override;
+    bool HasConfig() override { return true; }
+    void GetFirstDate(const QString& channelId, double& date) override;
+    void GetLastDate(const QString& channelId, double& date) override;
+    qint32 SelfCheck(qint32& status) override;
+    // A non-empty param names the database file and takes precedence over the settings.
+    qint32 Initialize(const QString& param, qint32& status) override;
+    qint32 GetChannelOverview(ChannelCollection& channels, qint32& status) override;
+    qint32 GetChannelStructure(QStringList& categories, QStringList& channels, qint32& status) override;
+    qint32 GetData(
+        const QString& channelList, ChannelCollection& channels, double from, double to, qint32& status) override;
+    Q_INVOKABLE void ShowConfig() override;
+
+    // "Software\HARVOLD\ModuleSettings\<registration name>".
+    QString SettingsKey() const;
+    // The database file of the settings: the user's value, else the machine-wide one.
+    QString ConfiguredDatabase() const;
+    // The file the module reads (or will read at the next call).
+    QString Database() const { return m_sDatabase; }
+    // Stores the file as the user's setting. When it differs from the file in use, the
+    // connection is dropped (the next call opens the new file) and "CHANNELS_CHANGED" with
+    // the module's address goes to the message handler.
+    void ApplyDatabase(const QString& path);
+
+private:
+    qint32 Open(const QString& source);
+    void Close();
+    bool EnsureOpen(const QString& source, qint32& status);
+    qint32 CheckSchema(const QString& source);
+    qint32 LoadInfo(const QString& source);
+    qint32 PrepareQueries(const QString& source);
+    qint32 Fail(int rc, const QString& title, const QString& what, const QString& source);
+    void Log(const QString& title, const QString& text, const QString& source, qint16 level) const;
+    bool ParseChannelId(const QString& channelId, qint64& id) const;
+    bool ReadBoundary(sqlite3_stmt* statement, qint64 id, double& date, const QString& source);
+    double ResolutionOf(qint64 channel) const;
+    bool UseEnglish() const;
+
+    DataModuleRegistration m_registration;
+    MessageHandlerInterface* m_pMessageHandler = nullptr;
+    QString m_sDatabase;
+
+    SqliteConnection m_db;
+    SqliteStatement m_cDataQuery;
+    SqliteStatement m_cFirstQuery;
+    SqliteStatement m_cLastQuery;
+    SqliteStatement m_cExistsQuery;
+
+    // Native resolutions from the info table, in seconds; 0 when unknown.
+    double m_dDefaultResolution = 0.0;
+    QHash<qint64, double> m_cResolutions;
+
+    // Work buffers of GetData, kept between calls so that reading allocates only the blocks.
+    std::vector<double> m_cTimes;
+    std::vector<double> m_cValues;
+};
