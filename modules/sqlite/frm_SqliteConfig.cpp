@@ -1,14 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "frm_SqliteConfig.h"
 
+#include "Calendar.h"
+#include "SqliteHandles.h"
+
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QFile>
 #include <QFileInfo>
+#include <QStyle>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QHash>
+#include <QHeaderView>
 #include <QPushButton>
+#include <QTreeWidget>
 #include <QVBoxLayout>
 
 frm_SqliteConfig::frm_SqliteConfig(const QString& database, bool english, QWidget* parent)
@@ -27,6 +35,16 @@ frm_SqliteConfig::frm_SqliteConfig(const QString& database, bool english, QWidge
     browse->setObjectName("cmd_Browse");
     connect(browse, &QPushButton::clicked, this, &frm_SqliteConfig::Browse);
 
+    m_trvChannels = new QTreeWidget(this);
+    m_trvChannels->setObjectName("trv_Channels");
+    m_trvChannels->setHeaderLabels(english ? QStringList{tr("Channel"), tr("Unit"), tr("From"), tr("To")}
+                                           : QStringList{tr("Kanal"), tr("Einheit"), tr("Von"), tr("Bis")});
+    m_trvChannels->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    m_trvChannels->setMinimumHeight(260);
+    m_lblPreview = new QLabel(this);
+    m_lblPreview->setObjectName("lbl_Preview");
+    connect(m_txtDatabase, &QLineEdit::editingFinished, this, &frm_SqliteConfig::LoadPreview);
+
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     buttons->button(QDialogButtonBox::Ok)->setObjectName("cmd_OK");
     buttons->button(QDialogButtonBox::Cancel)->setObjectName("cmd_Cancel");
@@ -40,8 +58,11 @@ frm_SqliteConfig::frm_SqliteConfig(const QString& database, bool english, QWidge
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(label);
     layout->addLayout(row);
-    layout->addStretch(1);
+    layout->addWidget(m_trvChannels, 1);
+    layout->addWidget(m_lblPreview);
     layout->addWidget(buttons);
+    resize(760, 640);
+    LoadPreview();
 }
 
 bool frm_SqliteConfig::ShowMe()
@@ -61,6 +82,77 @@ void frm_SqliteConfig::Browse()
                                       : tr("Logger-Datenbanken (*.sqlite *.sqlite3 *.db);;Alle Dateien (*)");
     const QString chosen = QFileDialog::getOpenFileName(
         this, m_bEnglish ? tr("Choose the database") : tr("Datenbank auswählen"), start, filter);
-    if (!chosen.isEmpty())
+    if (!chosen.isEmpty()) {
         m_txtDatabase->setText(QDir::toNativeSeparators(chosen));
+        LoadPreview();
+    }
+}
+
+void frm_SqliteConfig::LoadPreview()
+{
+    m_trvChannels->clear();
+    const QString path = Database();
+    if (path.isEmpty()) {
+        m_lblPreview->setText(m_bEnglish ? tr("No database chosen.") : tr("Keine Datenbank gewählt."));
+        return;
+    }
+    const QString notReadable = m_bEnglish ? tr("The file cannot be read as a logger database.")
+                                           : tr("Die Datei kann nicht als Logger-Datenbank gelesen werden.");
+    sqlite3* raw = nullptr;
+    const int opened = sqlite3_open_v2(QFile::encodeName(path).constData(), &raw, SQLITE_OPEN_READONLY, nullptr);
+    SqliteConnection db(raw);
+    int rc = opened;
+    SqliteStatement categories, channels, range;
+    if (rc == SQLITE_OK)
+        categories = PrepareStatement(db.get(), "SELECT id, name, parent FROM categories ORDER BY id", rc);
+    if (rc == SQLITE_OK)
+        channels = PrepareStatement(db.get(), "SELECT id, name, unit, category FROM channels ORDER BY id", rc);
+    if (rc == SQLITE_OK)
+        range = PrepareStatement(db.get(), "SELECT min(time), max(time) FROM samples WHERE channel = ?", rc);
+    if (rc != SQLITE_OK) {
+        m_lblPreview->setText(notReadable);
+        return;
+    }
+
+    auto text = [](sqlite3_stmt* statement, int column) {
+        return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)));
+    };
+    // Categories come ordered by id; a parent with a higher id than its child is attached
+    // after the loop, and one that does not exist leaves the child at the top level.
+    QHash<qint64, QTreeWidgetItem*> items;
+    QList<std::pair<QTreeWidgetItem*, qint64>> parents;
+    while (sqlite3_step(categories.get()) == SQLITE_ROW) {
+        auto* item = new QTreeWidgetItem(QStringList{text(categories.get(), 1)});
+        item->setIcon(0, style()->standardIcon(QStyle::SP_DirIcon));
+        items.insert(sqlite3_column_int64(categories.get(), 0), item);
+        parents.append({item, sqlite3_column_int64(categories.get(), 2)});
+    }
+    for (const auto& [item, parent] : parents) {
+        if (QTreeWidgetItem* owner = items.value(parent); owner && owner != item)
+            owner->addChild(item);
+        else
+            m_trvChannels->addTopLevelItem(item);
+    }
+    int count = 0;
+    auto date = [](double value) { return Calendar::ToDateTime(value).toString("dd.MM.yyyy hh:mm"); };
+    while (sqlite3_step(channels.get()) == SQLITE_ROW) {
+        const qint64 id = sqlite3_column_int64(channels.get(), 0);
+        QStringList columns{text(channels.get(), 1), text(channels.get(), 2)};
+        sqlite3_reset(range.get());
+        sqlite3_bind_int64(range.get(), 1, id);
+        if (sqlite3_step(range.get()) == SQLITE_ROW && sqlite3_column_type(range.get(), 0) != SQLITE_NULL)
+            columns << date(sqlite3_column_double(range.get(), 0)) << date(sqlite3_column_double(range.get(), 1));
+        auto* item = new QTreeWidgetItem(columns);
+        item->setIcon(0, style()->standardIcon(QStyle::SP_FileIcon));
+        if (QTreeWidgetItem* owner = items.value(sqlite3_column_int64(channels.get(), 3)))
+            owner->addChild(item);
+        else
+            m_trvChannels->addTopLevelItem(item);
+        ++count;
+    }
+    m_trvChannels->expandAll();
+    for (int column = 1; column < m_trvChannels->columnCount(); ++column)
+        m_trvChannels->resizeColumnToContents(column);
+    m_lblPreview->setText(m_bEnglish ? tr("%n channel(s) in the database.", nullptr, count)
+                                     : QString("%1 Kanäle in der Datenbank.").arg(count));
 }

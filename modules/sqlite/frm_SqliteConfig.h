@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Configuration dialog of the SQLite module: which database file it reads.
+// Configuration dialog of the SQLite module: which database file it reads, with a preview of
+// the categories and channels in that file.
 #pragma once
 
 #include <QDialog>
 #include <QString>
 
+class QLabel;
 class QLineEdit;
+class QTreeWidget;
 
 class frm_SqliteConfig : public QDialog
 {
@@ -21,7 +24,12 @@ public:
 
 private:
     void Browse();
+    // Fills the preview tree from the file in the text field; a file that is no logger
+    // database leaves the tree empty and says so.
+    void LoadPreview();
 
     QLineEdit* m_txtDatabase = nullptr;
+    QTreeWidget* m_trvChannels = nullptr;
+    QLabel* m_lblPreview = nullptr;
     bool m_bEnglish = false;
 };

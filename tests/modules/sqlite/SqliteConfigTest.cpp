@@ -4,9 +4,13 @@
 #include "RegistryKey.h"
 #include "SqliteDataModule.h"
 #include "TempSettings.h"
+#include "frm_SqliteConfig.h"
 
 #include <QApplication>
 #include <QDialog>
+#include <QFile>
+#include <QLabel>
+#include <QTreeWidget>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -184,6 +188,46 @@ TEST_F(SqliteConfigTest, TheDialogStoresTheChosenFileOnlyOnOk)
         EXPECT_EQ(FirstChannel(module), c.changes ? "901" : "301");
         EXPECT_EQ(UserDatabase(), c.changes ? files.second : files.first);
     }
+}
+
+// The preview lists the file's categories and channels with their first and last sample, and
+// says so when the file is no logger database.
+TEST(SqliteConfigPreview, ShowsTheTreeOfTheChosenFile)
+{
+    QTemporaryDir dir;
+    const QString good = dir.filePath("site.sqlite");
+    {
+        LoggerDatabase db(good);
+        SiteFixture::Write(db);
+    }
+    const QString junk = dir.filePath("junk.sqlite");
+    {
+        QFile file(junk);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(4096, 'x'));
+    }
+
+    frm_SqliteConfig dialog(good, false);
+    auto* tree = dialog.findChild<QTreeWidget*>("trv_Channels");
+    ASSERT_NE(tree, nullptr);
+    const QList<QTreeWidgetItem*> power = tree->findItems("Leistung", Qt::MatchExactly | Qt::MatchRecursive);
+    ASSERT_EQ(power.size(), 1);
+    ASSERT_NE(power.front()->parent(), nullptr);
+    EXPECT_EQ(power.front()->parent()->text(0), "Logger 7");
+    EXPECT_EQ(power.front()->parent()->parent()->text(0), "Halle $1");
+    EXPECT_EQ(power.front()->text(1), "kW");
+    EXPECT_EQ(power.front()->text(2), "01.01.2025 00:00");
+    EXPECT_EQ(power.front()->text(3), "01.01.2025 02:15");
+    const QList<QTreeWidgetItem*> empty = tree->findItems("Leer", Qt::MatchExactly | Qt::MatchRecursive);
+    ASSERT_EQ(empty.size(), 1);
+    EXPECT_TRUE(empty.front()->text(2).isEmpty());
+    EXPECT_TRUE(dialog.findChild<QLabel*>("lbl_Preview")->text().startsWith("4 "));
+
+    auto* path = dialog.findChild<QLineEdit*>("txt_Database");
+    path->setText(junk);
+    emit path->editingFinished();
+    EXPECT_EQ(tree->topLevelItemCount(), 0);
+    EXPECT_TRUE(dialog.findChild<QLabel*>("lbl_Preview")->text().contains("nicht"));
 }
 
 } // namespace
