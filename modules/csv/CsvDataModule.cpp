@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "CsvDataModule.h"
 
+#include "ModuleSettings.h"
 #include "Numeric.h"
 #include "RegistryKey.h"
 #include "frm_CsvConfig.h"
@@ -27,7 +28,6 @@ void FoldPowerFactors(MatrixBlock& block)
             value = std::fabs(value) > 1.0 ? 1.1 : value > 0.0 ? 1.0 - value : -1.0 - value;
 }
 
-const QString SettingsRoot = QStringLiteral("Software\\HARVOLD\\ModuleSettings\\");
 const QString FolderValue = QStringLiteral("Folder");
 
 // Structure strings are split at "$": the character can't stand in a field.
@@ -92,16 +92,12 @@ void CsvDataModule::Log(const QString& title, const QString& text, const QString
 
 QString CsvDataModule::SettingsKey() const
 {
-    return SettingsRoot + m_registration.name;
+    return ModuleSettings::Key(m_registration.name);
 }
 
 QString CsvDataModule::ConfiguredFolder() const
 {
-    RegistryKey key;
-    const QString user = key.ReadValue(Hive::CurrentUser, SettingsKey(), FolderValue).trimmed();
-    if (!user.isEmpty())
-        return user;
-    return key.ReadValue(Hive::LocalMachine, SettingsKey(), FolderValue).trimmed();
+    return ModuleSettings::Read(m_registration.name, FolderValue);
 }
 
 QString CsvDataModule::Folder() const
@@ -111,9 +107,7 @@ QString CsvDataModule::Folder() const
 
 bool CsvDataModule::UseEnglish()
 {
-    RegistryKey key;
-    return LeadingNumber(key.ReadValue(Hive::LocalMachine, "Software\\HARVOLD\\Sorano\\Settings", "LangOffset"))
-        == 1000.0;
+    return ModuleSettings::UseEnglish();
 }
 
 qint32 CsvDataModule::SelfCheck(qint32& status)

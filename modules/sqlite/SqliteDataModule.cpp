@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SqliteDataModule.h"
 
+#include "ModuleSettings.h"
 #include "RegistryKey.h"
 #include "SqliteSchema.h"
 #include "frm_SqliteConfig.h"
@@ -14,7 +15,6 @@
 
 namespace {
 
-const QString SettingsRoot = QStringLiteral("Software\\HARVOLD\\ModuleSettings\\");
 const QString DatabaseValue = QStringLiteral("Database");
 const QString BusyTimeoutValue = QStringLiteral("BusyTimeout");
 const QString OpenTitle = QStringLiteral("error opening database");
@@ -107,23 +107,17 @@ void SqliteDataModule::Log(const QString& title, const QString& text, const QStr
 
 QString SqliteDataModule::SettingsKey() const
 {
-    return SettingsRoot + m_registration.name;
+    return ModuleSettings::Key(m_registration.name);
 }
 
 QString SqliteDataModule::ConfiguredDatabase() const
 {
-    RegistryKey key;
-    const QString user = key.ReadValue(Hive::CurrentUser, SettingsKey(), DatabaseValue).trimmed();
-    if (!user.isEmpty())
-        return user;
-    return key.ReadValue(Hive::LocalMachine, SettingsKey(), DatabaseValue).trimmed();
+    return ModuleSettings::Read(m_registration.name, DatabaseValue);
 }
 
 bool SqliteDataModule::UseEnglish() const
 {
-    RegistryKey key;
-    const QString offset = key.ReadValue(Hive::LocalMachine, "Software\\HARVOLD\\Sorano\\Settings", "LangOffset");
-    return offset.trimmed().toInt() == 1000;
+    return ModuleSettings::UseEnglish();
 }
 
 qint32 SqliteDataModule::SelfCheck(qint32& status)
