@@ -3,39 +3,17 @@
 // channels and the statistic scripts, each beside a plain hand-written loop doing the same
 // over the same arrays, which is the speed limit to compare with. The counter "allocs" gives
 // the heap allocations per iteration; it must not grow with the number of rows.
+#include "AllocationCounter.h"
 #include "Calendar.h"
 #include "MatrixScriptEngine.h"
 #include "TimeValueTransformator.h"
 
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
-#include <new>
 #include <vector>
-
-namespace {
-std::atomic<std::int64_t> g_allocations{0};
-}
-
-void* operator new(std::size_t size)
-{
-    g_allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size == 0 ? 1 : size))
-        return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
 
 namespace {
 
@@ -63,21 +41,6 @@ const MatrixBlockPtr& Source()
     static const MatrixBlockPtr block = MinuteChannel(0);
     return block;
 }
-
-class AllocationCounter
-{
-public:
-    explicit AllocationCounter(benchmark::State& state) : m_state(state), m_start(g_allocations.load()) {}
-    ~AllocationCounter()
-    {
-        m_state.counters["allocs"] = benchmark::Counter(static_cast<double>(g_allocations.load() - m_start),
-                                                        benchmark::Counter::kAvgIterations);
-    }
-
-private:
-    benchmark::State& m_state;
-    std::int64_t m_start;
-};
 
 // (a) One channel of a year onto a grid of 15 minutes (state.range(0) = 15) or of 1 minute,
 // averaged as a power channel is.

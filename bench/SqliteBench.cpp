@@ -3,6 +3,7 @@
 // a database written at start in a temporary folder, beside a plain read of the same rows with
 // the bare library, which is the speed limit to compare with. The counter "allocs" gives the
 // heap allocations per call; it must not grow with the number of rows.
+#include "AllocationCounter.h"
 #include "RegistryKey.h"
 #include "SqliteDataModule.h"
 #include "SqliteSchema.h"
@@ -10,36 +11,15 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
-#include <new>
 #include <random>
 #include <string>
 #include <vector>
-
-namespace {
-std::atomic<std::int64_t> g_allocations { 0 };
-}
-
-void* operator new(std::size_t size)
-{
-    g_allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size == 0 ? 1 : size))
-        return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
 
 namespace {
 
@@ -111,9 +91,9 @@ void BM_GetDataOneYearOfMinutes(benchmark::State& state)
     for (auto _ : state) {
         ChannelCollection channels;
         channels.Add(std::make_shared<DataMatrix>(), "1");
-        const std::int64_t before = g_allocations.load(std::memory_order_relaxed);
+        const std::int64_t before = AllocationCount();
         module.GetData("1", channels, Start, Start + days - 1.0 / 1440.0, status);
-        allocations += g_allocations.load(std::memory_order_relaxed) - before;
+        allocations += AllocationCount() - before;
         rows = channels.Channel(0)->DataBlock()->Rows();
         benchmark::DoNotOptimize(channels.Channel(0)->DataBlock()->At(rows - 1, 1));
     }

@@ -125,6 +125,19 @@ qint32 NumberOrThrow(const QString& text, const QString& line)
     return *value;
 }
 
+// Calls a module operation that returns a status; a module that throws counts as one that
+// returned 0.
+template <typename Call>
+qint32 TrappedStatus(Call&& call)
+{
+    try {
+        qint32 out = 0;
+        return call(out);
+    } catch (...) {
+        return 0;
+    }
+}
+
 } // namespace
 
 ModuleBox::ModuleBox() = default;
@@ -211,14 +224,7 @@ qint32 ModuleBox::Init()
         m_bIsInit = false;
         return 0;
     }
-    qint32 status = 0;
-    try {
-        qint32 out = 0;
-        status = m_module->Initialize(m_sParam, out);
-    } catch (...) {
-        // A module that throws counts as one that returned 0.
-        status = 0;
-    }
+    const qint32 status = TrappedStatus([&](qint32& out) { return m_module->Initialize(m_sParam, out); });
     if (status == 1) {
         m_bIsInit = true;
         return 1;
@@ -242,13 +248,8 @@ qint32 ModuleBox::GetChannelList(QTreeWidget* tree, const QString& parentKey, bo
 
     if (m_channels.isEmpty()) {
         ChannelCollection delivered;
-        qint32 status = 0;
-        try {
-            qint32 out = 0;
-            status = m_module->GetChannelOverview(delivered, out);
-        } catch (...) {
-            status = 0;
-        }
+        const qint32 status
+            = TrappedStatus([&](qint32& out) { return m_module->GetChannelOverview(delivered, out); });
         if (status == 1) {
             const qint32 address = LenientWhole(m_sAddress);
             for (qsizetype i = 0; i < delivered.Count(); ++i) {
@@ -284,13 +285,8 @@ qint32 ModuleBox::GetChannelList(QTreeWidget* tree, const QString& parentKey, bo
 
     QStringList categories;
     QStringList channels;
-    qint32 status = 0;
-    try {
-        qint32 out = 0;
-        status = m_module->GetChannelStructure(categories, channels, out);
-    } catch (...) {
-        status = 0;
-    }
+    const qint32 status
+        = TrappedStatus([&](qint32& out) { return m_module->GetChannelStructure(categories, channels, out); });
     if (status != 1) {
         WriteLog(QStringLiteral("error getting structure"),
                  QStringLiteral("Error %1 when getting channelstructure from module %2 (%3).")
@@ -389,13 +385,8 @@ qint32 ModuleBox::InitializeStructure()
 
     QStringList categories;
     QStringList channels;
-    qint32 status = 0;
-    try {
-        qint32 out = 0;
-        status = m_module->GetChannelStructure(categories, channels, out);
-    } catch (...) {
-        status = 0;
-    }
+    const qint32 status
+        = TrappedStatus([&](qint32& out) { return m_module->GetChannelStructure(categories, channels, out); });
     if (status != 1)
         return -2;
     return BuildStructure(categories, channels);
