@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A curve's channels, its sum on the common grid and its statistics.
 #include "Curve.h"
+#include "ChartAdapter.h"
 #include "CurveFixture.h"
 
 namespace {
@@ -82,6 +83,18 @@ TEST_F(CurveTest, CurveWithoutChannelsHasNoResultAndKeepsStatistics)
     EXPECT_EQ(engine.Script(), "RESULT = ");
     EXPECT_FALSE(curve.Result());
     EXPECT_EQ(curve.FindStatistic("1")->Value(), 9.0);
+
+    // The later steps of a refresh take a curve without result in their stride.
+    ChartAdapter chart;
+    QTreeWidget tree;
+    curve.FindStatistic("1")->SetUsed(true);
+    EXPECT_EQ(curve.UpdateChart(&chart, true), 0);
+    EXPECT_EQ(chart.PointCount(), 0);
+    EXPECT_EQ(curve.UpdateStatistic(&tree), 0);
+    EXPECT_EQ(tree.topLevelItemCount(), 1);
+    Cursor* cursor = curve.SetCursor(3, &chart, &chart.Annotations(), 0);
+    ASSERT_TRUE(cursor);
+    EXPECT_EQ(cursor->Index(), -1) << "no row to stand on";
 }
 
 TEST_F(CurveTest, FailingStatisticIsHidden)
