@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The time navigation bar driven with the mouse and the keyboard on a real widget.
+#include "Calendar.h"
+#include "Formatter.h"
+#include "QtPrinters.h"
+#include "ctl_NavBar.h"
+
+#include <QLabel>
+#include <QSignalSpy>
+#include <QTest>
+#include <QToolButton>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Calendar::Unit;
+
+double Seconds(double date, std::int64_t seconds)
+{
+    return Calendar::Add(Unit::Second, seconds, date);
+}
+
+class NavBarTest : public ::testing::Test
+{
+protected:
+    // A 900 px bar has a 600 px track; a period of 100000 s makes one pixel 1000/6 s.
+    void SetUp() override
+    {
+        bar.resize(900, 24);
+        bar.show();
+        bar.SetDateFirst(first);
+        bar.SetDateLast(Seconds(first, 100000));
+        SetWindow(50000, 20000);
+    }
+    void SetWindow(std::int64_t offset, std::int64_t length)
+    {
+        bar.SetDateFrom(Seconds(first, offset));
+        bar.SetDateTo(Seconds(first, offset + length));
+    }
+    QPoint MarkerCentre() const { return bar.MarkerRect().center(); }
+    void Press(QPoint at) { QTest::mousePress(bar.Track(), Qt::LeftButton, {}, at); }
+    void MoveTo(QPoint at) { QTest::mouseMove(bar.Track(), at); }
+    void Release(QPoint at) { QTest::mouseRelease(bar.Track(), Qt::LeftButton, {}, at); }
+    void PressButton(int index) { QTest::mouseClick(bar.Button(index), Qt::LeftButton); }
+
+    const double first = Calendar::FromParts(2024, 1, 1, 8);
+    ctl_NavBar bar;
+    QSignalSpy navigate { &bar, &ctl_NavBar::Navigate };
+};
+
+TEST_F(NavBarTest, MarkerMapsSecondsToTrackPixels)
+{
+    EXPECT_EQ(bar.TrackRect(), QRect(150, 4, 600, 18));
+    EXPECT_EQ(bar.MarkerRect(), QRect(299, 0, 122, 18)); // 300 px in, 120 px wide, plus a pixel each side
+
+    SetWindow(50000, 0);
+    EXPECT_TRUE(bar.MarkerRect().isNull());
+    SetWindow(0, 60); // a third of a pixel still shows a 10 px marker
+    EXPECT_EQ(bar.MarkerRect(), QRect(-1, 0, 10, 18));
+
+    // From 500000 s on the scale is capped, and a later window no longer sits in proportion.
+    bar.SetDateLast(Seconds(first, 1000000));
+    SetWindow(250000, 50000);
+    EXPECT_EQ(bar.MarkerRect(), QRect(299, 0, 62, 18));
+    bar.SetDateLast(bar.DateFirst());
+    EXPECT_TRUE(bar.MarkerRect().isNull());
+}
+
+TEST_F(NavBarTest, DragMovesTheWindowAndReportsOnlyOnRelease)
+{
+    const QPoint start = MarkerCentre();
+    Press(start);
+    MoveTo(start + QPoint(60, 3));
+    EXPECT_EQ(bar.DateFrom(), Seconds(first, 60000));
+    EXPECT_EQ(bar.DateTo(), Seconds(first, 80000));
+    EXPECT_EQ(bar.LabelText(0), Formatter().FormatDate(bar.DateFrom(), u"dd.mm.yy hh:nn:ss"));
+    EXPECT_EQ(bar.MarkerRect().left(), 359);
+    EXPECT_EQ(navigate.count(), 0);
+
+    MoveTo(start + QPoint(5000, 0)); // the right end stops the window at the period's end
+    EXPECT_EQ(bar.DateTo(), bar.DateLast());
+    EXPECT_EQ(bar.DateFrom(), Seconds(first, 80000));
+    Release(start + QPoint(5000, 0));
+    ASSERT_EQ(navigate.count(), 1);
+    EXPECT_EQ(navigate.at(0).at(0).toInt(), -1);
+
+    const QPoint again = MarkerCentre();
+    Press(again);
+    MoveTo(again - QPoint(5000, 0));
+    Release(again - QPoint(5000, 0));
+    EXPECT_EQ(bar.DateFrom(), first);
+    EXPECT_EQ(navigate.count(), 2);
+
+    // With a minimum-width marker the end stops 8 px short of the track's width.
+    SetWindow(0, 60);
+    Press(MarkerCentre());
+    MoveTo(MarkerCentre() + QPoint(5000, 0));
+    EXPECT_EQ(bar.DateFrom(), Seconds(first, 98666));
+}
+
+TEST_F(NavBarTest, ClickEscapeAndDisabledBarLeaveTheWindowAlone)
+{
+    const double from = bar.DateFrom();
+    const double to = bar.DateTo();
+    const QPoint start = MarkerCentre();
+    Press(start);
+    Release(start);
+    EXPECT_FALSE(bar.Dragging());
+
+    Press(start);
+    MoveTo(start + QPoint(100, 0));
+    EXPECT_NE(bar.DateFrom(), from);
+    QTest::keyClick(bar.Track(), Qt::Key_Escape);
+    EXPECT_FALSE(bar.Dragging());
+    EXPECT_EQ(bar.DateFrom(), from);
+    EXPECT_EQ(bar.DateTo(), to);
+    EXPECT_EQ(bar.LabelText(0), Formatter().FormatDate(from, u"dd.mm.yy hh:nn:ss"));
+    Release(start + QPoint(100, 0));
+
+    bar.SetEnabled(false);
+    Press(start);
+    MoveTo(start + QPoint(100, 0));
+    Release(start + QPoint(100, 0));
+    QSignalSpy ends(&bar, &ctl_NavBar::NavigateToLast);
+    for (int i = 0; i < 6; ++i)
+        PressButton(i);
+    EXPECT_EQ(bar.DateFrom(), from);
+    EXPECT_EQ(bar.DateTo(), to);
+    EXPECT_EQ(ends.count(), 0);
+    EXPECT_EQ(navigate.count(), 0);
+}
+
+TEST(NavBarStepTest, ParsingSplitsAtTheLastDigit)
+{
+    const struct
+    {
+        QString text;
+        double count;
+        QString unit;
+    } cases[] = { { "15n", 15, "n" }, { "-1d", -1, "d" }, { "1", 1, "" }, { "2ww", 2, "ww" }, { "1.5h", 1.5, "h" },
+        { "h", 0, "" }, { "", 0, "" }, { "-", 0, "" } };
+    for (const auto& c : cases) {
+        const ctl_NavBar::Step step = ctl_NavBar::ParseStep(c.text);
+        EXPECT_EQ(step.count, c.count) << c.text.toStdString();
+        EXPECT_EQ(step.unit, c.unit) << c.text.toStdString();
+    }
+}
+
+TEST_F(NavBarTest, ButtonsStepByCalendarAndOnlyOncePerPress)
+{
+    bar.SetSmallStep("15n");
+    bar.SetMediumStep("1m");
+    EXPECT_EQ(bar.Button(2)->toolTip(), "Um 15 Minute(n) zurück gehen");
+    EXPECT_EQ(bar.Button(3)->toolTip(), "Um 15 Minute(n) vorwärts gehen");
+    EXPECT_EQ(bar.Button(4)->toolTip(), "Um 1 Monat(e) vorwärts gehen");
+    EXPECT_EQ(bar.Button(0)->toolTip(), "Zum Anfang gehen");
+
+    bar.SetDateFrom(Calendar::FromParts(2023, 1, 31, 10));
+    bar.SetDateTo(Calendar::FromParts(2023, 3, 15, 10));
+    PressButton(4);
+    EXPECT_EQ(bar.DateFrom(), Calendar::FromParts(2023, 2, 28, 10));
+    EXPECT_EQ(bar.DateTo(), Calendar::FromParts(2023, 4, 15, 10));
+    PressButton(1);
+    EXPECT_EQ(bar.DateFrom(), Calendar::FromParts(2023, 1, 28, 10));
+    PressButton(2);
+    EXPECT_EQ(bar.DateFrom(), Calendar::FromParts(2023, 1, 28, 9, 45));
+
+    // Holding a button acts once.
+    QTest::mousePress(bar.Button(3), Qt::LeftButton);
+    QTest::qWait(900);
+    QTest::mouseRelease(bar.Button(3), Qt::LeftButton);
+    EXPECT_EQ(bar.DateFrom(), Calendar::FromParts(2023, 1, 28, 10));
+    QList<int> indexes;
+    for (const QList<QVariant>& args : navigate)
+        indexes << args.at(0).toInt();
+    EXPECT_EQ(indexes, QList<int>({ 4, 1, 2, 3 }));
+
+    QSignalSpy toFirst(&bar, &ctl_NavBar::NavigateToFirst);
+    QSignalSpy toLast(&bar, &ctl_NavBar::NavigateToLast);
+    PressButton(0);
+    PressButton(5);
+    EXPECT_EQ(toFirst.count(), 1);
+    EXPECT_EQ(toLast.count(), 1);
+    EXPECT_EQ(navigate.count(), 4);
+
+    bar.SetSmallStep("1"); // no unit: the window stays where it is
+    PressButton(3);
+    EXPECT_EQ(bar.DateFrom(), Calendar::FromParts(2023, 1, 28, 10));
+}
+
+TEST_F(NavBarTest, LayoutHidesTrackWhenNarrowAndLabelsShortenTheirDates)
+{
+    bar.resize(348, 24);
+    EXPECT_TRUE(bar.TrackRect().isEmpty());
+    EXPECT_TRUE(bar.Label(0)->isVisible());
+    EXPECT_TRUE(bar.Button(5)->isVisible());
+    EXPECT_EQ(bar.Button(5)->geometry().right(), 348 - 1);
+    bar.resize(350, 24);
+    EXPECT_EQ(bar.TrackRect(), QRect(150, 4, 50, 18));
+
+    // Narrowing the bar steps the labels down through ever shorter masks to an empty text.
+    const QFontMetrics metrics(bar.font());
+    QStringList texts;
+    for (int width = 600; width >= 120; width -= 2) {
+        bar.resize(width, 24);
+        const QString text = bar.LabelText(1);
+        EXPECT_LE(metrics.horizontalAdvance(text), bar.Label(1)->width()) << width;
+        if (texts.isEmpty() || texts.last() != text) {
+            if (!texts.isEmpty()) {
+                EXPECT_LT(text.size(), texts.last().size()) << width;
+            }
+            texts << text;
+        }
+    }
+    const double to = bar.DateTo();
+    const Formatter format;
+    EXPECT_EQ(texts,
+        QStringList({ format.FormatDate(to, u"dd.mm.yy hh:nn:ss"), format.FormatDate(to, u"dd.mm. hh:nn:ss"),
+            format.FormatDate(to, u"dd.mm. hh:nn"), format.FormatDate(to, u"dd.mm."), QString() }));
+}
+
+TEST_F(NavBarTest, DoubleClickTellsWhichLabel)
+{
+    QSignalSpy clicks(&bar, &ctl_NavBar::DblClick);
+    QTest::mouseDClick(bar.Label(0), Qt::LeftButton, {}, QPoint(5, 12));
+    QTest::mouseDClick(bar.Label(1), Qt::LeftButton, {}, QPoint(bar.Label(1)->width() - 5, 12));
+    QTest::mouseDClick(&bar, Qt::LeftButton, {}, QPoint(5, 0));
+    QTest::mouseDClick(bar.Track(), Qt::LeftButton, {}, QPoint(10, 5));
+    QList<int> wheres;
+    for (const QList<QVariant>& args : clicks)
+        wheres << args.at(0).toInt();
+    EXPECT_EQ(wheres, QList<int>({ -1, 1, 0, 0 }));
+}
+
+} // namespace
