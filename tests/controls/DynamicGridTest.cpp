@@ -1,0 +1,276 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Calendar.h"
+#include "DynamicGridModel.h"
+#include "QtPrinters.h"
+#include "ResStrings.h"
+#include "ctl_DynamicGrid.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QFile>
+#include <QHeaderView>
+#include <QLocale>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+constexpr double NoValue = MatrixBlock::DefaultNoValue;
+
+QByteArray Fixture(const char* name)
+{
+    QFile file(QStringLiteral(SORANO_CONTROLS_FIXTURES "/") + QLatin1String(name));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
+    return file.readAll();
+}
+
+// Samples every quarter hour from 2009-02-03 14:00.
+DataMatrixPtr Channel(const QString& name, const QString& unit, const std::vector<double>& values, qint32 type = 3)
+{
+    auto block = MatrixBlock::Create(static_cast<qsizetype>(values.size()), 2);
+    for (size_t i = 0; i < values.size(); ++i) {
+        block->At(static_cast<qsizetype>(i), 0) = Calendar::FromParts(2009, 2, 3, 14, static_cast<int>(i) * 15);
+        block->At(static_cast<qsizetype>(i), 1) = values[i];
+    }
+    auto matrix = std::make_shared<DataMatrix>();
+    matrix->SetChannelName(name);
+    matrix->SetUnit(unit);
+    matrix->SetDataType(type);
+    matrix->SetDataBlock(block);
+    return matrix;
+}
+
+class DynamicGridTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        grid = std::make_unique<ctl_DynamicGrid>();
+        grid->SetDateFormat(QStringLiteral("dd.mm.yyyy hh:nn"));
+        grid->resize(700, 400);
+        grid->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(grid.get()));
+    }
+    void TearDown() override
+    {
+        grid.reset();
+        QLocale::setDefault(QLocale::c());
+    }
+
+    // The example of the fixture files: a voltage with a gap, and a shorter cos phi without unit.
+    void AddExample()
+    {
+        voltage = Channel("Spannung", "V", { 230.5, 1234.5, NoValue, 231.25 });
+        cosPhi = Channel("cos phi", "", { 0.05, -0.1, 0.2 }, DataMatrix::CosPhiType);
+        grid->AddMatrix(voltage, "u");
+        grid->AddMatrix(cosPhi, "pf");
+    }
+
+    QString Cell(int row, int column) const { return grid->View()->model()->index(row, column).data().toString(); }
+    QString Header(int column) const { return grid->View()->model()->headerData(column, Qt::Horizontal).toString(); }
+    int Columns() const { return grid->View()->model()->columnCount(); }
+
+    std::unique_ptr<ctl_DynamicGrid> grid;
+    DataMatrixPtr voltage;
+    DataMatrixPtr cosPhi;
+};
+
+TEST_F(DynamicGridTest, ShowsTimesFormattedValuesAndMissingCells)
+{
+    AddExample();
+    QAbstractItemModel* model = grid->View()->model();
+    ASSERT_EQ(model->rowCount(), 4);
+    ASSERT_EQ(Columns(), 3);
+    EXPECT_FALSE(grid->VScroll()->isEnabled());
+
+    EXPECT_EQ(Header(1), "Spannung (V)");
+    EXPECT_EQ(Header(2), "cos phi");
+    EXPECT_TRUE(model->headerData(1, Qt::Horizontal, Qt::FontRole).value<QFont>().bold());
+
+    const QString missing = GetResString(369);
+    EXPECT_EQ(missing, "FEHLT");
+    const QStringList expected[]
+        = { { "03.02.2009 14:00", "230,50", "0,95" }, { "03.02.2009 14:15", "1.234,50", "-0,90" },
+              { "03.02.2009 14:30", missing, "0,80" }, { "03.02.2009 14:45", "231,25", missing } };
+    for (int r = 0; r < 4; ++r)
+        for (int c = 0; c < 3; ++c)
+            EXPECT_EQ(Cell(r, c), expected[r][c]) << r << "," << c;
+    EXPECT_TRUE(model->index(0, 1).data(Qt::TextAlignmentRole).value<Qt::Alignment>() & Qt::AlignRight);
+}
+
+TEST_F(DynamicGridTest, ClipboardTextAndExportMatchTheHandWrittenFiles)
+{
+    AddExample();
+    grid->CopyToClipboard(true);
+    EXPECT_EQ(QGuiApplication::clipboard()->text().toUtf8(), Fixture("grid_datatext.txt"));
+
+    QTemporaryDir dir;
+    const QString path = dir.filePath("export.csv");
+    EXPECT_EQ(grid->Export(path), 0);
+    QFile written(path);
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    EXPECT_EQ(written.readAll(), Fixture("grid_export.csv"));
+
+    EXPECT_EQ(grid->Export(QString()), -1);
+    EXPECT_EQ(grid->Export(dir.filePath("missing/export.csv")), -2);
+}
+
+TEST_F(DynamicGridTest, SelectionCopiesScreenCellsAndAHeaderClickCopiesTheWholeScreen)
+{
+    AddExample();
+    QTableView* view = grid->View();
+    view->selectionModel()->select(
+        QItemSelection(view->model()->index(0, 1), view->model()->index(1, 2)), QItemSelectionModel::ClearAndSelect);
+    grid->CopyToClipboard(false);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "230,50\t0,95\r\n1.234,50\t-0,90");
+
+    QHeaderView* header = view->horizontalHeader();
+    QTest::mouseClick(
+        header->viewport(), Qt::LeftButton, {}, QPoint(header->sectionViewportPosition(1) + 5, header->height() / 2));
+    grid->CopyToClipboard(false);
+    const QString lines = QGuiApplication::clipboard()->text();
+    EXPECT_TRUE(lines.startsWith("\tSpannung (V)\tcos phi\r\n03.02.2009 14:00\t230,50\t0,95\r\n"))
+        << lines.toStdString();
+    EXPECT_EQ(lines.count("\r\n"), 4);
+    EXPECT_EQ(view->selectionModel()->selectedIndexes(), QModelIndexList { view->model()->index(0, 0) });
+
+    view->clearSelection();
+    QGuiApplication::clipboard()->setText("kept");
+    grid->CopyToClipboard(false);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "kept");
+}
+
+TEST_F(DynamicGridTest, AKeyShownAgainMovesItsColumnToTheEnd)
+{
+    AddExample();
+    const DataMatrixPtr newer = Channel("Strom", "A", { 1, 2, 3, 4 });
+    grid->AddMatrix(newer, "u");
+    ASSERT_EQ(Columns(), 3);
+    EXPECT_EQ(Header(1), "cos phi");
+    EXPECT_EQ(Header(2), "Strom (A)");
+
+    grid->AddMatrix(nullptr, "x");
+    grid->AddMatrix(Channel("Leer", "", {}), "y");
+    EXPECT_EQ(Columns(), 3);
+    grid->RemoveMatrix("pf");
+    EXPECT_EQ(Columns(), 2);
+    EXPECT_EQ(Header(1), "Strom (A)");
+}
+
+TEST_F(DynamicGridTest, ClearKeepsTheCellsUntilMatricesArrive)
+{
+    AddExample();
+    grid->Clear();
+    EXPECT_EQ(Columns(), 3);
+    EXPECT_EQ(Cell(0, 1), "230,50");
+    EXPECT_TRUE(grid->DataText().isEmpty());
+
+    grid->AddMatrix(Channel("Strom", "A", { 7, 8 }), "i");
+    EXPECT_EQ(Columns(), 2);
+    EXPECT_EQ(grid->View()->model()->rowCount(), 2);
+    EXPECT_EQ(Cell(1, 1), "8,00");
+}
+
+TEST_F(DynamicGridTest, ColumnWidthsAreKeptWithTheMatrix)
+{
+    voltage = Channel("Spannung", "V", { 230.5, 1234.5 });
+    voltage->SetDisplayWidth("abc");
+    cosPhi = Channel("cos phi", "", { 0.1, 0.2 }, DataMatrix::CosPhiType);
+    cosPhi->SetDisplayWidth("120");
+    grid->AddMatrix(voltage, "u");
+    grid->AddMatrix(cosPhi, "pf");
+    QTableView* view = grid->View();
+
+    QFont bold = view->horizontalHeader()->font();
+    bold.setBold(true);
+    const int measured = QFontMetrics(bold).horizontalAdvance("Spannung (V)") + 8;
+    EXPECT_EQ(view->columnWidth(1), measured);
+    EXPECT_EQ(voltage->DisplayWidth(), QString::number(measured));
+    EXPECT_EQ(view->columnWidth(2), 120);
+    EXPECT_EQ(cosPhi->DisplayWidth(), "120");
+
+    view->horizontalHeader()->resizeSection(2, 77);
+    EXPECT_EQ(cosPhi->DisplayWidth(), "77");
+    grid->Update(true);
+    EXPECT_EQ(view->columnWidth(2), 77);
+}
+
+TEST_F(DynamicGridTest, WithoutAutoUpdateChangesWaitForUpdate)
+{
+    AddExample();
+    grid->SetAutoUpdate(false);
+    grid->AddMatrix(Channel("cos phi", "", { 0.3, 0.3, 0.3 }, DataMatrix::CosPhiType), "pf");
+    EXPECT_EQ(Cell(0, 2), "0,95");
+    grid->Update(false); // same rows and columns: nothing to show
+    EXPECT_EQ(Cell(0, 2), "0,95");
+    grid->Update(true);
+    EXPECT_EQ(Cell(0, 2), "0,70");
+
+    grid->AddMatrix(Channel("Strom", "A", { 1, 2 }), "i");
+    EXPECT_EQ(Columns(), 3);
+    grid->Update(false);
+    EXPECT_EQ(Columns(), 4);
+}
+
+TEST_F(DynamicGridTest, ScrollingReachesEveryRow)
+{
+    constexpr qsizetype Rows = 100000;
+    auto block = MatrixBlock::Create(Rows, 2);
+    for (qsizetype i = 0; i < Rows; ++i) {
+        block->At(i, 0) = 40000.0 + static_cast<double>(i) / 1440.0;
+        block->At(i, 1) = static_cast<double>(i);
+    }
+    auto matrix = std::make_shared<DataMatrix>();
+    matrix->SetChannelName("Zähler");
+    matrix->SetDataBlock(block);
+    grid->AddMatrix(matrix, "n");
+    for (int i = 0; i < 12; ++i)
+        grid->AddMatrix(Channel(QStringLiteral("Kanal %1").arg(i), "kW", { 1.0 }), QString::number(i));
+
+    QTableView* view = grid->View();
+    const int visible = view->model()->rowCount();
+    ASSERT_GT(visible, 5);
+    EXPECT_LT(visible, 100);
+    EXPECT_TRUE(grid->VScroll()->isEnabled());
+    EXPECT_EQ(grid->VScroll()->maximum(), Rows - visible);
+
+    grid->ScrollToRow(static_cast<qint32>(Rows));
+    EXPECT_EQ(grid->FirstRow(), Rows - visible);
+    EXPECT_EQ(Cell(visible - 1, 1), "99.999,00");
+
+    // Moving below the last row on the screen moves the data, not the cursor.
+    view->setFocus();
+    view->setCurrentIndex(view->model()->index(visible - 1, 1));
+    grid->ScrollToRow(500);
+    QTest::keyClick(view, Qt::Key_Down);
+    EXPECT_EQ(grid->FirstRow(), 501);
+    EXPECT_EQ(view->currentIndex().row(), visible - 1);
+    EXPECT_EQ(view->currentIndex().data().toString(), QStringLiteral("%1,00").arg(500 + visible));
+    QTest::keyClick(view, Qt::Key_Home, Qt::ControlModifier);
+    EXPECT_EQ(grid->FirstRow(), 0);
+
+    QSignalSpy mouseUp(grid.get(), &ctl_DynamicGrid::MouseUp);
+    QTest::mouseClick(view->viewport(), Qt::RightButton, Qt::ShiftModifier, QPoint(150, 20));
+    ASSERT_EQ(mouseUp.size(), 1);
+    EXPECT_EQ(mouseUp[0][0].value<Qt::MouseButton>(), Qt::RightButton);
+    EXPECT_EQ(mouseUp[0][2].toPoint(), view->viewport()->mapTo(grid.get(), QPoint(150, 20)));
+
+    // Horizontally the time column stays while the matrices pass beneath it.
+    EXPECT_EQ(grid->FirstColumn(), 0);
+    view->horizontalScrollBar()->setValue(view->columnViewportPosition(4) - view->columnWidth(0));
+    EXPECT_EQ(grid->FirstColumn(), 3);
+    const QWidget* timeColumn = view->findChild<QTableView*>("TimeColumn");
+    ASSERT_NE(timeColumn, nullptr);
+    EXPECT_TRUE(timeColumn->isVisible());
+    EXPECT_EQ(timeColumn->width(), view->columnWidth(0));
+}
+
+} // namespace
