@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The view file: writing, lenient reading, the enumeration words and old channel keys.
+#include "SoranoFileHandler.h"
+#include "Calendar.h"
+#include "Globals.h"
+#include "QtPrinters.h"
+#include "Settings.h"
+#include "TempSettings.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <initializer_list>
+#include <utility>
+
+using namespace SoranoFileHandler;
+
+namespace {
+
+constexpr char Example[] = R"(<sorano-measuring>
+  <name>Hauptzaehler</name> <remark></remark> <autoscale>true</autoscale> <intervall-unit>n</intervall-unit>
+  <intervall-count>15</intervall-count> <showstatistics>true</showstatistics> <viewmode>chart</viewmode>
+  <zoomhistory></zoomhistory> <startdate>2009-02-18 00:00:00</startdate> <enddate>2009-02-19 00:00:00</enddate>
+  <annotation> <visible>false</visible> <position></position> </annotation> <modules> <module>3</module> </modules>
+  <graph-properties> <gallery>lines</gallery> <legend>false</legend> <display-3d>false</display-3d>
+    <grid1>true</grid1> <grid2>false</grid2> <title>Lastgang</title> </graph-properties>
+  <customer-address> <name></name> <contact></contact> <street></street> <zipcity></zipcity> <remark></remark>
+  </customer-address>
+  <curves> <curve> <name>Wirkleistung</name> <unit>kW</unit> <visible>true</visible> <y-axis>0</y-axis>
+    <channels> <channel>3$4711#002</channel> </channels>
+    <series-properties> <gallery>lines</gallery> <color>255</color> <line-width>1</line-width>
+      <line-style>solid</line-style> <marker>false</marker> </series-properties>
+    <statistics> <statistic> <id>max</id> <visible>true</visible> </statistic> </statistics>
+    <cursors> <cursor> <datetime>2009-02-18 11:15:00</datetime> <customtext></customtext> <position></position>
+      <visible>true</visible> </cursor> </cursors>
+  </curve> </curves>
+</sorano-measuring>)";
+
+// The document without declaration and without whitespace between tags.
+QString Compact(const QByteArray& xml)
+{
+    QString text = QString::fromUtf8(xml);
+    text.remove(QRegularExpression(R"(^<\?xml[^>]*\?>)"));
+    return text.replace(QRegularExpression(R"(>\s+<)"), "><").trimmed();
+}
+
+MeasuringFile ExampleFile()
+{
+    MeasuringFile file;
+    file.name = "Hauptzaehler";
+    file.intervalUnit = "n";
+    file.intervalCount = 15;
+    file.startDate = Calendar::FromParts(2009, 2, 18);
+    file.endDate = Calendar::FromParts(2009, 2, 19);
+    file.modules = { "3" };
+    file.graph.Gallery = 1;
+    file.graph.Title = "Lastgang";
+    file.hasCurves = true;
+    MeasuringFile::Curve curve;
+    curve.name = "Wirkleistung";
+    curve.unit = "kW";
+    curve.channels = { "3$4711#002" };
+    curve.series.Gallery = 1;
+    curve.statistics = { { "max", true } };
+    curve.cursors = { { Calendar::FromParts(2009, 2, 18, 11, 15), "", "", true } };
+    file.curves = { curve };
+    return file;
+}
+
+MeasuringFile Read(const QString& xml)
+{
+    MeasuringFile file;
+    EXPECT_TRUE(LoadFromBytes(xml.toUtf8(), file)) << xml.toStdString();
+    return file;
+}
+
+bool IsNow(double date)
+{
+    return std::abs(date - Calendar::Now()) < 5.0 / 86400;
+}
+
+} // namespace
+
+TEST(SoranoFileHandlerTest, ExampleFileIsWrittenAndReadBothWays)
+{
+    EXPECT_EQ(Compact(SaveToBytes(ExampleFile())), Compact(Example));
+    EXPECT_TRUE(Read(Example) == ExampleFile()) << SaveToBytes(Read(Example)).toStdString();
+}
+
+TEST(SoranoFileHandlerTest, MissingElementsReadAsTheirDefaults)
+{
+    const MeasuringFile empty = Read("<sorano-measuring/>");
+    EXPECT_TRUE(empty.autoScale && empty.showStatistics && empty.graph.ShowYGrid1);
+    EXPECT_FALSE(empty.annotationVisible || empty.graph.Legend || empty.graph.View3D || empty.graph.ShowYGrid2);
+    EXPECT_EQ(empty.viewMode, 1);
+    EXPECT_EQ(empty.graph.Gallery, 2) << "a file without gallery shows bars";
+    EXPECT_TRUE(IsNow(empty.startDate) && IsNow(empty.endDate));
+    EXPECT_FALSE(empty.hasCurves);
+
+    const MeasuringFile sparse = Read("<sorano-measuring><curves><curve><statistics><statistic><id>9</id>"
+                                      "</statistic></statistics><cursors><cursor><datetime>2020-01-02</datetime>"
+                                      "</cursor></cursors></curve></curves></sorano-measuring>");
+    ASSERT_EQ(sparse.curves.size(), 1);
+    const MeasuringFile::Curve& curve = sparse.curves[0];
+    EXPECT_TRUE(curve.visible);
+    EXPECT_TRUE(curve.channels.isEmpty());
+    EXPECT_EQ(curve.series.Gallery, 0);
+    EXPECT_EQ(curve.series.LineStyle, 0);
+    EXPECT_FALSE(curve.series.Marker);
+    ASSERT_EQ(curve.statistics.size(), 1);
+    EXPECT_FALSE(curve.statistics[0].visible);
+    ASSERT_EQ(curve.cursors.size(), 1);
+    EXPECT_TRUE(curve.cursors[0].visible);
+}
+
+TEST(SoranoFileHandlerTest, EnumerationWordsBothWays)
+{
+    using Words = std::initializer_list<std::pair<const char*, qint32>>;
+    for (const auto& [word, value] : Words { { "lines", 1 }, { "bar", 2 }, { "step", 8 } }) {
+        EXPECT_EQ(GalleryWord(value), word);
+        EXPECT_EQ(GalleryFromWord(QString(word).toUpper()), value);
+    }
+    const Words styles
+        = { { "solid", 0 }, { "dash", 1 }, { "dot", 2 }, { "dashdot", 3 }, { "dashdotdot", 4 }, { "none", -1 } };
+    for (const auto& [word, value] : styles) {
+        EXPECT_EQ(LineStyleWord(value), word);
+        EXPECT_EQ(LineStyleFromWord(QString(word).toUpper()), value);
+    }
+    EXPECT_EQ(GalleryFromWord("area"), 0);
+    EXPECT_EQ(GalleryWord(0), "");
+    EXPECT_EQ(LineStyleWord(7), "solid");
+    EXPECT_EQ(LineStyleFromWord("wavy"), 0);
+    EXPECT_EQ(ViewModeWord(2), "grid");
+    EXPECT_EQ(ViewModeWord(0), "grid");
+    EXPECT_EQ(Read("<sorano-measuring><viewmode>table</viewmode></sorano-measuring>").viewMode, 1);
+    EXPECT_EQ(Read("<sorano-measuring><viewmode>Grid</viewmode></sorano-measuring>").viewMode, 2);
+
+    MeasuringFile file;
+    file.graph.Gallery = 0;
+    EXPECT_TRUE(Compact(SaveToBytes(file)).contains("<graph-properties><gallery></gallery><legend>"));
+}
+
+TEST(SoranoFileHandlerTest, LenientReading)
+{
+    const MeasuringFile file
+        = Read("<sorano-measuring><autoscale>TRUE</autoscale><startdate>gestern</startdate>"
+               "<intervall-count>12abc</intervall-count><curves><curve><channels><channel>3$1#001</channel>"
+               "<channel>3$1#002</channel></channels><statistics><statistic><id>unbekannt</id><visible>true</visible>"
+               "</statistic></statistics><cursors><cursor><datetime></datetime></cursor><cursor><datetime>31.02.2020"
+               "</datetime></cursor><cursor><datetime>2020-02-29 23:59:58</datetime><customtext>A</customtext>"
+               "</cursor></cursors></curve></curves></sorano-measuring>");
+    EXPECT_FALSE(file.autoScale);
+    EXPECT_TRUE(IsNow(file.startDate));
+    EXPECT_EQ(file.intervalCount, 12);
+    ASSERT_EQ(file.curves.size(), 1);
+    EXPECT_EQ(file.curves[0].channels, QStringList { "3$1#001" });
+    EXPECT_TRUE(file.curves[0].statistics == QList<MeasuringFile::Statistic>({ { "unbekannt", true } }));
+    ASSERT_EQ(file.curves[0].cursors.size(), 1);
+    EXPECT_EQ(file.curves[0].cursors[0].customText, "A");
+    EXPECT_EQ(file.curves[0].cursors[0].dateTime, Calendar::FromParts(2020, 2, 29, 23, 59, 58));
+}
+
+TEST(SoranoFileHandlerTest, OtherFilesLeaveTheStructAloneAndLoadStillSucceeds)
+{
+    QTemporaryDir dir;
+    const auto write = [&dir](const QString& name, const QByteArray& bytes) {
+        QFile file(dir.filePath(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        return file.fileName();
+    };
+    const MeasuringFile before = ExampleFile();
+    for (const QString& path : { write("foreign.sor", "<other><name>X</name></other>"),
+             write("broken.sor", "<sorano-measuring><name>X</name>"), dir.filePath("missing.sor") }) {
+        MeasuringFile file = before;
+        bool isViewFile = true;
+        EXPECT_EQ(Load(path, file, &isViewFile), 0);
+        EXPECT_FALSE(isViewFile) << path.toStdString();
+        EXPECT_TRUE(file == before) << path.toStdString();
+    }
+}
+
+TEST(SoranoFileHandlerTest, SaveRoundTripAndFailures)
+{
+    MeasuringFile file = ExampleFile();
+    file.name = "Halle Süd <Nord> & \"Ost\"";
+    file.autoScale = false;
+    file.intervalCount = -4;
+    file.viewMode = 2;
+    file.zoomHistory = "45000.25\t45001.5|45000\t45002|";
+    file.startDate = Calendar::FromParts(812, 12, 25, 6);
+    file.endDate = Calendar::FromParts(2024, 12, 31, 23, 59, 59);
+    file.annotationVisible = true;
+    file.annotationPosition = "10;20";
+    file.modules = { "3", "12" };
+    file.graph = {};
+    file.graph.Gallery = 8;
+    file.graph.Legend = file.graph.View3D = file.graph.ShowYGrid2 = true;
+    file.graph.ShowYGrid1 = false;
+    file.address.Name = "Stadtwerke";
+    file.address.FirstName = "Frau Bauer";
+    file.address.Street = "Ringstr. 4";
+    file.address.Place = "12345 Neustadt";
+    file.address.Memo = "Zeile 1\nZeile 2";
+    MeasuringFile::Curve second = file.curves[0];
+    second.channels = { "12$L1#5" };
+    second.visible = false;
+    second.yAxis = 1;
+    second.series = { 0xC08040, 3, -1, true, 2 };
+    second.statistics = { { "1", false }, { "6", true } };
+    second.cursors.append({ Calendar::FromParts(2009, 2, 18, 23, 59, 59), "Spitze", "200;40", false });
+    file.curves.append(second);
+
+    QTemporaryDir dir;
+    const QString path = dir.filePath("view.sor");
+    ASSERT_EQ(Save(path, file), 0);
+    MeasuringFile back;
+    bool isViewFile = false;
+    EXPECT_EQ(Load(path, back, &isViewFile), 0);
+    EXPECT_TRUE(isViewFile);
+    EXPECT_TRUE(back == file) << SaveToBytes(back).toStdString();
+
+    EXPECT_EQ(Save(QString(), file), -2);
+    EXPECT_LT(Save(dir.filePath("no/such/folder/view.sor"), file), 0);
+    EXPECT_LT(Save(dir.path(), file), 0) << "a folder is not overwritten";
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList { "view.sor" });
+}
+
+TEST(SoranoFileHandlerTest, OldChannelKeysAreRewrittenOnlyInTheirEdition)
+{
+    TempSettings roots;
+    roots.SetMachine(Settings::KeyQuandelKeys, "Logger1", "4711");
+    int newIds = 0;
+    const auto newId = [&newIds] { return QString::number(100 + ++newIds); };
+    const QString whoAmI = g_sWhoAmI;
+
+    g_sWhoAmI = "talven";
+    EXPECT_EQ(ConvertOldChannelKey("3$Logger1007", newId), "3$4711#7");
+    EXPECT_EQ(newIds, 0);
+    EXPECT_EQ(ConvertOldChannelKey("3$Logger2012", newId), "3$101#12");
+    EXPECT_EQ(ConvertOldChannelKey("3$4711#002", newId), "3$4711#002");
+    g_sWhoAmI = "sorano";
+    EXPECT_EQ(ConvertOldChannelKey("3$Logger1007", newId), "3$Logger1007");
+    g_sWhoAmI = whoAmI;
+}
