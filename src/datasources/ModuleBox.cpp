@@ -87,7 +87,10 @@ int Levels(const QTreeWidgetItem* item)
 class NodeIndex
 {
 public:
-    NodeIndex(XmlNode root, QString tag) : m_root(root), m_tag(std::move(tag)) {}
+    NodeIndex(XmlNode root, QString tag)
+        : m_root(root)
+        , m_tag(std::move(tag))
+    { }
 
     void Insert(qint32 id, XmlNode node)
     {
@@ -121,14 +124,13 @@ qint32 NumberOrThrow(const QString& text, const QString& line)
 {
     const std::optional<qint32> value = StrictWhole(text);
     if (!value)
-        throw BadNumber{text, line};
+        throw BadNumber { text, line };
     return *value;
 }
 
 // Calls a module operation that returns a status; a module that throws counts as one that
 // returned 0.
-template <typename Call>
-qint32 TrappedStatus(Call&& call)
+template<typename Call> qint32 TrappedStatus(Call&& call)
 {
     try {
         qint32 out = 0;
@@ -178,13 +180,13 @@ qint32 ModuleBox::BindDMI()
         return -1;
     SetDataModule(nullptr);
 
-    DataModuleLoader::Result created =
-        DataModuleLoader::Instance().Create(m_sObject, DataModuleRegistration{m_sName, m_sAddress});
+    DataModuleLoader::Result created
+        = DataModuleLoader::Instance().Create(m_sObject, DataModuleRegistration { m_sName, m_sAddress });
     if (!created) {
         WriteLog(QStringLiteral("error binding datamodule"),
-                 QStringLiteral("Error %1 (%2) when binding dmi %3 (%4).")
-                     .arg(created.reason, QString::number(static_cast<int>(created.failure)), m_sObject, m_sName),
-                 SourceBind, LogLevel::Error);
+            QStringLiteral("Error %1 (%2) when binding dmi %3 (%4).")
+                .arg(created.reason, QString::number(static_cast<int>(created.failure)), m_sObject, m_sName),
+            SourceBind, LogLevel::Error);
         return -2;
     }
     m_moduleObject = std::move(created.object);
@@ -197,16 +199,15 @@ qint32 ModuleBox::BindDMI()
     } catch (...) {
         // The missing blank after "dmi" is part of the line as readers of old logs know it.
         WriteLog(QStringLiteral("error checking datamodule"),
-                 QStringLiteral("Error %1 (%2) when checking dmi%3 (%4).")
-                     .arg(Describe(std::current_exception()), QString::number(RaisedNumber), m_sObject, m_sName),
-                 SourceBind, LogLevel::Error);
+            QStringLiteral("Error %1 (%2) when checking dmi%3 (%4).")
+                .arg(Describe(std::current_exception()), QString::number(RaisedNumber), m_sObject, m_sName),
+            SourceBind, LogLevel::Error);
         status = -3;
     }
     if (status != 1) {
         WriteLog(QStringLiteral("error checking datamodule"),
-                 QStringLiteral("Object %1 returned %2 when executing self-check.")
-                     .arg(m_sObject, QString::number(status)),
-                 SourceBind, LogLevel::Error);
+            QStringLiteral("Object %1 returned %2 when executing self-check.").arg(m_sObject, QString::number(status)),
+            SourceBind, LogLevel::Error);
         SetDataModule(nullptr);
         return -3;
     }
@@ -218,9 +219,8 @@ qint32 ModuleBox::Init()
     const QString title = QStringLiteral("error initialising datamodule");
     if (!m_module) {
         WriteLog(title,
-                 QStringLiteral("There is no data-module for the object %1 (%2) to be initialized.")
-                     .arg(m_sName, m_sObject),
-                 SourceInit, LogLevel::Error);
+            QStringLiteral("There is no data-module for the object %1 (%2) to be initialized.").arg(m_sName, m_sObject),
+            SourceInit, LogLevel::Error);
         m_bIsInit = false;
         return 0;
     }
@@ -230,15 +230,15 @@ qint32 ModuleBox::Init()
         return 1;
     }
     WriteLog(title,
-             QStringLiteral("Data-module %1 (%2) returned %3 when initialising.")
-                 .arg(m_sName, m_sObject, QString::number(status)),
-             SourceInit, LogLevel::Error);
+        QStringLiteral("Data-module %1 (%2) returned %3 when initialising.")
+            .arg(m_sName, m_sObject, QString::number(status)),
+        SourceInit, LogLevel::Error);
     m_bIsInit = false;
     return status;
 }
 
-qint32 ModuleBox::GetChannelList(QTreeWidget* tree, const QString& parentKey, bool withChannels, int maxDepth,
-                                 bool foldersOnly)
+qint32 ModuleBox::GetChannelList(
+    QTreeWidget* tree, const QString& parentKey, bool withChannels, int maxDepth, bool foldersOnly)
 {
     qint32 code = 0;
     if (!m_bIsInit && Init() != 1)
@@ -248,8 +248,7 @@ qint32 ModuleBox::GetChannelList(QTreeWidget* tree, const QString& parentKey, bo
 
     if (m_channels.isEmpty()) {
         ChannelCollection delivered;
-        const qint32 status
-            = TrappedStatus([&](qint32& out) { return m_module->GetChannelOverview(delivered, out); });
+        const qint32 status = TrappedStatus([&](qint32& out) { return m_module->GetChannelOverview(delivered, out); });
         if (status == 1) {
             const qint32 address = LenientWhole(m_sAddress);
             for (qsizetype i = 0; i < delivered.Count(); ++i) {
@@ -260,9 +259,9 @@ qint32 ModuleBox::GetChannelList(QTreeWidget* tree, const QString& parentKey, bo
                 const QString key = channel->ChannelID();
                 if (m_channelIndex.contains(key)) {
                     WriteLog(QStringLiteral("duplicate channel"),
-                             QStringLiteral("Channel %1 delivered twice by module %2 (%3); the second is skipped.")
-                                 .arg(key, m_sName, m_sObject),
-                             SourceList, LogLevel::Error);
+                        QStringLiteral("Channel %1 delivered twice by module %2 (%3); the second is skipped.")
+                            .arg(key, m_sName, m_sObject),
+                        SourceList, LogLevel::Error);
                     continue;
                 }
                 m_channelIndex.insert(key, m_channels.size());
@@ -271,9 +270,9 @@ qint32 ModuleBox::GetChannelList(QTreeWidget* tree, const QString& parentKey, bo
             code = 1;
         } else {
             WriteLog(QStringLiteral("error getting overview"),
-                     QStringLiteral("Error %1 when getting channeloverview from module %2 (%3).")
-                         .arg(QString::number(status), m_sName, m_sObject),
-                     SourceList, LogLevel::Error);
+                QStringLiteral("Error %1 when getting channeloverview from module %2 (%3).")
+                    .arg(QString::number(status), m_sName, m_sObject),
+                SourceList, LogLevel::Error);
             code = -2;
         }
     } else {
@@ -289,9 +288,9 @@ qint32 ModuleBox::GetChannelList(QTreeWidget* tree, const QString& parentKey, bo
         = TrappedStatus([&](qint32& out) { return m_module->GetChannelStructure(categories, channels, out); });
     if (status != 1) {
         WriteLog(QStringLiteral("error getting structure"),
-                 QStringLiteral("Error %1 when getting channelstructure from module %2 (%3).")
-                     .arg(QString::number(status), m_sName, m_sObject),
-                 SourceList, LogLevel::Error);
+            QStringLiteral("Error %1 when getting channelstructure from module %2 (%3).")
+                .arg(QString::number(status), m_sName, m_sObject),
+            SourceList, LogLevel::Error);
         return -3;
     }
 
@@ -314,8 +313,8 @@ qint32 ModuleBox::GetChannelList(QTreeWidget* tree, const QString& parentKey, bo
         const QStringList fields = line.split(QLatin1Char('$'));
         if (fields.size() < 4) {
             WriteLog(QStringLiteral("Invalid categorie-string"),
-                     QStringLiteral("Invalid categorie string %1 from module %2 (%3).").arg(line, m_sName, m_sObject),
-                     SourceList, LogLevel::Skipped);
+                QStringLiteral("Invalid categorie string %1 from module %2 (%3).").arg(line, m_sName, m_sObject),
+                SourceList, LogLevel::Skipped);
             continue;
         }
         const QString image = CategoryImage(fields);
@@ -347,8 +346,8 @@ qint32 ModuleBox::GetChannelList(QTreeWidget* tree, const QString& parentKey, bo
             const QStringList fields = line.split(QLatin1Char('$'));
             if (fields.size() < 5) {
                 WriteLog(QStringLiteral("Invalid channel-string"),
-                         QStringLiteral("Invalid channel string %1 from module %2 (%3).").arg(line, m_sName, m_sObject),
-                         SourceList, LogLevel::Skipped);
+                    QStringLiteral("Invalid channel string %1 from module %2 (%3).").arg(line, m_sName, m_sObject),
+                    SourceList, LogLevel::Skipped);
                 continue;
             }
             const qint32 parentChannel = LenientWhole(fields.at(4));
@@ -358,8 +357,8 @@ qint32 ModuleBox::GetChannelList(QTreeWidget* tree, const QString& parentKey, bo
             if (!parentItem)
                 continue;
             const QString id = fields.at(0);
-            QTreeWidgetItem* item =
-                addNode(parentItem, GetChannelKey(id), fields.at(1), QLatin1String(ChannelTree::ImageChannel));
+            QTreeWidgetItem* item
+                = addNode(parentItem, GetChannelKey(id), fields.at(1), QLatin1String(ChannelTree::ImageChannel));
             if (item)
                 ChannelTree::SetTag(item, m_sAddress + QLatin1Char('$') + id);
         }
@@ -406,9 +405,8 @@ qint32 ModuleBox::BuildStructure(const QStringList& categories, const QStringLis
             const QStringList fields = line.split(QLatin1Char('$'));
             if (fields.size() < 4) {
                 WriteLog(QStringLiteral("Invalid categorie-string"),
-                         QStringLiteral("Invalid categorie string %1 from module %2 (%3).")
-                             .arg(line, m_sName, m_sObject),
-                         SourceStructure, LogLevel::Skipped);
+                    QStringLiteral("Invalid categorie string %1 from module %2 (%3).").arg(line, m_sName, m_sObject),
+                    SourceStructure, LogLevel::Skipped);
                 continue;
             }
             const qint32 id = NumberOrThrow(fields.at(0), line);
@@ -427,8 +425,8 @@ qint32 ModuleBox::BuildStructure(const QStringList& categories, const QStringLis
             const QStringList fields = line.split(QLatin1Char('$'));
             if (fields.size() < 5) {
                 WriteLog(QStringLiteral("Invalid channel-string"),
-                         QStringLiteral("Invalid channel string %1 from module %2 (%3).").arg(line, m_sName, m_sObject),
-                         SourceStructure, LogLevel::Skipped);
+                    QStringLiteral("Invalid channel string %1 from module %2 (%3).").arg(line, m_sName, m_sObject),
+                    SourceStructure, LogLevel::Skipped);
                 continue;
             }
             const qint32 id = NumberOrThrow(fields.at(0), line);
@@ -445,9 +443,9 @@ qint32 ModuleBox::BuildStructure(const QStringList& categories, const QStringLis
         }
     } catch (const BadNumber& bad) {
         WriteLog(QStringLiteral("error building structure"),
-                 QStringLiteral("Field %1 of structure string %2 from module %3 (%4) is no number.")
-                     .arg(bad.text, bad.line, m_sName, m_sObject),
-                 SourceStructure, LogLevel::Error);
+            QStringLiteral("Field %1 of structure string %2 from module %3 (%4) is no number.")
+                .arg(bad.text, bad.line, m_sName, m_sObject),
+            SourceStructure, LogLevel::Error);
         m_structure.reset();
         return -3;
     }
@@ -521,17 +519,17 @@ bool ModuleBox::ShowConfig()
         return false;
     if (object->metaObject()->indexOfMethod("ShowConfig()") < 0) {
         WriteLog(QStringLiteral("error configuring datamodule"),
-                 QStringLiteral("Data-module %1 (%2) offers no ShowConfig.").arg(m_sName, m_sObject), SourceConfig,
-                 LogLevel::Skipped);
+            QStringLiteral("Data-module %1 (%2) offers no ShowConfig.").arg(m_sName, m_sObject), SourceConfig,
+            LogLevel::Skipped);
         return false;
     }
     try {
         return QMetaObject::invokeMethod(object, "ShowConfig", Qt::DirectConnection);
     } catch (...) {
         WriteLog(QStringLiteral("error configuring datamodule"),
-                 QStringLiteral("Error %1 when showing the configuration of %2 (%3).")
-                     .arg(Describe(std::current_exception()), m_sName, m_sObject),
-                 SourceConfig, LogLevel::Error);
+            QStringLiteral("Error %1 when showing the configuration of %2 (%3).")
+                .arg(Describe(std::current_exception()), m_sName, m_sObject),
+            SourceConfig, LogLevel::Error);
         return false;
     }
 }
@@ -562,4 +560,40 @@ double GetDataResolution(const ChannelCollection& channels)
 qsizetype GetDataChannelCount(const ChannelCollection& channels)
 {
     return std::max<qsizetype>(0, channels.Count() - 1);
+}
+
+qint32 ModuleBox::GetData(const QString& channelList, ChannelCollection& channels, double from, double to)
+{
+    if (!m_module)
+        return -1;
+    try {
+        qint32 status = 0;
+        return m_module->GetData(channelList, channels, from, to, status);
+    } catch (...) {
+        return -1;
+    }
+}
+
+double ModuleBox::GetFirstDate(const QString& channelId)
+{
+    double date = 0.0;
+    try {
+        if (m_module)
+            m_module->GetFirstDate(channelId, date);
+    } catch (...) {
+        date = 0.0;
+    }
+    return date;
+}
+
+double ModuleBox::GetLastDate(const QString& channelId)
+{
+    double date = 0.0;
+    try {
+        if (m_module)
+            m_module->GetLastDate(channelId, date);
+    } catch (...) {
+        date = 0.0;
+    }
+    return date;
 }

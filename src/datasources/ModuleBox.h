@@ -63,7 +63,7 @@ public:
     // under parentKey (or at the root level). maxDepth -1 is no limit. 1 success, -1 no
     // usable module, -2 overview failed, -3 structure failed.
     qint32 GetChannelList(QTreeWidget* tree, const QString& parentKey = QString(), bool withChannels = true,
-                          int maxDepth = -1, bool foldersOnly = false);
+        int maxDepth = -1, bool foldersOnly = false);
     // Forgets the channels and the structure document; the next GetChannelList asks again.
     void ResetChannelList();
 
@@ -89,6 +89,12 @@ public:
     bool ShowConfig();
     // Whether the module says it has a configuration dialog; false on any failure.
     bool HasConfig();
+
+    // The module's data calls with its failures trapped: a module that throws fetches nothing
+    // and knows no dates (0).
+    qint32 GetData(const QString& channelList, ChannelCollection& channels, double from, double to);
+    double GetFirstDate(const QString& channelId);
+    double GetLastDate(const QString& channelId);
 
 private:
     qint32 BuildStructure(const QStringList& categories, const QStringList& channels);

@@ -1,0 +1,312 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The chart of a view under the mouse and keyboard: zoom rectangle, cursor clicks, in-place
+// edits, cursor boxes, tips and the note box.
+#include "ChartAnnotation.h"
+#include "Formatter.h"
+#include "MeasuringFixture.h"
+#include "frm_Transparent.h"
+
+#include <QApplication>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPlainTextEdit>
+#include <QToolTip>
+
+namespace {
+
+using measuring_fixture::D;
+
+class ChartInteractionTest : public measuring_fixture::MeasuringFixture
+{
+protected:
+    // One day of a channel in 96 points of 15 minutes.
+    Curve* OpenDay(const char* channel = "3$L#1")
+    {
+        Open(900);
+        Curve* curve = measuring->AddCurve(channel, false, "", "", nullptr);
+        Window(D(2009, 2, 10), D(2009, 2, 11));
+        measuring->Refresh(true);
+        Chart().Replot();
+        return curve;
+    }
+    ChartAdapter& Chart() { return *measuring->Chart(); }
+    // The plotting widget receives the events; it is the chart's focus proxy.
+    QWidget* Plot() { return Chart().focusProxy(); }
+    void Mouse(QEvent::Type type, Qt::MouseButton button, QPoint at)
+    {
+        if (type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick)
+            held = button;
+        QMouseEvent event(type, QPointF(at), QPointF(Plot()->mapToGlobal(at)),
+            type == QEvent::MouseMove ? Qt::NoButton : button,
+            type == QEvent::MouseButtonRelease ? Qt::MouseButtons() : Qt::MouseButtons(held), Qt::NoModifier);
+        QApplication::sendEvent(Plot(), &event);
+        if (type == QEvent::MouseButtonRelease)
+            held = Qt::NoButton;
+    }
+    void Drag(QPoint from, QPoint to)
+    {
+        Mouse(QEvent::MouseButtonPress, Qt::LeftButton, from);
+        Mouse(QEvent::MouseMove, Qt::LeftButton, to);
+        Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, to);
+    }
+    void Click(Qt::MouseButton button, QPoint at)
+    {
+        Mouse(QEvent::MouseButtonPress, button, at);
+        Mouse(QEvent::MouseButtonRelease, button, at);
+    }
+    void Key(int key)
+    {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+        QApplication::sendEvent(Plot(), &event);
+    }
+    QPoint PixelOf(int series, qsizetype point)
+    {
+        return Chart()
+            .PointToPixel(double(point + 1), Chart().Value(series, point), Chart().SeriesAxis(series))
+            .toPoint();
+    }
+    QString TipAt(QPoint at)
+    {
+        QHelpEvent event(QEvent::ToolTip, at, Plot()->mapToGlobal(at));
+        QApplication::sendEvent(Plot(), &event);
+        return QToolTip::text();
+    }
+    void Edit(const QString& id, const QString& text, bool cancelled = false)
+    {
+        measuring->Window()->StartTextEdit(0, 0, 100, 20, 0xFFFFFF, QString(), id, nullptr, 0);
+        measuring->Window()->txt_Edit()->setPlainText(text);
+        measuring->Window()->EndTextEdit(cancelled);
+    }
+    frm_Transparent* Rectangle() { return measuring->Window()->findChild<frm_Transparent*>(); }
+
+    Qt::MouseButton held = Qt::NoButton;
+};
+
+TEST_F(ChartInteractionTest, ZoomNeedsMoreThanFivePixelsAcrossAndSixDown)
+{
+    OpenDay();
+    measuring->SetZoomEnabled(true);
+    const QPoint start = Chart().PlotArea().center();
+    const double from = Bar().DateFrom();
+
+    Drag(start, start + QPoint(5, 40));
+    Drag(start, start + QPoint(40, 5));
+    EXPECT_FALSE(measuring->ZoomBackPossible());
+    EXPECT_EQ(Bar().DateFrom(), from);
+
+    // Up and to the left: the rectangle's corner moves to the mouse.
+    Mouse(QEvent::MouseButtonPress, Qt::LeftButton, start);
+    Mouse(QEvent::MouseMove, Qt::LeftButton, start + QPoint(-30, -40));
+    frm_Transparent* rectangle = Rectangle();
+    ASSERT_TRUE(rectangle);
+    EXPECT_EQ(rectangle->geometry(), QRect(Chart().mapToGlobal(start + QPoint(-30, -40)), QSize(30, 40)));
+    double point = 0, top = 0;
+    ASSERT_TRUE(Chart().PixelToValue(start + QPoint(-30, -40), ChartAxis::Y1, point, top));
+    EXPECT_TRUE(rectangle->lbl_XY1()->text().endsWith("\n" + Formatter().FormatNumber(top, u"0.00")))
+        << rectangle->lbl_XY1()->text().toStdString();
+    Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, start + QPoint(-6, -6));
+    EXPECT_FALSE(Rectangle()) << "the release closes the rectangle";
+    EXPECT_TRUE(measuring->ZoomBackPossible());
+
+    measuring->ZoomBack();
+    Drag(start, start + QPoint(200, 100));
+    EXPECT_GT(Bar().DateFrom(), from);
+}
+
+TEST_F(ChartInteractionTest, EscapeGivesUpTheZoom)
+{
+    OpenDay();
+    measuring->SetZoomEnabled(true);
+    const QPoint start = Chart().PlotArea().center();
+    const double from = Bar().DateFrom();
+    const double to = Bar().DateTo();
+    Mouse(QEvent::MouseButtonPress, Qt::LeftButton, start);
+    Mouse(QEvent::MouseMove, Qt::LeftButton, start + QPoint(100, 80));
+    ASSERT_TRUE(Rectangle());
+    Key(Qt::Key_Escape);
+    EXPECT_FALSE(Rectangle());
+    Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, start + QPoint(100, 80));
+    EXPECT_FALSE(measuring->ZoomBackPossible());
+    EXPECT_EQ(Bar().DateFrom(), from);
+    EXPECT_EQ(Bar().DateTo(), to);
+}
+
+TEST_F(ChartInteractionTest, ClicksPlaceCursorsOnlyNearPoints)
+{
+    Curve* curve = OpenDay();
+    const QRect area = Chart().PlotArea();
+
+    // Neither mode: cross hairs while the button is held, below the title strip only.
+    Mouse(QEvent::MouseButtonPress, Qt::LeftButton, QPoint(area.center().x(), 20));
+    EXPECT_FALSE(Chart().CrossHairs());
+    Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, QPoint(area.center().x(), 20));
+    Mouse(QEvent::MouseButtonPress, Qt::LeftButton, PixelOf(0, 40));
+    EXPECT_TRUE(Chart().CrossHairs());
+    Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, PixelOf(0, 40));
+    EXPECT_FALSE(Chart().CrossHairs());
+    EXPECT_TRUE(curve->Cursors().empty());
+    Click(Qt::RightButton, PixelOf(0, 40));
+    EXPECT_EQ(host.menus, QStringList { "mnuView" });
+
+    measuring->SetCursorEnabled(true);
+    // Early in the day the values stay low, far below the top of the plot.
+    const QPoint far(PixelOf(0, 8).x(), std::max(area.top() + 5, 25));
+    double nearest = 1e300;
+    for (qsizetype point = 0; point < Chart().PointCount(); ++point)
+        nearest = std::min(nearest, std::hypot(PixelOf(0, point).x() - far.x(), PixelOf(0, point).y() - far.y()));
+    ASSERT_GE(nearest, 50.0);
+    Click(Qt::LeftButton, far);
+    EXPECT_TRUE(curve->Cursors().empty());
+
+    Click(Qt::LeftButton, PixelOf(0, 40) + QPoint(2, 3));
+    ASSERT_EQ(curve->Cursors().size(), 1u);
+    EXPECT_EQ(curve->Cursors()[0]->Index(), 40);
+    EXPECT_EQ(measuring->CurrentCurve(), curve) << "the curve of the cursor becomes the current one";
+    Click(Qt::RightButton, PixelOf(0, 60) + QPoint(-2, 2));
+    ASSERT_EQ(curve->Cursors().size(), 2u);
+    EXPECT_EQ(curve->Cursors()[1]->Index(), 60);
+    EXPECT_EQ(host.menus.size(), 1) << "placing a cursor opens no menu";
+}
+
+TEST_F(ChartInteractionTest, TitleAndCursorTextsAreEditedInPlace)
+{
+    Curve* curve = OpenDay();
+    frm_GraphicView& view = *measuring->Window();
+    Mouse(QEvent::MouseButtonDblClick, Qt::LeftButton, QPoint(200, 10));
+    ASSERT_EQ(view.EditId(), "-1001");
+    EXPECT_EQ(view.txt_Edit()->font().family(), "Arial");
+    view.txt_Edit()->setPlainText("Meter 7");
+    view.EndTextEdit(false);
+    EXPECT_EQ(measuring->Graph().Title, "Meter 7");
+    EXPECT_EQ(Chart().Title(2), "Meter 7");
+    Edit("-1001", "dropped", true);
+    EXPECT_EQ(measuring->Graph().Title, "Meter 7");
+
+    curve->SetCursor(10, &Chart(), &Chart().Annotations(), 1);
+    curve->SetCursor(30, &Chart(), &Chart().Annotations(), 2);
+    measuring->SetChanged(false);
+    Edit("C3$L#1_9", "lost");
+    EXPECT_EQ(curve->Cursors()[0]->CustomText(), "");
+    EXPECT_EQ(curve->Cursors()[1]->CustomText(), "");
+    EXPECT_FALSE(measuring->Changed());
+    Edit("C3$L#1_1", "start");
+    EXPECT_EQ(curve->Cursors()[0]->CustomText(), "start");
+    EXPECT_TRUE(measuring->Changed());
+
+    // A double click on the second box opens the editor on its text.
+    ChartAnnotation* box = curve->Cursors()[1]->Box();
+    Mouse(QEvent::MouseButtonDblClick, Qt::LeftButton, QPoint(box->Left() + 3, box->Top() + 3));
+    Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, QPoint(box->Left() + 3, box->Top() + 3));
+    EXPECT_EQ(view.EditId(), "C3$L#1_2");
+    EXPECT_EQ(view.txt_Edit()->toPlainText(), box->Text());
+}
+
+TEST_F(ChartInteractionTest, CursorBoxesFollowTheUser)
+{
+    Curve* curve = OpenDay();
+    curve->SetCursor(10, &Chart(), &Chart().Annotations(), 1);
+    curve->SetCursor(30, &Chart(), &Chart().Annotations(), 2);
+    ChartAnnotation* box = curve->Cursors()[0]->Box();
+    const QPoint grip(box->Left() + 3, box->Top() + 3);
+    Drag(grip, grip + QPoint(40, 60));
+    const QPointF dropped(box->Left(), box->Top());
+    EXPECT_FALSE(curve->Cursors()[0]->BoxPosition().isEmpty());
+    measuring->RedrawCursors();
+    EXPECT_EQ(QPointF(box->Left(), box->Top()), dropped) << "the box stays where it was dropped";
+
+    // The user deletes the selected box: its cursor goes, the other one becomes cursor 1.
+    Click(Qt::LeftButton, grip + QPoint(40, 60));
+    ASSERT_EQ(Chart().Annotations().Selected(), box);
+    Key(Qt::Key_Delete);
+    ASSERT_EQ(curve->Cursors().size(), 1u);
+    EXPECT_EQ(curve->Cursors()[0]->Index(), 30);
+    EXPECT_EQ(curve->Cursors()[0]->Tag(), 100 + curve->SeriesID());
+}
+
+TEST_F(ChartInteractionTest, TipsTellValuesAndTimes)
+{
+    Curve* power = OpenDay();
+    const Formatter format;
+    const QString time = format.FormatDate(D(2009, 2, 10, 10), measuring->GetDateFormat(false));
+    EXPECT_EQ(TipAt(PixelOf(power->SeriesID(), 40)), "Power\n" + format.FormatNumber(10, u"0.00") + " kW\n" + time);
+
+    Curve* factor = measuring->AddCurve("3$L#2", false, "", "", nullptr);
+    factor->SetName("Factor");
+    measuring->Refresh(true);
+    Chart().Replot();
+    ASSERT_TRUE(Chart().AxisVisible(ChartAxis::Y2));
+    EXPECT_EQ(
+        TipAt(PixelOf(factor->SeriesID(), 40)), "Factor\n" + format.FormatNumber(0.9, u"0.00") + " cos phi\n" + time)
+        << "the folded power factor shows as what was measured";
+    const QString area = TipAt(Chart().PlotArea().topLeft() + QPoint(5, 5));
+    EXPECT_TRUE(area.startsWith("L: ") && area.contains("\nR: ")) << area.toStdString();
+}
+
+TEST_F(ChartInteractionTest, NoteBoxParksAndKeepsItsPlace)
+{
+    OpenDay();
+    EXPECT_FALSE(measuring->ShowAnnotation());
+    measuring->SetShowAnnotation(true);
+    EXPECT_TRUE(measuring->ShowAnnotation());
+    measuring->SetAnnotationPosition("10;30;110;80");
+    EXPECT_EQ(measuring->AnnotationPosition(), "10;30;110;80");
+    measuring->SetRemark("Meter swapped");
+    ChartAnnotation* box = Chart().Annotations().TextAt(QPointF(50, 50));
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->Text(), "Meter swapped");
+
+    Mouse(QEvent::MouseButtonDblClick, Qt::LeftButton, QPoint(50, 50));
+    Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, QPoint(50, 50));
+    EXPECT_EQ(measuring->Window()->EditId(), "-1000");
+    measuring->Window()->txt_Edit()->setPlainText("");
+    measuring->Window()->EndTextEdit(false);
+    EXPECT_EQ(measuring->Remark(), "");
+    EXPECT_EQ(Chart().Annotations().TextAt(QPointF(50, 50))->Text(), " ");
+
+    measuring->SetShowAnnotation(false);
+    EXPECT_FALSE(measuring->ShowAnnotation());
+    EXPECT_FALSE(Chart().Annotations().TextAt(QPointF(50, 50)));
+    EXPECT_EQ(measuring->AnnotationPosition(), "10;30;110;80");
+    measuring->SetShowAnnotation(true);
+    EXPECT_EQ(measuring->AnnotationPosition(), "10;30;110;80");
+}
+
+TEST_F(ChartInteractionTest, CursorAtAKnownTimeFindsItsRow)
+{
+    Curve* curve = OpenDay();
+    Cursor* cursor = measuring->AddCursor(D(2009, 2, 10, 5), *curve);
+    ASSERT_TRUE(cursor);
+    EXPECT_EQ(cursor->Index(), 20) << "with data on screen the row is found at once";
+    Window(D(2009, 2, 10, 4), D(2009, 2, 10, 8));
+    measuring->Refresh(true);
+    ASSERT_EQ(curve->Cursors().size(), 1u);
+    EXPECT_EQ(curve->Cursors()[0]->Index(), 4);
+    EXPECT_EQ(curve->Cursors()[0]->Value(), 5.0);
+}
+
+TEST(TransparentWindowTest, ShowsFrameOrTranslucentAreaWithCornerLabels)
+{
+    frm_Transparent window;
+    window.setGeometry(100, 100, 200, 120);
+    window.ShowMe(false, true);
+    window.SetLabels("10.02.2009 05:00", "12.50", "", "");
+    EXPECT_FALSE(window.Translucent());
+    EXPECT_TRUE(window.windowFlags() & Qt::WindowStaysOnTopHint);
+    EXPECT_EQ(window.lbl_XY1()->text(), "10.02.2009 05:00\n12.50");
+    EXPECT_EQ(window.lbl_XY2()->text(), "\n");
+    EXPECT_EQ(window.lbl_XY1()->size(), window.lbl_XY1()->sizeHint());
+    EXPECT_EQ(window.lbl_XY2()->geometry().bottomRight(), QPoint(200 - 4, 120 - 4));
+    EXPECT_TRUE(window.mask().contains(QPoint(0, 60))) << "the frame shows";
+    EXPECT_TRUE(window.mask().contains(window.lbl_XY1()->geometry().center())) << "so do the labels";
+    EXPECT_FALSE(window.mask().contains(QPoint(100, 60))) << "the inside is cut away";
+
+    window.ShowMe(true, false);
+    EXPECT_TRUE(window.Translucent());
+    EXPECT_NEAR(window.windowOpacity(), 150 / 255.0, 0.01);
+    EXPECT_TRUE(window.mask().isEmpty());
+    EXPECT_FALSE(window.windowFlags() & Qt::WindowStaysOnTopHint);
+}
+
+} // namespace

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the tests of the view document share: a generated logger module, a host that records
+// its messages, and a view with that module in a window of 1000 x 600 pixels.
+#pragma once
+
+#include "Calendar.h"
+#include "DataModuleInterface.h"
+#include "MatrixScriptEngine.h"
+#include "Measuring.h"
+#include "MeasuringHost.h"
+#include "TempSettings.h"
+#include "ctl_NavBar.h"
+#include "frm_GraphicView.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace measuring_fixture {
+
+inline double D(int year, int month, int day, int hour = 0, int minute = 0)
+{
+    return Calendar::FromParts(year, month, day, hour, minute);
+}
+
+// A logger with a power channel "L#1" (kW, the sample's hour of day) and a power factor
+// "L#2" (0.9, delivered unfolded), one sample per `resolution` seconds through February 2009.
+class GeneratedModule : public QObject, public DataModuleInterface
+{
+    Q_OBJECT
+    Q_INTERFACES(DataModuleInterface)
+
+public:
+    explicit GeneratedModule(double resolution)
+        : m_resolution(resolution)
+    { }
+    void SetMessageHandler(MessageHandlerInterface*) override { }
+    bool HasConfig() override { return false; }
+    void GetFirstDate(const QString&, double& date) override { date = D(2009, 2, 1); }
+    void GetLastDate(const QString&, double& date) override { date = D(2009, 3, 1); }
+    qint32 SelfCheck(qint32& status) override { return status = 1; }
+    qint32 Initialize(const QString&, qint32& status) override { return status = 1; }
+    qint32 GetChannelOverview(ChannelCollection& channels, qint32& status) override
+    {
+        const struct
+        {
+            const char* id;
+            const char* name;
+            const char* unit;
+            qint32 type;
+        } list[] = { { "L#1", "Power", "kW", 3 }, { "L#2", "Power factor", "cos phi", 8 } };
+        for (const auto& entry : list) {
+            auto channel = std::make_shared<DataMatrix>();
+            channel->SetChannelID(entry.id);
+            channel->SetChannelName(entry.name);
+            channel->SetUnit(entry.unit);
+            channel->SetDataType(entry.type);
+            channels.Add(channel, entry.id);
+        }
+        return status = 1;
+    }
+    qint32 GetChannelStructure(QStringList& categories, QStringList& channels, qint32& status) override
+    {
+        categories = { "1$Site$$0" };
+        channels = { "L#1$Power$$1$0", "L#2$Power factor$$1$0" };
+        return status = 1;
+    }
+    qint32 GetData(const QString& list, ChannelCollection& channels, double from, double to, qint32& status) override
+    {
+        ++fetches;
+        const double step = m_resolution / 86400.0;
+        const double start = std::max(from, D(2009, 2, 1));
+        const double end = std::min(to, D(2009, 3, 1));
+        const qsizetype rows = end > start ? qsizetype(std::floor((end - start) / step + 1e-9)) : 0;
+        for (const QString& id : list.split(';', Qt::SkipEmptyParts)) {
+            auto block = MatrixBlock::Create(rows, 2);
+            for (qsizetype i = 0; i < rows; ++i) {
+                const double time = start + double(i) * step;
+                block->At(i, 0) = time;
+                block->At(i, 1) = id == "L#1" ? Calendar::Split(time).hour : 0.9;
+            }
+            channels.Channel(id)->SetDataBlock(block);
+        }
+        channels.AddText("GEN;" + QString::number(m_resolution));
+        return status = 1;
+    }
+    void ShowConfig() override { }
+    int fetches = 0;
+
+private:
+    double m_resolution;
+};
+
+class Host : public MeasuringHost
+{
+public:
+    ModuleBoxes& DataModules() override { return modules; }
+    void SendMessage(const QString& name, const QString& params) override { messages << name + ":" + params; }
+    void CallMenu(const QString& menu) override { menus << menu; }
+    ModuleBoxes modules;
+    QStringList messages;
+    QStringList menus;
+};
+
+class MeasuringFixture : public ::testing::Test
+{
+protected:
+    void SetUp() override { g_cScriptEngine = &engine; }
+    void TearDown() override
+    {
+        measuring.reset();
+        g_cScriptEngine = nullptr;
+    }
+    void Open(double resolution)
+    {
+        auto box = std::make_shared<ModuleBox>();
+        box->SetName("Logger");
+        box->SetAddress("3");
+        auto module = std::make_unique<GeneratedModule>(resolution);
+        generated = module.get();
+        box->SetDataModule(std::move(module));
+        ASSERT_EQ(box->GetChannelList(nullptr), 1);
+        host.modules.Add(box);
+        measuring = std::make_unique<Measuring>(host);
+        ASSERT_EQ(measuring->Init(), 0);
+        measuring->DataModules().Add(box);
+        measuring->Window()->resize(1000, 600);
+        measuring->Window()->AlignControls();
+    }
+    ctl_NavBar& Bar() { return *measuring->Window()->nav_Navigate(); }
+    void Window(double from, double to)
+    {
+        Bar().SetDateFrom(from);
+        Bar().SetDateTo(to);
+    }
+
+    TempSettings roots;
+    MatrixScriptEngine engine;
+    Host host;
+    GeneratedModule* generated = nullptr;
+    std::unique_ptr<Measuring> measuring;
+};
+
+} // namespace measuring_fixture
