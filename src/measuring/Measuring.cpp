@@ -764,22 +764,9 @@ void Measuring::ZoomBack()
 void Measuring::AdjustAxis(int axis)
 {
     ChartAdapter* chart = Chart();
-    if (!chart)
-        return;
-    double min = 1e300;
-    double max = -1e300;
-    for (int series = 0; series < chart->SeriesCount(); ++series) {
-        if (chart->SeriesAxis(series) != axis)
-            continue;
-        for (qsizetype point = 0; point < chart->PointCount(); ++point) {
-            const double value = chart->Value(series, point);
-            if (value == ChartAdapter::HiddenPoint)
-                continue;
-            min = std::min(min, value);
-            max = std::max(max, value);
-        }
-    }
-    if (min > max)
+    double min = 0;
+    double max = 0;
+    if (!chart || !chart->ValueRange(axis, min, max))
         return;
     if (min == max) {
         // A flat line still gets a range to stand in.

@@ -542,6 +542,24 @@ double ChartAdapter::Value(int series, qsizetype point) const
     return Read((data.constBegin() + point)->value);
 }
 
+bool ChartAdapter::ValueRange(int axis, double& min, double& max) const
+{
+    bool found = false;
+    for (const ChartSeries& s : d->series) {
+        if (s.axis != axis)
+            continue;
+        const QCPGraphDataContainer& data = *s.graph->data();
+        for (auto it = data.constBegin(); it != data.constEnd(); ++it) {
+            if (std::isnan(it->value))
+                continue;
+            min = found ? std::min(min, it->value) : it->value;
+            max = found ? std::max(max, it->value) : it->value;
+            found = true;
+        }
+    }
+    return found;
+}
+
 void ChartAdapter::SetValues(int series, std::span<const double> values)
 {
     if (!d->ValidSeries(series))

@@ -78,6 +78,8 @@ public:
     void CloseData();
     void SetValue(int series, qsizetype point, double value);
     double Value(int series, qsizetype point) const;
+    // Smallest and largest shown value of all series on the Y axis; false when there is none.
+    bool ValueRange(int axis, double& min, double& max) const;
     // Writes values from point 0 on, as many as the span holds (up to PointCount).
     void SetValues(int series, std::span<const double> values);
 

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A view of ten demo channels over a year of 15-minute data: opening it from its file to a
+// drawn chart, and one navigation step (refetch, regrid, recompute, redraw).
+#include "ChartAdapter.h"
+#include "MatrixScriptEngine.h"
+#include "Measuring.h"
+#include "MeasuringHost.h"
+#include "RegistryKey.h"
+#include "SoranoFileHandler.h"
+#include "SqliteDataModule.h"
+#include "frm_GraphicView.h"
+
+#include <QApplication>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+class Host : public MeasuringHost
+{
+public:
+    ModuleBoxes& DataModules() override { return modules; }
+    void SendMessage(const QString&, const QString&) override { }
+    ModuleBoxes modules;
+};
+
+struct DemoView
+{
+    DemoView()
+    {
+        RegistryKey::SetRoots(dir.filePath("machine"), dir.filePath("user"));
+        const QString database = dir.filePath("demo.sqlite");
+        if (QProcess::execute(QStringLiteral(SORANO_DEMODATA), { database }) != 0)
+            std::fprintf(stderr, "the demo data could not be written\n");
+        auto box = std::make_shared<ModuleBox>();
+        box->SetName(QStringLiteral("Demo"));
+        box->SetAddress(QStringLiteral("1"));
+        box->SetParam(database);
+        box->SetDataModule(std::make_unique<SqliteDataModule>(DataModuleRegistration { "Demo", "1" }));
+        box->GetChannelList(nullptr);
+        host.modules.Add(box);
+
+        // Active and reactive power and energy of the four 15-minute loggers, less one.
+        MeasuringFile file;
+        file.name = QStringLiteral("Zehn Kanäle");
+        file.intervalUnit = QStringLiteral("n");
+        file.intervalCount = 15;
+        file.startDate = 45292.0; // 2024-01-01
+        file.endDate = 45658.0; // 2025-01-01
+        file.modules = { QStringLiteral("1") };
+        file.graph.Gallery = 1;
+        file.hasCurves = true;
+        for (const int channel : { 111, 112, 114, 121, 122, 124, 131, 132, 141, 142 }) {
+            MeasuringFile::Curve curve;
+            curve.channels = { QStringLiteral("1$%1").arg(channel) };
+            file.curves.append(curve);
+        }
+        path = dir.filePath("view.sor");
+        SoranoFileHandler::Save(path, file);
+    }
+
+    QTemporaryDir dir;
+    Host host;
+    QString path;
+};
+
+DemoView& View()
+{
+    static DemoView view;
+    return view;
+}
+
+void BM_OpenView(benchmark::State& state)
+{
+    DemoView& view = View();
+    qsizetype points = 0;
+    for (auto _ : state) {
+        Measuring measuring(view.host);
+        measuring.Init();
+        measuring.Window()->resize(1600, 900);
+        measuring.Window()->AlignControls();
+        measuring.OpenFile(view.path, true);
+        measuring.Chart()->Replot();
+        points = measuring.Chart()->PointCount() * measuring.Chart()->SeriesCount();
+    }
+    state.counters["points"] = double(points);
+}
+BENCHMARK(BM_OpenView)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_NavigationStep(benchmark::State& state)
+{
+    DemoView& view = View();
+    Measuring measuring(view.host);
+    measuring.Init();
+    measuring.Window()->resize(1600, 900);
+    measuring.Window()->AlignControls();
+    measuring.OpenFile(view.path, true);
+    const double length = measuring.EndDate() - measuring.StartDate();
+    double shift = 1;
+    for (auto _ : state) {
+        // A day forward, then back again: the window stays within the data.
+        const double from = measuring.StartDate() + shift;
+        measuring.RefreshData(from, from + length, nullptr, true);
+        measuring.Chart()->Replot();
+        shift = -shift;
+    }
+}
+BENCHMARK(BM_NavigationStep)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    MatrixScriptEngine engine;
+    g_cScriptEngine = &engine;
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    g_cScriptEngine = nullptr;
+    return 0;
+}
