@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds the program, writes its machine-wide settings as an
-# installer would, and starts it. Arguments are passed on (for example .sor files).
+# installer would, and starts it. Arguments are passed on (for example .sor files); without
+# any, the example view examples/Hauptzaehler.sor is opened.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$(pwd)
@@ -29,6 +30,11 @@ HARVOLD\\Sorano\\Settings\\LogMode=3
 HARVOLD\\DataModules\\Demo=Sorano.SQLite:1
 HARVOLD\\ModuleSettings\\Demo\\Database="$demo_db"
 INI
+
+# Without arguments the main-meter example view on the demo data opens.
+if [ "$#" -eq 0 ]; then
+  set -- "$root/examples/Hauptzaehler.sor"
+fi
 
 if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && command -v xvfb-run >/dev/null; then
   echo "No display found: starting under Xvfb." >&2

@@ -4,19 +4,28 @@
 #include "AppPaths.h"
 #include "Globals.h"
 #include "Logging.h"
+#include "Measuring.h"
 #include "Numeric.h"
 #include "RegistryKey.h"
 #include "ResStrings.h"
 #include "Settings.h"
 #include "frm_DataModules.h"
+#include "frm_GraphicView.h"
 #include "frm_Main.h"
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QDateTime>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLocale>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QStatusBar>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -41,6 +50,16 @@ qint32 Project::Init()
         return -1;
     m_mainWindow->SetCloseRequestHandler([this] { return Terminate(false); });
     connect(m_mainWindow->ToolExtrasConfig(), &QAction::triggered, this, &Project::ConfigureDataModules);
+    const auto onTool = [this](const char* name, auto command) {
+        if (QAction* tool = m_mainWindow->Tool(QLatin1String(name)))
+            connect(tool, &QAction::triggered, this, command);
+    };
+    onTool("mnuFileOpen", [this] { OpenMeasuring(QString(), false); });
+    onTool("mnuFileClose", [this] { CloseMeasuring(nullptr); });
+    onTool("mnuFileSave", [this] { SaveMeasuring(false); });
+    onTool("mnuFileSaveAs", [this] { SaveMeasuring(true); });
+    onTool("mnuFileExport", [this] { ExportMeasuring(); });
+    connect(m_mainWindow->MdiArea(), &QMdiArea::subWindowActivated, this, &Project::UpdateToolStates);
 
     m_sApplicationName = Settings::Value(Settings::Id::ApplicationName);
     m_mainWindow->setWindowTitle(m_sApplicationName);
@@ -50,6 +69,7 @@ qint32 Project::Init()
 
     ShowStatus(QString());
     m_mainWindow->ShowMe();
+    UpdateToolStates();
     return 0;
 }
 
@@ -57,10 +77,19 @@ bool Project::Terminate(bool force)
 {
     if (m_bTerminated)
         return true;
-    const bool refused = false; // no document can refuse yet
+    // Every view is asked, also after one refused; closing takes it out of the list.
+    bool refused = false;
+    std::vector<Measuring*> open;
+    for (const auto& measuring : m_colMeasurings)
+        open.push_back(measuring.get());
+    for (Measuring* measuring : open)
+        if (!CloseMeasuring(*measuring, false))
+            refused = true;
     if (refused && !force)
         return false;
 
+    m_colMeasurings.clear();
+    DeleteDropped();
     if (m_mainWindow)
         m_mainWindow->Unload();
     QCoreApplication::processEvents();
@@ -86,25 +115,25 @@ qint32 Project::LoadDataModules()
     RegistryKey key;
     if (key.OpenKey(Hive::LocalMachine, KeyRead, QLatin1String(Settings::KeyDataModules)) != RegistryStatus::Ok) {
         WriteLog(QStringLiteral("error loading data-modules"),
-                 QStringLiteral("Error opening registry key Software\\HARVOLD\\DataModules."), source, LogLevel::Error);
+            QStringLiteral("Error opening registry key Software\\HARVOLD\\DataModules."), source, LogLevel::Error);
         return -1;
     }
     for (QString name = key.GetFirstValue(); !name.isEmpty(); name = key.GetNextValue()) {
         const QString data = key.Value(name);
         WriteLog(QStringLiteral("read data-module entry"),
-                 QStringLiteral("Configuration for data-module %1 = %2 read.").arg(name, data), source, LogLevel::Info);
+            QStringLiteral("Configuration for data-module %1 = %2 read.").arg(name, data), source, LogLevel::Info);
         const QStringList parts = data.split(QLatin1Char(':'));
         if (parts.size() != 2) {
             WriteLog(QStringLiteral("invalid module-registration"),
-                     QStringLiteral("Invalid Module Registration %1 = %2.").arg(name, data), source, LogLevel::Skipped);
+                QStringLiteral("Invalid Module Registration %1 = %2.").arg(name, data), source, LogLevel::Skipped);
             continue;
         }
         // Addresses are unique: a second registration of one is refused before it is bound.
         if (const ModuleBoxPtr holder = m_colDataModules.Item(parts.at(1))) {
             WriteLog(QStringLiteral("duplicate module-address"),
-                     QStringLiteral("Data-module %1 = %2 skipped: address %3 is already used by %4.")
-                         .arg(name, data, parts.at(1), holder->Name()),
-                     source, LogLevel::Error);
+                QStringLiteral("Data-module %1 = %2 skipped: address %3 is already used by %4.")
+                    .arg(name, data, parts.at(1), holder->Name()),
+                source, LogLevel::Error);
             continue;
         }
         auto box = std::make_shared<ModuleBox>();
@@ -187,4 +216,209 @@ void Project::m_cMsgHandler_Message(const QString& name, const QString& params)
         bar->setVisible(false);
     }
     m_mainWindow->statusBar()->update();
+}
+
+// --- what the views ask of the application
+
+void Project::SendMessage(const QString& name, const QString& params)
+{
+    m_cMsgHandler->Send(name, params);
+}
+
+QString Project::GetNewMeasuringID()
+{
+    if (!m_sMeasuringFileID.isEmpty())
+        return m_sMeasuringFileID;
+    if (m_colDataModules.Count() == 0)
+        return QString();
+    ChannelCollection channels;
+    qint32 status = 0;
+    if (DataModuleInterface* module = m_colDataModules.At(0)->DataModule())
+        module->GetChannelOverview(channels, status);
+    const DataMatrixPtr first = channels.Count() > 0 ? channels.Channel(0) : DataMatrixPtr();
+    m_sMeasuringFileID = first ? first->ChannelID().section(QLatin1Char('#'), 0, 0) : QStringLiteral("000");
+    return m_sMeasuringFileID;
+}
+
+void Project::UpdateToolStates()
+{
+    if (!m_mainWindow)
+        return;
+    const bool document = GetActiveMeasuring() != nullptr;
+    for (const char* name : { "mnuFileClose", "mnuFileSave", "mnuFileSaveAs", "mnuFileExport" })
+        if (QAction* tool = m_mainWindow->Tool(QLatin1String(name)))
+            tool->setEnabled(document);
+}
+
+bool Project::CloseMeasuring(Measuring& measuring, bool force)
+{
+    Q_UNUSED(force);
+    bool close = true;
+    if (!measuring.Temporary()) {
+        const double choice = Settings::Number(Settings::Id::OnCloseMeasuring);
+        if (choice == 0) {
+            close = SaveMeasuring(false, &measuring);
+        } else if (choice != 1 && measuring.Changed()) {
+            const auto answer = QMessageBox::warning(m_mainWindow.get(), m_sApplicationName, GetResString(489),
+                QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+            if (answer == QMessageBox::Yes)
+                close = SaveMeasuring(false, &measuring);
+            else
+                close = answer == QMessageBox::No;
+        }
+    }
+    if (close)
+        DropMeasuring(measuring);
+    UpdateToolStates();
+    return close;
+}
+
+// --- documents
+
+Measuring* Project::GetActiveMeasuring() const
+{
+    if (!m_mainWindow)
+        return nullptr;
+    // The current window stays current while the main window is inactive, unlike the active one.
+    const QMdiSubWindow* window = m_mainWindow->MdiArea()->currentSubWindow();
+    if (!window)
+        return nullptr;
+    for (const auto& measuring : m_colMeasurings)
+        if (measuring->Window() == window->widget())
+            return measuring.get();
+    return nullptr;
+}
+
+Measuring* Project::OpenMeasuring(const QString& fileName, bool temporary)
+{
+    auto measuring = std::make_unique<Measuring>(*this);
+    if (measuring->Init() != 0) {
+        UpdateToolStates();
+        return nullptr;
+    }
+    measuring->SetID(QString::number(m_colMeasurings.size())
+        + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddhhmmss")));
+    QString path = fileName;
+    if (path.isEmpty()) {
+        QString title = GetResString(398);
+        title.replace(QLatin1Char('@'), m_sApplicationName);
+        path = QFileDialog::getOpenFileName(m_mainWindow.get(), title, QString(), GetResString(304));
+        if (path.isEmpty()) {
+            UpdateToolStates();
+            return nullptr;
+        }
+    }
+    // One spelling per file, so that a file is recognised as open whichever way it was named.
+    path = QFileInfo(path).absoluteFilePath();
+    if (!temporary) {
+        for (const auto& open : m_colMeasurings) {
+            if (open->FileName() != path)
+                continue;
+            if (auto* window = qobject_cast<QMdiSubWindow*>(open->Window()->parentWidget()))
+                m_mainWindow->MdiArea()->setActiveSubWindow(window);
+            UpdateToolStates();
+            return open.get();
+        }
+    }
+    if (!QFileInfo(path).isFile()) {
+        WriteLog(QStringLiteral("open measuring"),
+            QStringLiteral("The file ") + path + QStringLiteral(" does not exist."),
+            QStringLiteral("Project.OpenMeasuring"), LogLevel::Error);
+        UpdateToolStates();
+        return nullptr;
+    }
+    measuring->SetTemporary(temporary);
+    if (measuring->OpenFile(path, true) != 0) {
+        UpdateToolStates();
+        return nullptr;
+    }
+    Measuring* opened = measuring.get();
+    m_colMeasurings.push_back(std::move(measuring));
+    if (!temporary)
+        ShowInWindow(*opened);
+    UpdateToolStates();
+    return opened;
+}
+
+void Project::ShowInWindow(Measuring& measuring)
+{
+    frm_GraphicView* view = measuring.Window();
+    if (!m_mainWindow) {
+        view->show();
+        return;
+    }
+    // The view belongs to its Measuring: the frame must not delete it on close, and goes
+    // when the view has gone.
+    auto* frame = new QMdiSubWindow;
+    frame->setAttribute(Qt::WA_DeleteOnClose, false);
+    frame->setWidget(view);
+    connect(view, &QObject::destroyed, frame, &QObject::deleteLater);
+    QMdiArea* area = m_mainWindow->MdiArea();
+    area->addSubWindow(frame);
+    const QSize room = area->viewport()->size();
+    if (room.width() > 200 && room.height() > 150)
+        frame->resize(room.width() * 4 / 5, room.height() * 4 / 5);
+    frame->show();
+    view->show();
+    area->setActiveSubWindow(frame);
+}
+
+bool Project::SaveMeasuring(bool saveAs, Measuring* measuring)
+{
+    if (!measuring)
+        measuring = GetActiveMeasuring();
+    bool saved = false;
+    if (measuring && !measuring->FileName().isEmpty() && !saveAs) {
+        saved = measuring->SaveFile(QString(), false) == 0;
+    } else if (measuring) {
+        QString title = GetResString(399);
+        title.replace(QLatin1Char('@'), m_sApplicationName);
+        const QString proposal = (measuring->DefaultPath().isEmpty() ? QString() : measuring->DefaultPath() + u'/')
+            + measuring->Name() + QStringLiteral(".sor");
+        QFileDialog dialog(m_mainWindow.get(), title, proposal, GetResString(304));
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        dialog.setDefaultSuffix(QStringLiteral("sor"));
+        if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty())
+            saved = measuring->SaveFile(dialog.selectedFiles().front(), false) == 0;
+    }
+    UpdateToolStates();
+    return saved;
+}
+
+void Project::ExportMeasuring(Measuring* measuring)
+{
+    if (!measuring)
+        measuring = GetActiveMeasuring();
+    if (measuring)
+        measuring->ExportFile();
+    UpdateToolStates();
+}
+
+bool Project::CloseMeasuring(Measuring* measuring)
+{
+    if (!measuring)
+        measuring = GetActiveMeasuring();
+    if (!measuring) {
+        UpdateToolStates();
+        return false;
+    }
+    return CloseMeasuring(*measuring, false);
+}
+
+void Project::DropMeasuring(Measuring& measuring)
+{
+    const auto found = std::find_if(
+        m_colMeasurings.begin(), m_colMeasurings.end(), [&](const auto& open) { return open.get() == &measuring; });
+    if (found == m_colMeasurings.end())
+        return;
+    if (auto* window = qobject_cast<QMdiSubWindow*>(measuring.Window()->parentWidget()))
+        window->hide();
+    m_colDropped.push_back(std::move(*found));
+    m_colMeasurings.erase(found);
+    QTimer::singleShot(0, this, &Project::DeleteDropped);
+}
+
+void Project::DeleteDropped()
+{
+    m_colDropped.clear();
 }

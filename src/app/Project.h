@@ -2,6 +2,7 @@
 // The application object: main window, message handling, start and orderly end.
 #pragma once
 
+#include "MeasuringHost.h"
 #include "MessageHandler.h"
 #include "ModuleBoxes.h"
 
@@ -9,10 +10,12 @@
 #include <QString>
 
 #include <memory>
+#include <vector>
 
+class Measuring;
 class frm_Main;
 
-class Project : public QObject
+class Project : public QObject, public MeasuringHost
 {
     Q_OBJECT
 public:
@@ -36,14 +39,46 @@ public:
 
     // The bound data modules, each under its address, in the order of the registry.
     const ModuleBoxes& DataModules() const { return m_colDataModules; }
+    ModuleBoxes& DataModules() override { return m_colDataModules; }
     // Binds every module registered in the machine-wide settings; -1 when the key is missing.
     qint32 LoadDataModules();
     // Opens the configuration of the data modules as the edition wants it.
     void ConfigureDataModules();
 
+    // --- what the views ask of the application
+    // Through the message handler, so that data modules and views reach the same status line.
+    void SendMessage(const QString& name, const QString& params) override;
+    // The identity of this installation's measuring data: the logger part of the first
+    // channel of the first module, "000" when it has none; kept once found.
+    QString GetNewMeasuringID() override;
+    // Enables the document tools when a view is active.
+    void UpdateToolStates() override;
+    // Asks as "OnCloseMeasuring" says (0 save, 1 discard, else ask when changed) and closes
+    // the view; false keeps it open. A temporary view closes without a question.
+    bool CloseMeasuring(Measuring& measuring, bool force) override;
+
+    // --- documents
+    // The open views in the order they were opened.
+    const std::vector<std::unique_ptr<Measuring>>& Measurings() const { return m_colMeasurings; }
+    // The view of the document area's current window; nothing when there is none.
+    Measuring* GetActiveMeasuring() const;
+    // Opens a view file (asking for one when the name is empty) into a window of the document
+    // area. A file already open is brought to the front instead, unless temporary; a
+    // temporary view stays hidden. Nothing when the file can't be opened or the user cancels.
+    Measuring* OpenMeasuring(const QString& fileName, bool temporary);
+    // Saves the view (the active one when none is given) under its name, or asks for one with
+    // saveAs or when it has none. True when written.
+    bool SaveMeasuring(bool saveAs, Measuring* measuring = nullptr);
+    void ExportMeasuring(Measuring* measuring = nullptr);
+    // Closes the view (the active one when none is given); false when it stays open.
+    bool CloseMeasuring(Measuring* measuring = nullptr);
+
 private:
     void m_cMsgHandler_Message(const QString& name, const QString& params);
     void ShowStatus(const QString& text);
+    void ShowInWindow(Measuring& measuring);
+    void DropMeasuring(Measuring& measuring);
+    void DeleteDropped();
 
     bool m_bBarBusy = false;
     QString m_sApplicationName;
@@ -53,6 +88,10 @@ private:
     QString m_sMeasuringFileID;
     ::MessageHandler* m_cMsgHandler = nullptr;
     bool m_bTerminated = false;
+    // Declared after the main window so that the views go before the window they stand in.
+    std::vector<std::unique_ptr<Measuring>> m_colMeasurings;
+    // Closed views wait here for the next event-loop turn: a view may be closing itself.
+    std::vector<std::unique_ptr<Measuring>> m_colDropped;
 };
 
 // The one application object, created by the entry routine.

@@ -2,6 +2,7 @@
 #include "SubMain.h"
 
 #include "AppPaths.h"
+#include "CommandLine.h"
 #include "Globals.h"
 #include "Logging.h"
 #include "MatrixScriptEngine.h"
@@ -12,16 +13,18 @@
 
 #include <QApplication>
 
+#include <cstdio>
+
 void StartProcess()
 {
     g_cLogging = new Logging;
     g_cLogging->WriteLog(QStringLiteral("---------"), QString(), QString(), LogLevel::Always);
     g_cLogging->WriteLog(QStringLiteral("app start"),
-                         QStringLiteral("starting version %1.%2.%3")
-                             .arg(SoranoVersionMajor)
-                             .arg(SoranoVersionMinor)
-                             .arg(SoranoVersionRevision),
-                         QStringLiteral("Sub Main"), LogLevel::Always);
+        QStringLiteral("starting version %1.%2.%3")
+            .arg(SoranoVersionMajor)
+            .arg(SoranoVersionMinor)
+            .arg(SoranoVersionRevision),
+        QStringLiteral("Sub Main"), LogLevel::Always);
 
     // The offset must be numeric as a whole: "1000abc" selects German.
     const auto offset = Settings::StrictNumber(Settings::Id::LangOffset);
@@ -35,10 +38,10 @@ void StartProcess()
         g_cScriptEngine = new MatrixScriptEngine;
     } catch (const std::exception& error) {
         g_cLogging->WriteLog(QStringLiteral("bind matrix-engine"),
-                             QStringLiteral("error %1 (%2) binding the matrix-engine.")
-                                 .arg(-1)
-                                 .arg(QString::fromLocal8Bit(error.what())),
-                             QStringLiteral("Main"), LogLevel::Error);
+            QStringLiteral("error %1 (%2) binding the matrix-engine.")
+                .arg(-1)
+                .arg(QString::fromLocal8Bit(error.what())),
+            QStringLiteral("Main"), LogLevel::Error);
     }
 }
 
@@ -50,8 +53,31 @@ void EndProcess()
     g_cLogging = nullptr;
 }
 
+namespace {
+
+void PrintError(const QString& message, bool withUsage)
+{
+    std::fprintf(stderr, "sorano: %s\n", message.toLocal8Bit().constData());
+    if (withUsage)
+        std::fputs(UsageText().toLocal8Bit().constData(), stderr);
+}
+
+} // namespace
+
 int SubMain(int argc, char** argv)
 {
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    const CommandLine command = ParseCommandLine(arguments);
+    if (command.exportMode && !command.error.isEmpty()) {
+        PrintError(command.error, true);
+        return ExitCode::Usage;
+    }
+    // An export needs no screen; the platform must be chosen before the application exists.
+    if (command.exportMode)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("HARVOLD"));
     QCoreApplication::setApplicationName(QStringLiteral("Sorano"));
@@ -62,12 +88,24 @@ int SubMain(int argc, char** argv)
     StartProcess();
 
     int exitCode = 0;
-    {
+    if (command.exportMode) {
+        g_cProject = new Project;
+        g_cProject->LoadDataModules();
+        QString error;
+        exitCode = RunExport(command.job, *g_cProject, error);
+        if (exitCode != ExitCode::Ok)
+            PrintError(error, false);
+        delete g_cProject;
+        g_cProject = nullptr;
+    } else {
         g_cProject = new Project;
         g_cProject->Init();
         // With no main window there is nothing to wait for.
-        if (g_cProject->MainWindow())
+        if (g_cProject->MainWindow()) {
+            for (const QString& view : command.views)
+                g_cProject->OpenMeasuring(view, false);
             exitCode = app.exec();
+        }
         delete g_cProject;
         g_cProject = nullptr;
     }

@@ -5,6 +5,7 @@
 #include "ResStrings.h"
 #include "Settings.h"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QLabel>
@@ -15,7 +16,8 @@
 #include <QScreen>
 #include <QStatusBar>
 
-frm_Main::frm_Main(QWidget* parent) : QMainWindow(parent)
+frm_Main::frm_Main(QWidget* parent)
+    : QMainWindow(parent)
 {
     setObjectName(QStringLiteral("frm_Main"));
     m_mdiArea = new QMdiArea(this);
@@ -34,14 +36,35 @@ frm_Main::frm_Main(QWidget* parent) : QMainWindow(parent)
     statusBar()->addWidget(m_lblStatus, 1);
     statusBar()->addPermanentWidget(m_prgState);
 
-    // The administration menu; the other menus join it when the tool registry builds them.
+    // The file menu and the administration menu; the other menus join them when the tool
+    // registry builds them. The project connects the tools.
     menuBar()->setObjectName(QStringLiteral("mnuMain"));
+    QMenu* file = menuBar()->addMenu(GetResString(204));
+    file->setObjectName(QStringLiteral("mnuFile"));
+    const auto addTool = [file](const char* name, int caption, QKeySequence::StandardKey key) {
+        QAction* action = file->addAction(GetResString(caption));
+        action->setObjectName(QLatin1String(name));
+        action->setShortcut(key);
+    };
+    addTool("mnuFileOpen", 207, QKeySequence::Open);
+    addTool("mnuFileClose", 208, QKeySequence::UnknownKey);
+    file->addSeparator();
+    addTool("mnuFileSave", 209, QKeySequence::Save);
+    addTool("mnuFileSaveAs", 210, QKeySequence::UnknownKey);
+    file->addSeparator();
+    addTool("mnuFileExport", 211, QKeySequence::UnknownKey);
+
     QMenu* extras = menuBar()->addMenu(GetResString(246));
     extras->setObjectName(QStringLiteral("mnuExtras"));
     m_mnuExtrasConfig = extras->addAction(GetResString(248));
     m_mnuExtrasConfig->setObjectName(QStringLiteral("mnuExtrasConfig"));
 
     LoadPlacement();
+}
+
+QAction* frm_Main::Tool(const QString& name) const
+{
+    return name.isEmpty() ? nullptr : menuBar()->findChild<QAction*>(name);
 }
 
 void frm_Main::LoadPlacement()

@@ -31,6 +31,8 @@ public:
     QProgressBar* ProgressBar() const { return m_prgState; }
     // The tool "mnuExtrasConfig" of the administration menu; the project connects it.
     QAction* ToolExtrasConfig() const { return m_mnuExtrasConfig; }
+    // A menu tool by its name ("mnuFileOpen", "mnuFileSave", ...); nothing when unknown.
+    QAction* Tool(const QString& name) const;
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -1,0 +1,412 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The example views on the demo database: headless export checked against values computed
+// straight from the database file, bad command lines, the export formats, and the views as
+// documents of the main window.
+#include "ChartAdapter.h"
+#include "CommandLine.h"
+#include "Globals.h"
+#include "MatrixScriptEngine.h"
+#include "Measuring.h"
+#include "MeasuringExport.h"
+#include "Project.h"
+#include "QtPrinters.h"
+#include "TempSettings.h"
+#include "frm_Main.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QFile>
+#include <QGuiApplication>
+#include <QImage>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMimeData>
+#include <QPicture>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <cmath>
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr double NoValue = -1e300;
+const QString Examples = QStringLiteral(SORANO_EXAMPLES_DIR);
+
+// The demo site as its generator wrote it for this build.
+QString DemoDatabase()
+{
+    return QStringLiteral(SORANO_DEMO_DATABASE);
+}
+
+struct Column
+{
+    int channel;
+    QString header;
+    bool powerFactor = false;
+};
+
+// One view as the table must show it: the grid from `from` in steps of `step` seconds.
+struct Expected
+{
+    QString from;
+    int rows;
+    int step;
+    std::vector<Column> columns;
+};
+
+double Fold(double x)
+{
+    if (std::fabs(x) > 1)
+        return 1.1;
+    return x > 0 ? 1 - x : -1 - x;
+}
+
+// A step's value is the mean of its samples; a step with samples that are all NULL is a gap,
+// and a step without any sample keeps the value before it (0 at the start). Power factors
+// are folded by the view when they arrive, before the grid.
+std::vector<double> Reference(const QString& database, const Expected& view, const Column& column)
+{
+    const QDateTime from = QDateTime::fromString(view.from, "yyyy-MM-dd hh:mm:ss");
+    const qint64 fromMs = QDate(1899, 12, 30).daysTo(from.date()) * 86'400'000LL + from.time().msecsSinceStartOfDay();
+    const qint64 stepMs = view.step * 1000LL;
+    sqlite3* db = nullptr;
+    sqlite3_open_v2(database.toUtf8().constData(), &db, SQLITE_OPEN_READONLY, nullptr);
+    sqlite3_stmt* query = nullptr;
+    sqlite3_prepare_v2(db, "SELECT time, value FROM samples WHERE channel = ? AND time >= ? AND time < ? ORDER BY time",
+        -1, &query, nullptr);
+    sqlite3_bind_int(query, 1, column.channel);
+    sqlite3_bind_double(query, 2, double(fromMs - 1000) / 86'400'000.0);
+    sqlite3_bind_double(query, 3, double(fromMs + view.rows * stepMs + 1000) / 86'400'000.0);
+    std::vector<double> sum(size_t(view.rows), 0.0);
+    std::vector<int> count(size_t(view.rows), 0), samples(size_t(view.rows), 0);
+    while (sqlite3_step(query) == SQLITE_ROW) {
+        const qint64 at = std::llround(sqlite3_column_double(query, 0) * 86'400'000.0) - fromMs;
+        if (at < 0 || at >= view.rows * stepMs)
+            continue;
+        const size_t row = size_t(at / stepMs);
+        ++samples[row];
+        if (sqlite3_column_type(query, 1) == SQLITE_NULL)
+            continue;
+        const double value = sqlite3_column_double(query, 1);
+        sum[row] += column.powerFactor ? Fold(value) : value;
+        ++count[row];
+    }
+    sqlite3_finalize(query);
+    sqlite3_close(db);
+    std::vector<double> values;
+    double carry = 0.0;
+    for (size_t row = 0; row < size_t(view.rows); ++row) {
+        if (samples[row] > 0)
+            carry = count[row] > 0 ? sum[row] / count[row] : NoValue;
+        values.push_back(carry);
+    }
+    return values;
+}
+
+void CompareTable(const QString& csvFile, const QString& database, const Expected& view)
+{
+    QFile file(csvFile);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << csvFile.toStdString();
+    QStringList lines = QString::fromUtf8(file.readAll()).split("\r\n");
+    ASSERT_EQ(lines.takeLast(), "");
+    QStringList header { "\"Zeitstempel\"" };
+    for (const Column& column : view.columns)
+        header << '"' + column.header + '"';
+    EXPECT_EQ(lines.takeFirst(), header.join(','));
+    ASSERT_EQ(lines.size(), view.rows);
+
+    const QDateTime from = QDateTime::fromString(view.from, "yyyy-MM-dd hh:mm:ss");
+    for (size_t c = 0; c < view.columns.size(); ++c) {
+        const std::vector<double> expected = Reference(database, view, view.columns[c]);
+        for (int row = 0; row < view.rows; ++row) {
+            const QStringList cells = lines[row].split(',');
+            ASSERT_EQ(cells.size(), qsizetype(view.columns.size() + 1)) << lines[row].toStdString();
+            ASSERT_EQ(cells[0], from.addSecs(qint64(row) * view.step).toString("yyyy-MM-dd hh:mm:ss"));
+            bool number = false;
+            const double value = cells[qsizetype(c) + 1].toDouble(&number);
+            ASSERT_TRUE(number) << lines[row].toStdString();
+            const double reference = expected[size_t(row)];
+            ASSERT_NEAR(value, reference, 1e-9 * std::max(1.0, std::fabs(reference)))
+                << view.columns[c].header.toStdString() << " at " << cells[0].toStdString();
+        }
+    }
+}
+
+class ExportTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(QFile::exists(DemoDatabase()));
+        qputenv("SORANO_MODULE_PATH", SORANO_SQLITE_PLUGIN_DIR);
+        roots.SetMachine("Software\\HARVOLD\\DataModules", "Demo", "Sorano.SQLite:1");
+        roots.SetMachine("Software\\HARVOLD\\ModuleSettings\\Demo", "Database", DemoDatabase());
+        roots.SetMachine("Software\\HARVOLD\\Sorano\\Settings", "LogPath", roots.Path());
+        g_cScriptEngine = &engine;
+    }
+    void TearDown() override { g_cScriptEngine = nullptr; }
+
+    int Export(const QStringList& arguments, QString& error)
+    {
+        const CommandLine command = ParseCommandLine(arguments);
+        error = command.error;
+        if (!command.error.isEmpty())
+            return ExitCode::Usage;
+        Project project;
+        project.LoadDataModules();
+        return RunExport(command.job, project, error);
+    }
+
+    // The built program, with the test's settings, without any display to fall back on.
+    QProcess::ExitStatus RunProgram(const QStringList& arguments, int& exitCode, QString& error)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char* name : { "QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY", "SORANO_MODULE_PATH" })
+            environment.remove(name);
+        environment.insert("SORANO_MACHINE_SETTINGS", roots.MachineDir());
+        environment.insert("XDG_CONFIG_HOME", roots.UserDir());
+        environment.insert("XDG_DATA_HOME", roots.Path() + "/data");
+        QProcess program;
+        program.setProcessEnvironment(environment);
+        program.start(SORANO_PROGRAM, arguments);
+        const bool finished = program.waitForFinished(120'000);
+        exitCode = program.exitCode();
+        error = QString::fromLocal8Bit(program.readAllStandardError());
+        return finished ? program.exitStatus() : QProcess::CrashExit;
+    }
+
+    TempSettings roots;
+    QTemporaryDir out;
+    MatrixScriptEngine engine;
+};
+
+TEST_F(ExportTest, ExampleViewsExportTheDatabaseValuesOnTheirGrid)
+{
+    const struct
+    {
+        QString file;
+        Expected view;
+    } examples[] = {
+        { "Hauptzaehler.sor",
+            { "2025-03-10 00:00:00", 7 * 96, 900, { { 113, "cos phi", true }, { 111, "Wirkleistung (kW)" } } } },
+        { "Gebaeudevergleich.sor",
+            { "2025-11-03 00:00:00", 28 * 24, 3600,
+                { { 111, "Halle A (kW)" }, { 141, "Verwaltung (kW)" }, { 151, "Rechenzentrum (kW)" } } } },
+        { "Rechenzentrum-Tag.sor",
+            { "2025-10-02 00:00:00", 1440, 60, { { 151, "Wirkleistung (kW)" }, { 155, "Außentemperatur (°C)" } } } },
+    };
+    for (const auto& example : examples) {
+        SCOPED_TRACE(example.file.toStdString());
+        const QString csv = out.filePath(example.file + ".csv");
+        QString error;
+        ASSERT_EQ(Export({ "--export-csv", csv, Examples + '/' + example.file }, error), ExitCode::Ok)
+            << error.toStdString();
+        CompareTable(csv, DemoDatabase(), example.view);
+    }
+
+    // The one-day view covers a logger outage and a failed sensor: both rules are at work.
+    const Expected day = examples[2].view;
+    const std::vector<double> temperature = Reference(DemoDatabase(), day, day.columns[1]);
+    EXPECT_GT(std::count(temperature.begin(), temperature.end(), NoValue), 0);
+
+    // Window and resolution from the command line; the date and time may come unquoted.
+    const QString csv = out.filePath("day.csv");
+    QString error;
+    ASSERT_EQ(Export({ "--from", "2025-03-12", "--to", "2025-03-14", "12:00:00", "--resolution", "1h", "--export-csv",
+                         csv, Examples + "/Hauptzaehler.sor" },
+                  error),
+        ExitCode::Ok)
+        << error.toStdString();
+    CompareTable(csv, DemoDatabase(), { "2025-03-12 00:00:00", 60, 3600, examples[0].view.columns });
+    // One bound alone keeps the view's week.
+    ASSERT_EQ(Export({ "--export-csv", csv, "--to=2025-03-24", Examples + "/Hauptzaehler.sor" }, error), ExitCode::Ok);
+    CompareTable(csv, DemoDatabase(), { "2025-03-17 00:00:00", 7 * 96, 900, examples[0].view.columns });
+}
+
+TEST_F(ExportTest, TheProgramExportsWithoutADisplay)
+{
+    const QString png = out.filePath("main.png");
+    int exitCode = -1;
+    QString error;
+    ASSERT_EQ(
+        RunProgram({ "--export-png", png, Examples + "/Hauptzaehler.sor" }, exitCode, error), QProcess::NormalExit);
+    EXPECT_EQ(exitCode, 0) << error.toStdString();
+    const QImage image(png);
+    EXPECT_EQ(image.size(), MeasuringExport::OffscreenChartSize) << "a view never shown gets the fixed size";
+}
+
+TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
+{
+    QFile view(Examples + "/Hauptzaehler.sor");
+    ASSERT_TRUE(view.open(QIODevice::ReadOnly));
+    const QString unknownModule = out.filePath("unknown.sor");
+    QFile copy(unknownModule);
+    ASSERT_TRUE(copy.open(QIODevice::WriteOnly));
+    copy.write(view.readAll().replace("<module>1</module>", "<module>7</module>"));
+    copy.close();
+
+    const QString target = out.filePath("x.csv");
+    const struct
+    {
+        QStringList arguments;
+        int exitCode;
+        const char* message;
+    } cases[] = {
+        { { "--export-csv", target, out.filePath("missing.sor") }, ExitCode::View, "does not exist" },
+        { { "--export-csv", target, unknownModule }, ExitCode::View, "address 7" },
+        { { "--export-csv", target, "--from", "2025-02-30", Examples + "/Hauptzaehler.sor" }, ExitCode::Usage,
+            "2025-02-30" },
+        { { "--export-csv", target, "--to", "10.03.2025", Examples + "/Hauptzaehler.sor" }, ExitCode::Usage,
+            "10.03.2025" },
+        { { "--export-csv", target, "--resolution", "15x", Examples + "/Hauptzaehler.sor" }, ExitCode::Usage, "15x" },
+        { { "--export-csv", target, "--resolution", "0h", Examples + "/Hauptzaehler.sor" }, ExitCode::Usage, "0h" },
+        { { "--export-png", target, Examples + "/Hauptzaehler.sor" }, ExitCode::Usage, ".png" },
+        { { "--from", "2025-03-10", Examples + "/Hauptzaehler.sor" }, ExitCode::Usage, "export option" },
+        { { "--export-csv", target, "--from", "2025-03-12", "--to", "2025-03-11", Examples + "/Hauptzaehler.sor" },
+            ExitCode::Usage, "after --from" },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments.join(' ').toStdString());
+        QString error;
+        EXPECT_EQ(Export(c.arguments, error), c.exitCode);
+        EXPECT_TRUE(error.contains(c.message)) << error.toStdString();
+    }
+    EXPECT_FALSE(QFile::exists(target));
+
+    // Through the program: the message reaches stderr.
+    int exitCode = 0;
+    QString error;
+    RunProgram({ "--export-svg", out.filePath("x.svg"), unknownModule }, exitCode, error);
+    EXPECT_EQ(exitCode, ExitCode::View);
+    EXPECT_TRUE(error.contains("address 7")) << error.toStdString();
+    RunProgram({ "--export-svg", out.filePath("x.svg"), "--resolution", "h", Examples + "/Hauptzaehler.sor" }, exitCode,
+        error);
+    EXPECT_EQ(exitCode, ExitCode::Usage);
+    EXPECT_TRUE(error.contains("Usage:")) << error.toStdString();
+
+    // Without an export option only view files are taken; everything else is the toolkit's.
+    const CommandLine gui = ParseCommandLine({ "-style", "fusion", "a.sor", "B.SOR", "c.txt" });
+    EXPECT_FALSE(gui.exportMode);
+    EXPECT_EQ(gui.views, QStringList({ "a.sor", "B.SOR" }));
+}
+
+TEST(MeasuringExportTest, ChartExtensionIsAppendedUnlessTheNameEndsInItExactly)
+{
+    using MeasuringExport::WithChartExtension;
+    EXPECT_EQ(WithChartExtension("bild", 1), "bild.svg");
+    EXPECT_EQ(WithChartExtension("bild.svg", 1), "bild.svg");
+    EXPECT_EQ(WithChartExtension("BILD.SVG", 1), "BILD.SVG.svg");
+    EXPECT_EQ(WithChartExtension("bild.svg", 2), "bild.svg.bmp");
+    EXPECT_EQ(WithChartExtension("a/bild", 4), "a/bild.pdf");
+    EXPECT_EQ(MeasuringExport::FormatOf("Bild.PNG"), MeasuringExport::Format::Png);
+}
+
+TEST_F(ExportTest, FileMenuOpensSavesExportsAndClosesViews)
+{
+    roots.SetUser("Software\\HARVOLD\\Sorano\\Settings", "OnCloseMeasuring", "1");
+    ASSERT_TRUE(QFile::copy(Examples + "/Hauptzaehler.sor", out.filePath("main.sor")));
+    ASSERT_TRUE(QFile::copy(Examples + "/Rechenzentrum-Tag.sor", out.filePath("day.sor")));
+    Project project;
+    ASSERT_EQ(project.Init(), 0);
+    frm_Main& window = *project.MainWindow();
+    EXPECT_FALSE(window.Tool("mnuFileSave")->isEnabled()) << "no view, nothing to save";
+
+    QStringList messages;
+    QObject::connect(project.MsgHandler(), &MessageHandler::Message,
+        [&](const QString& name, const QString& params) { messages << name + ':' + params; });
+    Measuring* view = project.OpenMeasuring(out.filePath("main.sor"), false);
+    ASSERT_TRUE(view);
+    EXPECT_TRUE(messages.contains("PROGRESS_START:UM" + view->ID())) << messages.join(" | ").toStdString();
+    EXPECT_EQ(window.MdiArea()->subWindowList().size(), 1);
+    EXPECT_EQ(project.GetActiveMeasuring(), view);
+    EXPECT_TRUE(window.Tool("mnuFileSave")->isEnabled());
+    EXPECT_EQ(project.OpenMeasuring(out.filePath("main.sor"), false), view) << "a file is open once";
+    EXPECT_FALSE(project.OpenMeasuring(out.filePath("none.sor"), false));
+    EXPECT_EQ(project.Measurings().size(), 1u);
+
+    // The chart on screen is pictured in its own size, each format with its signature.
+    ChartAdapter& chart = *view->Chart();
+    const QSize shown = chart.size();
+    const struct
+    {
+        const char* name;
+        QByteArray start;
+    } formats[] = { { "c.svg", "<?xml" }, { "c.png", "\x89PNG" }, { "c.bmp", "BM" }, { "c.pdf", "%PDF-" },
+        { "c.csv", "\"Zeitstempel\",\"cos phi\",\"Wirkleistung (kW)\"\r\n2025-03-10 00:00:00," } };
+    for (const auto& format : formats) {
+        ASSERT_EQ(view->ExportTo(out.filePath(format.name)), 0) << format.name;
+        QFile file(out.filePath(format.name));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        EXPECT_TRUE(bytes.startsWith(format.start)) << format.name << ": " << bytes.left(120).toStdString();
+    }
+    EXPECT_EQ(QImage(out.filePath("c.png")).size(), shown);
+    EXPECT_EQ(view->ExportTo(out.filePath("c.txt")), -3);
+    EXPECT_FALSE(QFile::exists(out.filePath("c.txt")));
+
+    view->ExportClipboard(false);
+    const QMimeData* clip = QGuiApplication::clipboard()->mimeData();
+    ASSERT_TRUE(clip);
+    EXPECT_TRUE(clip->hasImage());
+    EXPECT_TRUE(clip->data("image/svg+xml").contains("<svg"));
+    view->ExportClipboard(true);
+    EXPECT_TRUE(QGuiApplication::clipboard()->text().contains("Wirkleistung (kW)\t"))
+        << QGuiApplication::clipboard()->text().left(200).toStdString();
+
+    // Report pictures: the page sizes by mode, the fixed line only while drawing.
+    view->SetShowFixedLine(true);
+    view->SetFixedLineValue(300);
+    const int lines = chart.ConstantLineCount();
+    QPicture picture;
+    ASSERT_EQ(view->GetDiagrammAsPicture(picture, 1), 0);
+    EXPECT_EQ(picture.boundingRect().size(), QSize(700, 987));
+    ASSERT_EQ(view->GetDiagrammAsPicture(picture, 2), 0);
+    EXPECT_EQ(picture.boundingRect().size(), QSize(987, 700));
+    EXPECT_EQ(chart.size(), shown);
+    ASSERT_EQ(chart.ConstantLineCount(), lines + 1) << "one line, used again";
+    EXPECT_TRUE(chart.ConstantLineHidden(lines));
+    EXPECT_EQ(chart.ConstantLineValue(lines), 300);
+    view->SetViewMode(2);
+    EXPECT_EQ(view->GetDiagrammAsPicture(picture, 0), -1);
+
+    view->SetName("Umbenannt");
+    window.Tool("mnuFileSave")->trigger();
+    EXPECT_FALSE(view->Changed());
+    QFile saved(out.filePath("main.sor"));
+    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(saved.readAll().contains("<name>Umbenannt</name>"));
+
+    window.Tool("mnuFileClose")->trigger();
+    EXPECT_TRUE(project.Measurings().empty());
+    EXPECT_FALSE(window.Tool("mnuFileExport")->isEnabled());
+
+    // Closed by its own frame, the view goes and takes the frame with it.
+    ASSERT_TRUE(project.OpenMeasuring(out.filePath("main.sor"), false));
+    ASSERT_TRUE(window.MdiArea()->currentSubWindow()->close());
+    EXPECT_TRUE(project.Measurings().empty());
+    for (int turn = 0; turn < 3; ++turn) {
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    EXPECT_TRUE(window.MdiArea()->subWindowList().isEmpty());
+
+    // Ending the program closes what is open, saving first where the settings say so.
+    roots.SetUser("Software\\HARVOLD\\Sorano\\Settings", "OnCloseMeasuring", "0");
+    Measuring* day = project.OpenMeasuring(out.filePath("day.sor"), false);
+    ASSERT_TRUE(day);
+    day->SetName("Tag");
+    EXPECT_TRUE(project.Terminate(false));
+    EXPECT_TRUE(project.Measurings().empty());
+    QFile daySaved(out.filePath("day.sor"));
+    ASSERT_TRUE(daySaved.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(daySaved.readAll().contains("<name>Tag</name>"));
+}
+
+} // namespace
