@@ -123,16 +123,3 @@ void BM_Replot(benchmark::State& state)
 BENCHMARK(BM_Replot)->Arg(1)->Arg(10)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
-
-int main(int argc, char** argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    MatrixScriptEngine engine;
-    g_cScriptEngine = &engine;
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    g_cScriptEngine = nullptr;
-    return 0;
-}

@@ -113,16 +113,3 @@ void BM_NavigationStep(benchmark::State& state)
 BENCHMARK(BM_NavigationStep)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
-
-int main(int argc, char** argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    MatrixScriptEngine engine;
-    g_cScriptEngine = &engine;
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    g_cScriptEngine = nullptr;
-    return 0;
-}
