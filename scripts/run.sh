@@ -9,11 +9,11 @@ scripts/install-deps.sh
 cmake --preset app >/dev/null
 cmake --build --preset app --parallel "$(nproc)"
 
-# Demo data for the SQLite module, written once.
+# Demo data for the SQLite module, written once and again when the generator changed.
 demo_db="$root/build/demo/sorano-demo.sqlite"
-if [ ! -f "$demo_db" ]; then
+if [ ! -f "$demo_db" ] || [ build/bin/sorano-demodata -nt "$demo_db" ]; then
   mkdir -p build/demo
-  build/bin/sorano-demodata "$demo_db" || echo "Could not write the demo data; the Demo module will report it." >&2
+  build/bin/sorano-demodata --force "$demo_db" || echo "Could not write the demo data; the Demo module will report it." >&2
 fi
 
 # The machine-wide settings of this build tree: build/etc/xdg/HARVOLD/Sorano.ini, with the

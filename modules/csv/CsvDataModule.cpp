@@ -16,18 +16,6 @@
 
 namespace {
 
-// Loggers write power factors as they are (signed, -1 to 1); the program expects them stored
-// folded (1 - x above 0, -1 - x below, 1.1 beyond), which keeps a curve of them continuous
-// around 1.
-void FoldPowerFactors(MatrixBlock& block)
-{
-    if (block.Columns() < 2)
-        return;
-    for (double& value : block.Column(1))
-        if (value != block.NoValue())
-            value = std::fabs(value) > 1.0 ? 1.1 : value > 0.0 ? 1.0 - value : -1.0 - value;
-}
-
 const QString FolderValue = QStringLiteral("Folder");
 
 // Structure strings are split at "$": the character can't stand in a field.
@@ -308,14 +296,6 @@ qint32 CsvDataModule::GetData(
                     source, 2);
         index->Read(wanted.numbers, from, to, wanted.blocks,
             [this, &source](qint16 level, const QString& text) { Log("csv file", text, source, level); });
-        if (index->IsValid())
-            for (std::size_t k = 0; k < wanted.numbers.size(); ++k) {
-                const auto& headers = index->Layout().channels;
-                const int number = wanted.numbers[k];
-                if (number >= 1 && number <= static_cast<int>(headers.size())
-                    && headers[static_cast<std::size_t>(number - 1)].dataType == DataMatrix::CosPhiType)
-                    FoldPowerFactors(*wanted.blocks[k]);
-            }
         // Channels of different loggers may be mixed: the finest resolution serves them all.
         const double seconds = index->Resolution();
         if (seconds > 0.0 && (resolution == 0.0 || seconds < resolution))

@@ -43,8 +43,8 @@ private:
     std::mt19937_64 m_engine;
 };
 
-// The fold of power factors that the program applies to channels of data type 8: it is its
-// own inverse, so the same function folds for storage and unfolds for display.
+// The fold of power factors that the program applies to channels of data type 8, in which
+// the generator moves a factor smoothly through unity; it is its own inverse.
 double FoldCosPhi(double value)
 {
     if (std::fabs(value) > 1.0)
@@ -461,7 +461,7 @@ Series Compute(const Logger& logger, int days, const Weather& weather, const std
         s.time[step] = time;
         s.power[step] = power;
         s.reactive[step] = reactive;
-        s.cosPhi[step] = Round(FoldCosPhi(reactive < 0.0 ? -measured : measured), 0.0001);
+        s.cosPhi[step] = Round(reactive < 0.0 ? -measured : measured, 0.0001);
         s.energy[step] = Round(power * hoursPerStep, 0.001);
         s.temperature[step] = sensor;
     }

@@ -404,26 +404,27 @@ TEST(CsvDataModule, EveryChannelOfTheCollectionIsFilledEvenWhenAskedForTwice)
 }
 
 // Power factors are written signed; they are delivered folded, as the program stores them.
-TEST(CsvDataModule, PowerFactorsAreDeliveredFolded)
+TEST(CsvDataModule, PowerFactorsAreDeliveredAsWritten)
 {
     TempSettings settings;
     CsvFolder folder;
-    folder.Write("L.csv", "timestamp;P [kW];cos phi\n"
-                          "2023-01-01 00:00;5;0.95\n"
-                          "2023-01-01 00:15;5;-0.8\n"
-                          "2023-01-01 00:30;5;\n"
-                          "2023-01-01 00:45;5;1.5\n");
+    folder.Write("L.csv",
+        "timestamp;P [kW];cos phi\n"
+        "2023-01-01 00:00;5;0.95\n"
+        "2023-01-01 00:15;5;-0.8\n"
+        "2023-01-01 00:30;5;\n"
+        "2023-01-01 00:45;5;1.5\n");
     ModuleOn on(folder.Root());
     const QString power = on.Id("L", "P"), cosPhi = on.Id("L", "cos phi");
     ASSERT_FALSE(cosPhi.isEmpty());
     const double t0 = D(2023, 1, 1), q = 15.0 / 1440.0;
     const ChannelCollection data = Read(on.module, { power, cosPhi }, t0, t0 + 1);
-    const Samples folded = SamplesOf(data, 1);
-    ASSERT_EQ(folded.size(), 4u);
-    EXPECT_NEAR(folded[0].second, 0.05, 1e-12);
-    EXPECT_NEAR(folded[1].second, -0.2, 1e-12);
-    EXPECT_EQ(folded[2].second, NV);
-    EXPECT_EQ(folded[3].second, 1.1);
-    EXPECT_NEAR(folded[3].first, t0 + 3 * q, 1e-9);
+    const Samples factors = SamplesOf(data, 1);
+    ASSERT_EQ(factors.size(), 4u);
+    EXPECT_EQ(factors[0].second, 0.95) << "the program folds, not the module";
+    EXPECT_EQ(factors[1].second, -0.8);
+    EXPECT_EQ(factors[2].second, NV);
+    EXPECT_EQ(factors[3].second, 1.5);
+    EXPECT_NEAR(factors[3].first, t0 + 3 * q, 1e-9);
     EXPECT_EQ(SamplesOf(data, 0)[1].second, 5.0);
 }
