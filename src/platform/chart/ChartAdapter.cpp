@@ -145,6 +145,13 @@ bool PlotWidget::BuffersReady()
 
 double LabelTicker::getTickStep(const QCPRange& range)
 {
+    // Date labels on the X axis are wide: as many ticks as their texts fit side by side.
+    if (m_axis == ChartAxis::X && m_handler && m_owner && m_owner->axisRect()) {
+        const QString sample = m_handler(m_axis, std::round(range.center()), QString());
+        const int width = QFontMetrics(m_owner->tickLabelFont()).horizontalAdvance(sample) + 24;
+        if (!sample.isEmpty())
+            setTickCount(std::clamp(m_owner->axisRect()->width() / width, 1, 10));
+    }
     const double step = QCPAxisTicker::getTickStep(range);
     return m_axis == ChartAxis::X ? std::max(1.0, std::round(step)) : step;
 }
@@ -440,7 +447,7 @@ ChartAdapter::ChartAdapter(QWidget* parent)
     }
 
     for (int axis = 0; axis < 3; ++axis) {
-        d->tickers[size_t(axis)] = QSharedPointer<LabelTicker>::create(axis);
+        d->tickers[size_t(axis)] = QSharedPointer<LabelTicker>::create(axis, d->Axis(axis));
         d->Axis(axis)->setTicker(d->tickers[size_t(axis)]);
         d->ApplyGrid(axis);
         d->Axis(axis)->grid()->setVisible(true);

@@ -52,8 +52,9 @@ private:
 class LabelTicker : public QCPAxisTicker
 {
 public:
-    explicit LabelTicker(int axis)
+    LabelTicker(int axis, QCPAxis* owner)
         : m_axis(axis)
+        , m_owner(owner)
     { }
     void SetHandler(ChartAdapter::LabelHandler handler) { m_handler = std::move(handler); }
 
@@ -63,6 +64,7 @@ protected:
 
 private:
     int m_axis;
+    QCPAxis* m_owner; // the axis it labels, for its length and font
     ChartAdapter::LabelHandler m_handler;
 };
 

@@ -277,6 +277,20 @@ TEST_F(ChartAdapterTest, LabelHandlerRewritesTickLabels)
             EXPECT_EQ(value, std::round(value)); // point numbers
         }
     EXPECT_TRUE(sawX);
+
+    // Wide date labels get fewer ticks, so that they stand side by side.
+    chart.SetLabelHandler([](int axis, double, const QString& text) {
+        return axis == ChartAxis::X ? QStringLiteral("31.12.2009 23:45") : text;
+    });
+    chart.SetAxisRange(ChartAxis::X, 1, 10000);
+    chart.resize(500, 300);
+    chart.Replot();
+    chart.Replot(); // the second pass lays out with the first pass's labels
+    QCPAxis& x = *chart.Plot()->xAxis;
+    const int labelWidth = QFontMetrics(x.tickLabelFont()).horizontalAdvance(QStringLiteral("31.12.2009 23:45"));
+    const int ticks = static_cast<int>(x.tickVector().size());
+    ASSERT_GE(ticks, 1);
+    EXPECT_LE(ticks * labelWidth, x.axisRect()->width()) << ticks << " labels";
 }
 
 TEST_F(ChartAdapterTest, PictureShowsSeriesGapsConstantLinesAndAnnotations)
