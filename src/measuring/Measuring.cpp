@@ -540,7 +540,9 @@ void Measuring::RefreshData(double dateFrom, double dateTo, Curve* curve, bool a
     bar.SetDateTo(grid.DateTo());
     Log(286);
     chart.SetAxisRange(ChartAxis::X, 0.5, std::max(1.0, PointCount()) + 0.5);
-    if (adjustAxes) {
+    // With AutoScale both axes are fitted once more after the cursors; fitting them here too
+    // would only be done twice.
+    if (adjustAxes && !m_bAutoScale) {
         AdjustAxis(ChartAxis::Y1);
         if (!chart.AxisTitle(ChartAxis::Y2).isEmpty())
             AdjustAxis(ChartAxis::Y2);
@@ -553,8 +555,8 @@ void Measuring::RefreshData(double dateFrom, double dateTo, Curve* curve, bool a
     if (m_bAutoScale) {
         AdjustAxis(ChartAxis::Y1);
         AdjustAxis(ChartAxis::Y2);
+        RedrawCursors(); // they were placed on the scale before
     }
-    RedrawCursors();
     m_cHost.SendMessage(QStringLiteral("LOG"), QString());
     chart.setUpdatesEnabled(true);
     chart.Replot();
