@@ -158,8 +158,8 @@ bool CsvFileIndex::Build(const LogSink& log)
                 const std::size_t estimate = std::min<std::size_t>(lines + lines / 8 + 16, MaxReserved);
                 m_offsets.reserve(estimate);
                 m_times.reserve(estimate);
-                Csv::AskForHugePages(m_offsets.data(), estimate * sizeof(qint64));
-                Csv::AskForHugePages(m_times.data(), estimate * sizeof(double));
+                FreshMemory::AskForHugePages(m_offsets.data(), estimate * sizeof(qint64));
+                FreshMemory::AskForHugePages(m_times.data(), estimate * sizeof(double));
                 reserved = true;
             }
             if (!m_times.empty() && time < m_times.back() && firstUnordered == 0)
@@ -291,7 +291,7 @@ void CsvFileIndex::Read(
     std::vector<Target> targets(cells.size());
     for (Target& target : targets) {
         target.cells.reserve(2 * rows);
-        Csv::PrepareForWriting(target.cells.data(), 2 * rows * sizeof(double));
+        FreshMemory::PrepareForWriting(target.cells.data(), 2 * rows * sizeof(double));
         target.cells.insert(target.cells.end(), m_times.begin() + first, m_times.begin() + last);
     }
 

@@ -17,6 +17,8 @@
 // halves of the vector registers are in use.
 #include "ScriptEvaluator.h"
 
+#include "FreshMemory.h"
+
 #include <QHash>
 
 #include <algorithm>
@@ -546,10 +548,14 @@ void Evaluate(const Program& program, MatrixVariables& variables)
     // script reads the target itself; then it is built aside and swapped in at the end.
     std::vector<double> aside;
     double* cells = nullptr;
+    const auto count = static_cast<size_t>(rows * columns);
     if (binder.ReadsTarget()) {
-        aside.resize(static_cast<size_t>(rows * columns));
+        aside = FreshMemory::Zeros<std::vector<double>>(count);
         cells = aside.data();
     } else {
+        // A target that grows gets fresh memory rather than a copy of its old cells.
+        if (static_cast<size_t>(target->Rows() * target->Columns()) < count)
+            target->SetArray(rows, columns, FreshMemory::Zeros<std::vector<double>>(count));
         target->Reshape(rows, columns);
         cells = columns > 0 && rows > 0 ? target->Column(0).data() : nullptr;
     }

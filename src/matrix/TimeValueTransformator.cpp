@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "TimeValueTransformator.h"
 
+#include "FreshMemory.h"
+
 #include <algorithm>
 #include <span>
 
@@ -115,8 +117,8 @@ void TimeValueTransformator::Init(double dateFrom, double dateTo, const QString&
         rows = StepCount(Calendar::Diff(m_eUnit, dateFrom, dateTo), m_lIntervalCount);
     }
 
-    std::vector<double> cells(static_cast<std::size_t>(rows));
-    m_steps.assign(static_cast<std::size_t>(rows), Step{0, 0});
+    auto cells = FreshMemory::Zeros<std::vector<double>>(static_cast<std::size_t>(rows));
+    m_steps = FreshMemory::Zeros<std::vector<Step>>(static_cast<std::size_t>(rows));
     // Each row is computed from the one before, so months of unequal length stay exact.
     double next = dateFrom;
     for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -153,7 +155,7 @@ void TimeValueTransformator::Add(const MatrixBlock& source, const QString& name,
     }
     const qsizetype sourceRows = static_cast<qsizetype>(times.size());
 
-    std::vector<double> cells(static_cast<std::size_t>(2 * rows));
+    auto cells = FreshMemory::Zeros<std::vector<double>>(static_cast<std::size_t>(2 * rows));
     double carry = 0.0;
     // The source index only moves forward; its time is converted once per row.
     qsizetype index = 0;

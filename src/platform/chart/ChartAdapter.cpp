@@ -3,6 +3,7 @@
 
 #include "ChartAnnotation.h"
 #include "ChartPrivate.h"
+#include "FreshMemory.h"
 
 #include <QBuffer>
 #include <QHelpEvent>
@@ -83,9 +84,11 @@ bool HasShape(const QCPGraphDataContainer& data, qsizetype points)
 // hidden.
 QVector<QCPGraphData> BuildData(const QCPGraphDataContainer& old, qsizetype points, std::span<const double> values)
 {
-    QVector<QCPGraphData> data(points);
+    QVector<QCPGraphData> data;
+    data.reserve(points);
+    FreshMemory::PrepareForWriting(data.constData(), size_t(points) * sizeof(QCPGraphData));
     for (qsizetype i = 0; i < points; ++i)
-        data[i] = QCPGraphData(double(i + 1), Nan);
+        data.append(QCPGraphData(double(i + 1), Nan));
     for (auto it = old.constBegin(); it != old.constEnd(); ++it) {
         const qsizetype index = qsizetype(std::llround(it->key)) - 1;
         if (index >= 0 && index < points && double(index + 1) == it->key)

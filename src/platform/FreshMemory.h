@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Preparing large fresh buffers for being filled.
 //
-// A first read fills tens of megabytes of new memory, which the system otherwise hands out
-// page by page on first touch; on virtual machines those faults cost more than parsing the
-// file. Both helpers only advise the system about whole pages inside the buffer and leave its
-// contents alone; where the system can't follow the advice, nothing happens.
+// A refresh fills tens of megabytes of new memory (samples, grid columns, curve results, chart
+// points), which the system otherwise hands out page by page on first touch; on virtual
+// machines those faults cost more than the work done on the values. The helpers only advise
+// the system about whole pages inside a buffer and leave its contents alone; where the system
+// can't follow the advice, nothing happens.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +15,7 @@
 #include <sys/mman.h>
 #endif
 
-namespace Csv {
+namespace FreshMemory {
 
 namespace Detail {
 
@@ -66,4 +67,15 @@ inline void PrepareForWriting(const void* data, std::size_t bytes)
 #endif
 }
 
-} // namespace Csv
+// A vector of `count` zeros in memory prepared as above: the zeroing then runs at memory speed.
+template <typename Vector>
+Vector Zeros(std::size_t count)
+{
+    Vector vector;
+    vector.reserve(count);
+    PrepareForWriting(vector.data(), count * sizeof(typename Vector::value_type));
+    vector.resize(count);
+    return vector;
+}
+
+} // namespace FreshMemory
