@@ -19,6 +19,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
+#include <QDir>
 #include <QLocale>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -354,11 +355,18 @@ void Project::ShowInWindow(Measuring& measuring)
     frame->setWidget(view);
     connect(view, &QObject::destroyed, frame, &QObject::deleteLater);
     QMdiArea* area = m_mainWindow->MdiArea();
+    // The first view fills the document area, and so does one opened while the current one
+    // fills it; others open at four fifths of the area, cascading.
+    QMdiSubWindow* current = area->activeSubWindow();
+    const bool fill = area->subWindowList().isEmpty() || (current && current->isMaximized());
     area->addSubWindow(frame);
     const QSize room = area->viewport()->size();
     if (room.width() > 200 && room.height() > 150)
         frame->resize(room.width() * 4 / 5, room.height() * 4 / 5);
-    frame->show();
+    if (fill)
+        frame->showMaximized();
+    else
+        frame->show();
     view->show();
     area->setActiveSubWindow(frame);
 }
@@ -368,7 +376,9 @@ bool Project::SaveMeasuring(bool saveAs, Measuring* measuring)
     if (!measuring)
         measuring = GetActiveMeasuring();
     bool saved = false;
+    QString target;
     if (measuring && !measuring->FileName().isEmpty() && !saveAs) {
+        target = measuring->FileName();
         saved = measuring->SaveFile(QString(), false) == 0;
     } else if (measuring) {
         QString title = GetResString(399);
@@ -378,9 +388,15 @@ bool Project::SaveMeasuring(bool saveAs, Measuring* measuring)
         QFileDialog dialog(m_mainWindow.get(), title, proposal, GetResString(304));
         dialog.setAcceptMode(QFileDialog::AcceptSave);
         dialog.setDefaultSuffix(QStringLiteral("sor"));
-        if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty())
-            saved = measuring->SaveFile(dialog.selectedFiles().front(), false) == 0;
+        if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
+            target = dialog.selectedFiles().front();
+            saved = measuring->SaveFile(target, false) == 0;
+        }
     }
+    // A save that was tried and failed is said: the changes are not on disk.
+    if (!saved && !target.isEmpty())
+        QMessageBox::warning(m_mainWindow.get(), m_sApplicationName,
+            GetResString(493).replace(QStringLiteral("%s"), QDir::toNativeSeparators(target)));
     UpdateToolStates();
     return saved;
 }

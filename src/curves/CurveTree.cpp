@@ -102,7 +102,12 @@ qint32 Curve::UpdateStatistic(QTreeWidget* tree)
             const int at = previous && previous->parent() == curveNode ? curveNode->indexOfChild(previous) + 1 : 0;
             curveNode->insertChild(at, node);
         }
-        node->setText(0, statistic->Name() + QStringLiteral(" = ") + statistic->FormatedValue(m_sUnit, 0));
+        // A power factor is shown as measured, like its cursors and table cells.
+        double display = 0;
+        const double value = statistic->Value();
+        if (m_cResult && m_cResult->DataType() == DataMatrix::CosPhiType && std::abs(value) <= 1)
+            display = FoldCosPhi(value);
+        node->setText(0, statistic->Name() + QStringLiteral(" = ") + statistic->FormatedValue(m_sUnit, display));
         if (statistic->DisplayType() == Statistic::DisplayLine)
             SetCheckBox(node, statistic->Visible());
         else

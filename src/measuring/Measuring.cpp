@@ -64,6 +64,7 @@ qint32 Measuring::Init()
     view.SetViewMode(frm_GraphicView::ChartMode);
     chart->SetLabelHandler(
         [this](int axis, double value, const QString& text) { return AxisLabel(axis, value, text); });
+    chart->SetXTickHandler([this](double lower, double upper, int most) { return XTicks(lower, upper, most); });
 
     connect(view.nav_Navigate(), &ctl_NavBar::Navigate, this, &Measuring::OnNavigate);
     connect(view.nav_Navigate(), &ctl_NavBar::NavigateToFirst, this, [this] {
@@ -840,6 +841,18 @@ QString Measuring::AxisLabel(int axis, double value, const QString& text) const
     if (std::abs(v) != 1)
         mark = v > 0 || (v == 0 && value >= 0) ? QStringLiteral(" i ") : QStringLiteral(" c ");
     return mark + Formatter().FormatNumber(std::abs(v), u"0.00");
+}
+
+std::vector<double> Measuring::XTicks(double lower, double upper, int most) const
+{
+    std::vector<double> points;
+    if (!m_cFirstBlock || m_cFirstBlock->Columns() < 1)
+        return points;
+    const auto first = static_cast<qsizetype>(std::ceil(lower)) - 1;
+    const auto last = static_cast<qsizetype>(std::floor(upper)) - 1;
+    for (const qsizetype row : ViewPeriods::RoundTimeRows(m_cFirstBlock->Column(0), first, last, most))
+        points.push_back(double(row + 1));
+    return points;
 }
 
 // --- file

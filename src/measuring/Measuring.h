@@ -129,7 +129,8 @@ public:
     void SetAnnotationPosition(const QString& position);
 
     // --- export (MeasuringExport.cpp)
-    // Asks for a file and writes the chart as a picture or the table as CSV; -1 when cancelled.
+    // Asks for a file and writes the chart as a picture or the table as CSV; 1 when cancelled,
+    // negative (after a message) when the file could not be written.
     qint32 ExportFile();
     // Writes the view to a file chosen by the caller: SVG, BMP, PNG or PDF for the chart by the
     // file's extension, CSV for the table.
@@ -174,6 +175,8 @@ private:
     void ApplyCosPhiAxes(Curve* single);
     void ChooseFirstWindow(bool fromCreate);
     QString AxisLabel(int axis, double value, const QString& text) const;
+    // Point numbers for the X ticks: the rows at round times of the first channel.
+    std::vector<double> XTicks(double lower, double upper, int most) const;
     void UpdateCaption();
     void OnNavigate(int index);
     void OnVerticalMove(int axis, bool upper, bool lower, int direction);

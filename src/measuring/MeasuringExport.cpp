@@ -13,9 +13,11 @@
 #include <QBuffer>
 #include <QClipboard>
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPageLayout>
 #include <QPainter>
@@ -219,15 +221,21 @@ qint32 Measuring::ExportFile()
     }
     dialog.setNameFilters(filters);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return -1;
-    const QString chosen = dialog.selectedFiles().front();
+        return 1;
+    QString fileName = dialog.selectedFiles().front();
+    qint32 result = 0;
     if (!chart) {
         FillTable(*this);
-        return m_cGraph->grid_View()->Export(chosen);
+        result = m_cGraph->grid_View()->Export(fileName);
+    } else {
+        const int filterIndex = static_cast<int>(filters.indexOf(dialog.selectedNameFilter())) + 1;
+        fileName = MeasuringExport::WithChartExtension(fileName, filterIndex);
+        result = ExportChart(*m_cGraph, MeasuringExport::FormatOf(fileName), fileName);
     }
-    const int filterIndex = static_cast<int>(filters.indexOf(dialog.selectedNameFilter())) + 1;
-    const QString fileName = MeasuringExport::WithChartExtension(chosen, filterIndex);
-    return ExportChart(*m_cGraph, MeasuringExport::FormatOf(fileName), fileName);
+    if (result != 0)
+        QMessageBox::warning(m_cGraph->window(), Settings::Value(Settings::Id::ApplicationName),
+            GetResString(493).replace(QStringLiteral("%s"), QDir::toNativeSeparators(fileName)));
+    return result;
 }
 
 qint32 Measuring::ExportTo(const QString& fileName)

@@ -6,6 +6,8 @@
 #include <QString>
 
 #include <optional>
+#include <span>
+#include <vector>
 
 namespace ViewPeriods {
 
@@ -22,6 +24,12 @@ QString UnitFromPoints(double windowSeconds, double pointCount);
 // Date format for axis labels (forAxis) or for texts that stand alone, by the window's length
 // in whole seconds and the view's grid unit; an empty unit is derived from the point count.
 QString DateFormat(bool forAxis, qint64 windowSeconds, const QString& intervalUnit, double pointCount);
+
+// Rows for the ticks of a time axis over the rows first..last of ascending times (dates):
+// those at or just after round times (whole minutes, quarter hours, midnights, Mondays, firsts
+// of the month, New Years ...), with the finest round step that gives at most `most` ticks.
+// Each row comes once; empty when the rows span no time or no step fits.
+std::vector<qsizetype> RoundTimeRows(std::span<const double> times, qsizetype first, qsizetype last, int most);
 
 // One earlier window: its dates and the ranges of both Y axes.
 struct ZoomEntry

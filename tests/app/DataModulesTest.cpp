@@ -171,6 +171,32 @@ TEST_F(ProjectDataModulesTest, ChannelsChangedResetsTheCacheOfThatModuleOnly)
     EXPECT_EQ(S::Calls("Announcer", "GetChannelOverview"), 2);
 }
 
+TEST_F(ProjectDataModulesTest, NewMeasuringIdIsTheLoggerOfTheFirstChannelAndKept)
+{
+    {
+        Project none;
+        ASSERT_EQ(none.LoadDataModules(), -1);
+        EXPECT_EQ(none.GetNewMeasuringID(), "") << "no module, nothing to ask";
+    }
+    Register("First", "Sorano.TestModule:1", {{S::Overview, QStringList{"4711#3", "4711#4"}}});
+    Register("Second", "Sorano.TestModule:2", {{S::Overview, QStringList{"815#1"}}});
+    {
+        Project project;
+        ASSERT_EQ(project.LoadDataModules(), 0);
+        EXPECT_EQ(project.GetNewMeasuringID(), "4711");
+        S::SetScript("First", {{S::Overview, QStringList{"9#9"}}});
+        EXPECT_EQ(project.GetNewMeasuringID(), "4711") << "found once, kept";
+        EXPECT_EQ(S::Calls("First", "GetChannelOverview"), 0);
+        EXPECT_EQ(S::Calls("Second", "GetChannelOverview"), 0) << "only the first module is asked";
+    }
+    S::SetScript("First", {{S::Overview, QStringList{}}});
+    Project empty;
+    ASSERT_EQ(empty.LoadDataModules(), 0);
+    EXPECT_EQ(empty.GetNewMeasuringID(), "000");
+    S::SetScript("First", {{S::Overview, QStringList{"12#1"}}});
+    EXPECT_EQ(empty.GetNewMeasuringID(), "000") << "kept until the program ends";
+}
+
 TEST_F(ProjectDataModulesTest, EditionDecidesHowModulesAreConfigured)
 {
     const struct

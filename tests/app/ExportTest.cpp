@@ -14,18 +14,22 @@
 #include "frm_Main.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QClipboard>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QGuiApplication>
 #include <QImage>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPicture>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -324,7 +328,8 @@ TEST_F(ExportTest, FileMenuOpensSavesExportsAndClosesViews)
     Measuring* view = project.OpenMeasuring(out.filePath("main.sor"), false);
     ASSERT_TRUE(view);
     EXPECT_TRUE(messages.contains("PROGRESS_START:UM" + view->ID())) << messages.join(" | ").toStdString();
-    EXPECT_EQ(window.MdiArea()->subWindowList().size(), 1);
+    ASSERT_EQ(window.MdiArea()->subWindowList().size(), 1);
+    EXPECT_TRUE(window.MdiArea()->subWindowList().first()->isMaximized()) << "the first view fills the area";
     EXPECT_EQ(project.GetActiveMeasuring(), view);
     EXPECT_TRUE(window.Tool("mnuFileSave")->isEnabled());
     EXPECT_EQ(project.OpenMeasuring(out.filePath("main.sor"), false), view) << "a file is open once";
@@ -407,6 +412,50 @@ TEST_F(ExportTest, FileMenuOpensSavesExportsAndClosesViews)
     QFile daySaved(out.filePath("day.sor"));
     ASSERT_TRUE(daySaved.open(QIODevice::ReadOnly));
     EXPECT_TRUE(daySaved.readAll().contains("<name>Tag</name>"));
+}
+
+TEST_F(ExportTest, EndingAsksEveryViewAndForceEndsRegardless)
+{
+    // Views are saved when closed; one of them lives in a folder that is gone by then.
+    roots.SetUser("Software\\HARVOLD\\Sorano\\Settings", "OnCloseMeasuring", "0");
+    ASSERT_TRUE(QDir(out.path()).mkpath("gone"));
+    ASSERT_TRUE(QFile::copy(Examples + "/Hauptzaehler.sor", out.filePath("main.sor")));
+    ASSERT_TRUE(QFile::copy(Examples + "/Rechenzentrum-Tag.sor", out.filePath("gone/day.sor")));
+    Project project;
+    ASSERT_EQ(project.Init(), 0);
+    Measuring* day = project.OpenMeasuring(out.filePath("gone/day.sor"), false);
+    Measuring* main = project.OpenMeasuring(out.filePath("main.sor"), false);
+    ASSERT_TRUE(day && main);
+    main->SetName("Gesichert");
+    ASSERT_TRUE(QDir(out.filePath("gone")).removeRecursively());
+
+    // The failed save is said in a message, which the probe reads and closes.
+    QStringList messages;
+    QTimer probe;
+    probe.setInterval(10);
+    QObject::connect(&probe, &QTimer::timeout, [&] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            messages << box->text();
+            box->accept();
+        }
+    });
+    probe.start();
+
+    EXPECT_FALSE(project.Terminate(false)) << "the view that can't be saved refuses";
+    ASSERT_EQ(messages.size(), 1);
+    EXPECT_TRUE(messages.front().contains("day.sor")) << messages.front().toStdString();
+    ASSERT_EQ(project.Measurings().size(), 1u) << "the other view was asked and closed";
+    EXPECT_EQ(project.Measurings().front().get(), day);
+    EXPECT_TRUE(project.MainWindow()->isVisible()) << "the program goes on";
+    QFile saved(out.filePath("main.sor"));
+    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(saved.readAll().contains("<name>Gesichert</name>"));
+
+    EXPECT_TRUE(project.Terminate(true));
+    EXPECT_EQ(messages.size(), 2) << "asked once more, then ended regardless";
+    EXPECT_TRUE(project.Measurings().empty());
+    EXPECT_FALSE(project.MainWindow()->isVisible());
+    EXPECT_TRUE(project.Terminate(false)) << "ended once";
 }
 
 } // namespace

@@ -80,6 +80,26 @@ TEST_F(CurveTreeTest, StatisticNodesFollowUsedAndDisplayType)
     EXPECT_EQ(node->text(0), "Hall");
 }
 
+TEST_F(CurveTreeTest, PowerFactorStatisticsShowMeasuredValues)
+{
+    // Stored folded: 0.04 is 0.96 inductive, 0.10 is 0.90 inductive, -0.05 is 0.95 capacitive.
+    Curve cosPhi;
+    cosPhi.SetID("c2");
+    cosPhi.AddMatrix(Channel(1, "2", "cos phi", "", { 0.04, 0.10, -0.05, 0.04 }, DataMatrix::CosPhiType));
+    InitGrid(4);
+    ASSERT_EQ(cosPhi.UpdateData(Start(), Start() + 1, grid), 0);
+    for (const char* id : { "1", "2", "3" })
+        cosPhi.FindStatistic(id)->SetUsed(true);
+    ASSERT_EQ(cosPhi.UpdateStatistic(&tree), 0);
+    const auto text = [this](const char* key) {
+        QTreeWidgetItem* node = ChannelTree::FindItem(&tree, key);
+        return node ? node->text(0) : QString();
+    };
+    EXPECT_TRUE(text("S_c2_1").startsWith("Maximum = 0.90 ")) << text("S_c2_1").toStdString();
+    EXPECT_TRUE(text("S_c2_3").startsWith("Minimum = -0.95 ")) << text("S_c2_3").toStdString();
+    EXPECT_TRUE(text("S_c2_2").startsWith("Mittelwert = 0.97")) << text("S_c2_2").toStdString();
+}
+
 TEST_F(CurveTreeTest, ClicksSetTwoCursorsThenMoveTheNearer)
 {
     curve.UpdateStatistic(&tree);

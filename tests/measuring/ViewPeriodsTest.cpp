@@ -126,4 +126,74 @@ TEST(ViewPeriods, BadEntriesAreRefused)
     EXPECT_EQ(comma->y1Max, 2.25);
 }
 
+
+// Times of `count` rows, one every `minutes` from `start`.
+std::vector<double> Rows(double start, int count, int minutes)
+{
+    std::vector<double> times;
+    for (int i = 0; i < count; ++i)
+        times.push_back(Calendar::Add(Calendar::Unit::Minute, std::int64_t(i) * minutes, start));
+    return times;
+}
+
+TEST(ViewPeriods, TicksFallOnRoundTimes)
+{
+    // A week of quarter hours from Monday: one tick per midnight.
+    const std::vector<double> week = Rows(D(2025, 3, 10), 7 * 96, 15);
+    EXPECT_EQ(RoundTimeRows(week, 0, qsizetype(week.size()) - 1, 8),
+        std::vector<qsizetype>({ 0, 96, 192, 288, 384, 480, 576 }));
+    // Fewer labels fit: every second midnight.
+    EXPECT_EQ(RoundTimeRows(week, 0, qsizetype(week.size()) - 1, 4), std::vector<qsizetype>({ 0, 192, 384, 576 }));
+
+    // Minutes from 00:07 for two hours, six labels: quarter hours from 00:15 on.
+    const std::vector<double> minutes = Rows(D(2025, 3, 10, 0, 7), 120, 1);
+    const std::vector<qsizetype> quarters = RoundTimeRows(minutes, 0, 119, 9);
+    ASSERT_FALSE(quarters.empty());
+    EXPECT_EQ(quarters.front(), 8);
+    for (const qsizetype row : quarters)
+        EXPECT_EQ(Calendar::Split(minutes[size_t(row)]).minute % 15, 0) << row;
+
+    // Part of the rows shown: ticks only inside.
+    const std::vector<qsizetype> inside = RoundTimeRows(week, 100, 300, 8);
+    ASSERT_FALSE(inside.empty());
+    EXPECT_GE(inside.front(), 100);
+    EXPECT_LE(inside.back(), 300);
+}
+
+TEST(ViewPeriods, LongWindowsTickOnMondaysAndMonthStarts)
+{
+    // Five weeks of hours from a Wednesday: Mondays.
+    const std::vector<double> weeks = Rows(D(2025, 3, 12), 35 * 24, 60);
+    const std::vector<qsizetype> mondays = RoundTimeRows(weeks, 0, qsizetype(weeks.size()) - 1, 6);
+    ASSERT_EQ(mondays.size(), 5u);
+    for (const qsizetype row : mondays) {
+        EXPECT_EQ(Calendar::Weekday(weeks[size_t(row)]), 2) << row;
+        EXPECT_EQ(Calendar::Split(weeks[size_t(row)]).hour, 0) << row;
+    }
+
+    // A year of hours, seven labels: every second month from January.
+    const std::vector<double> year = Rows(D(2023, 1, 1), 365 * 24, 60);
+    const std::vector<qsizetype> months = RoundTimeRows(year, 0, qsizetype(year.size()) - 1, 7);
+    std::vector<int> starts;
+    for (const qsizetype row : months) {
+        const Calendar::DateParts parts = Calendar::Split(year[size_t(row)]);
+        EXPECT_EQ(parts.day, 1);
+        starts.push_back(parts.month);
+    }
+    EXPECT_EQ(starts, std::vector<int>({ 1, 3, 5, 7, 9, 11 }));
+    EXPECT_EQ(months.at(1), 59 * 24) << "1 March 2023 is the 59th day after 1 January";
+}
+
+TEST(ViewPeriods, TicksNeedTimeAndRoom)
+{
+    // Hourly rows over three hours, room for ten: each row once, though half hours would fit.
+    const std::vector<double> hours = Rows(D(2025, 1, 1), 4, 60);
+    EXPECT_EQ(RoundTimeRows(hours, 0, 3, 10), std::vector<qsizetype>({ 0, 1, 2, 3 }));
+    EXPECT_TRUE(RoundTimeRows(hours, 2, 2, 10).empty()) << "a single row spans no time";
+    EXPECT_TRUE(RoundTimeRows(hours, 0, 3, 0).empty());
+    EXPECT_TRUE(RoundTimeRows({}, 0, 3, 5).empty());
+    const std::vector<double> same(5, D(2025, 1, 1));
+    EXPECT_TRUE(RoundTimeRows(same, 0, 4, 5).empty());
+}
+
 } // namespace

@@ -159,6 +159,22 @@ double LabelTicker::getTickStep(const QCPRange& range)
     return m_axis == ChartAxis::X ? std::max(1.0, std::round(step)) : step;
 }
 
+QVector<double> LabelTicker::createTickVector(double tickStep, const QCPRange& range)
+{
+    if (m_axis == ChartAxis::X && m_tickHandler) {
+        const std::vector<double> ticks = m_tickHandler(range.lower, range.upper, tickCount());
+        if (!ticks.empty())
+            return QVector<double>(ticks.begin(), ticks.end());
+    }
+    return QCPAxisTicker::createTickVector(tickStep, range);
+}
+
+int LabelTicker::getSubTickCount(double tickStep)
+{
+    // Ticks chosen by the handler are not evenly spaced: sub ticks between them would be.
+    return m_axis == ChartAxis::X && m_tickHandler ? 0 : QCPAxisTicker::getSubTickCount(tickStep);
+}
+
 QString LabelTicker::getTickLabel(double tick, const QLocale& locale, QChar formatChar, int precision)
 {
     const QString text = QCPAxisTicker::getTickLabel(tick, locale, formatChar, precision);
@@ -831,6 +847,11 @@ void ChartAdapter::SetLabelHandler(LabelHandler handler)
 {
     for (const auto& ticker : d->tickers)
         ticker->SetHandler(handler);
+}
+
+void ChartAdapter::SetXTickHandler(TickHandler handler)
+{
+    d->tickers[ChartAxis::X]->SetTickHandler(std::move(handler));
 }
 
 // --- constant lines

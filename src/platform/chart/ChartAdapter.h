@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <vector>
 
 class QCustomPlot;
 class QPainter;
@@ -127,6 +128,11 @@ public:
     // X axis the value is the point number. Without a handler the chart's own text shows.
     using LabelHandler = std::function<QString(int axis, double value, const QString& text)>;
     void SetLabelHandler(LabelHandler handler);
+    // Where the X axis puts its ticks: handler(lowest, highest point shown, at most this many
+    // ticks) gives the point numbers in ascending order. Without a handler, or when it gives
+    // none, the ticks fall on evenly spaced whole point numbers.
+    using TickHandler = std::function<std::vector<double>(double lower, double upper, int most)>;
+    void SetXTickHandler(TickHandler handler);
 
     // --- constant lines: horizontal on a Y axis, vertical on the X axis
     int ConstantLineCount() const;

@@ -57,15 +57,19 @@ public:
         , m_owner(owner)
     { }
     void SetHandler(ChartAdapter::LabelHandler handler) { m_handler = std::move(handler); }
+    void SetTickHandler(ChartAdapter::TickHandler handler) { m_tickHandler = std::move(handler); }
 
 protected:
     double getTickStep(const QCPRange& range) override;
+    QVector<double> createTickVector(double tickStep, const QCPRange& range) override;
+    int getSubTickCount(double tickStep) override;
     QString getTickLabel(double tick, const QLocale& locale, QChar formatChar, int precision) override;
 
 private:
     int m_axis;
     QCPAxis* m_owner; // the axis it labels, for its length and font
     ChartAdapter::LabelHandler m_handler;
+    ChartAdapter::TickHandler m_tickHandler;
 };
 
 // A chart title in a row or column around the axis rect; vertical at the sides. Without text

@@ -291,6 +291,26 @@ TEST_F(ChartAdapterTest, LabelHandlerRewritesTickLabels)
     const int ticks = static_cast<int>(x.tickVector().size());
     ASSERT_GE(ticks, 1);
     EXPECT_LE(ticks * labelWidth, x.axisRect()->width()) << ticks << " labels";
+
+    // A tick handler places the X ticks, within the room the labels leave.
+    int room = 0;
+    chart.SetXTickHandler([&](double lower, double upper, int most) {
+        room = most;
+        std::vector<double> at;
+        for (double p = std::ceil(lower); p <= upper; p += 96)
+            at.push_back(p + 3);
+        return at;
+    });
+    chart.SetAxisRange(ChartAxis::X, 1, 500);
+    chart.Replot();
+    EXPECT_GE(room, 1);
+    EXPECT_LE(room * labelWidth, x.axisRect()->width());
+    EXPECT_EQ(x.tickVector(), QVector<double>({ 4, 100, 196, 292, 388, 484 }));
+    // A handler with no ticks leaves the chart's own.
+    chart.SetXTickHandler([](double, double, int) { return std::vector<double>(); });
+    chart.Replot();
+    EXPECT_FALSE(x.tickVector().isEmpty());
+    EXPECT_NE(x.tickVector().first(), 4);
 }
 
 TEST_F(ChartAdapterTest, PictureShowsSeriesGapsConstantLinesAndAnnotations)
