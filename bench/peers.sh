@@ -65,6 +65,8 @@ print((h & 0x7FFFFFFF) or 1)' "$name")
   </graph-properties>
   <curves>
 XML
+  # Ten colours (0x00BBGGRR), so that the curves can be told apart in the picture.
+  colors=(255 16711680 32768 16711935 8421376 33023 8388736 16512 0 8421504)
   for c in 1 2 3 4 5 6 7 8 9 10; do
     cat <<XML
     <curve>
@@ -74,6 +76,9 @@ XML
       <channels>
         <channel>2\$$file_id#$c</channel>
       </channels>
+      <series-properties>
+        <color>${colors[c - 1]}</color>
+      </series-properties>
     </curve>
 XML
   done

@@ -156,7 +156,12 @@ double LabelTicker::getTickStep(const QCPRange& range)
             setTickCount(std::clamp(m_owner->axisRect()->width() / width, 1, 10));
     }
     const double step = QCPAxisTicker::getTickStep(range);
-    return m_axis == ChartAxis::X ? std::max(1.0, std::round(step)) : step;
+    if (m_axis == ChartAxis::X)
+        return std::max(1.0, std::round(step));
+    // Steps of 2.5 in a decade need one decimal more than the labels next to them show
+    // (0.925 printed as "0.93"); steps of 2 keep every label exact.
+    const double decade = std::pow(10.0, std::floor(std::log10(step)));
+    return std::abs(step / decade - 2.5) < 1e-9 ? 2 * decade : step;
 }
 
 QVector<double> LabelTicker::createTickVector(double tickStep, const QCPRange& range)

@@ -313,6 +313,22 @@ TEST_F(ChartAdapterTest, LabelHandlerRewritesTickLabels)
     EXPECT_NE(x.tickVector().first(), 4);
 }
 
+TEST_F(ChartAdapterTest, ValueTicksKeepTheDecimalsOfTheirNeighbours)
+{
+    // About 0.027 a tick would round to 0.025, whose labels need a third decimal.
+    chart.SetAxisRange(ChartAxis::Y1, -0.03, 0.105);
+    chart.SetAxisRange(ChartAxis::Y2, 0, 135);
+    chart.Replot();
+    const QVector<double> low = chart.Plot()->yAxis->tickVector();
+    ASSERT_GE(low.size(), 4);
+    for (const double tick : low)
+        EXPECT_NEAR(tick * 100, std::round(tick * 100), 1e-6) << tick;
+    EXPECT_NEAR(low[1] - low[0], 0.02, 1e-12);
+    const QVector<double> high = chart.Plot()->yAxis2->tickVector();
+    ASSERT_GE(high.size(), 2);
+    EXPECT_NEAR(high[1] - high[0], 20, 1e-9);
+}
+
 TEST_F(ChartAdapterTest, PictureShowsSeriesGapsConstantLinesAndAnnotations)
 {
     chart.OpenData(1, 100);
