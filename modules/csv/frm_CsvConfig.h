@@ -2,26 +2,16 @@
 // Configuration dialog of the CSV module: the root folder of the CSV file tree.
 #pragma once
 
-#include <QDialog>
-#include <QString>
+#include "ModuleConfigDialog.h"
 
-class QLineEdit;
-
-class frm_CsvConfig : public QDialog
+class frm_CsvConfig : public ModuleConfigDialog
 {
     Q_OBJECT
-
 public:
     frm_CsvConfig(const QString& folder, bool english, QWidget* parent = nullptr);
-
-    // Shows the dialog modally; true on OK.
-    bool ShowMe();
     // The folder as the dialog holds it, blanks around it removed.
     QString Folder() const;
 
 private:
-    void Browse();
-
-    QLineEdit* m_txtFolder = nullptr;
-    bool m_bEnglish = false;
+    void Browse() override;
 };

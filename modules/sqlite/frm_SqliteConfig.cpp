@@ -4,37 +4,23 @@
 #include "Calendar.h"
 #include "SqliteHandles.h"
 
-#include <QDialogButtonBox>
 #include <QDir>
-#include <QFileDialog>
 #include <QFile>
+#include <QFileDialog>
 #include <QFileInfo>
-#include <QStyle>
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QLineEdit>
 #include <QHash>
 #include <QHeaderView>
-#include <QPushButton>
+#include <QLabel>
+#include <QLineEdit>
+#include <QStyle>
 #include <QTreeWidget>
-#include <QVBoxLayout>
 
 frm_SqliteConfig::frm_SqliteConfig(const QString& database, bool english, QWidget* parent)
-    : QDialog(parent)
-    , m_bEnglish(english)
+    : ModuleConfigDialog({ english ? tr("Logger database") : tr("Logger-Datenbank"),
+                             english ? tr("Database file:") : tr("Datenbankdatei:") },
+        "txt_Database", database, english, parent)
 {
     setObjectName("frm_SqliteConfig");
-    setWindowTitle(english ? tr("Logger database") : tr("Logger-Datenbank"));
-
-    auto* label = new QLabel(english ? tr("Database file:") : tr("Datenbankdatei:"), this);
-    m_txtDatabase = new QLineEdit(database, this);
-    m_txtDatabase->setObjectName("txt_Database");
-    m_txtDatabase->setMinimumWidth(360);
-    label->setBuddy(m_txtDatabase);
-    auto* browse = new QPushButton(english ? tr("Browse...") : tr("Durchsuchen..."), this);
-    browse->setObjectName("cmd_Browse");
-    connect(browse, &QPushButton::clicked, this, &frm_SqliteConfig::Browse);
-
     m_trvChannels = new QTreeWidget(this);
     m_trvChannels->setObjectName("trv_Channels");
     m_trvChannels->setHeaderLabels(english ? QStringList{tr("Channel"), tr("Unit"), tr("From"), tr("To")}
@@ -43,47 +29,27 @@ frm_SqliteConfig::frm_SqliteConfig(const QString& database, bool english, QWidge
     m_trvChannels->setMinimumHeight(260);
     m_lblPreview = new QLabel(this);
     m_lblPreview->setObjectName("lbl_Preview");
-    connect(m_txtDatabase, &QLineEdit::editingFinished, this, &frm_SqliteConfig::LoadPreview);
-
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    buttons->button(QDialogButtonBox::Ok)->setObjectName("cmd_OK");
-    buttons->button(QDialogButtonBox::Cancel)->setObjectName("cmd_Cancel");
-    buttons->button(QDialogButtonBox::Cancel)->setText(english ? tr("Cancel") : tr("Abbrechen"));
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-
-    auto* row = new QHBoxLayout;
-    row->addWidget(m_txtDatabase, 1);
-    row->addWidget(browse);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(label);
-    layout->addLayout(row);
-    layout->addWidget(m_trvChannels, 1);
-    layout->addWidget(m_lblPreview);
-    layout->addWidget(buttons);
+    AddBelow(m_trvChannels, 1);
+    AddBelow(m_lblPreview);
+    connect(PathField(), &QLineEdit::editingFinished, this, &frm_SqliteConfig::LoadPreview);
     resize(760, 640);
     LoadPreview();
 }
 
-bool frm_SqliteConfig::ShowMe()
-{
-    return exec() == QDialog::Accepted;
-}
-
 QString frm_SqliteConfig::Database() const
 {
-    return m_txtDatabase->text().trimmed();
+    return Path();
 }
 
 void frm_SqliteConfig::Browse()
 {
     const QString start = Database().isEmpty() ? QString() : QFileInfo(Database()).absolutePath();
-    const QString filter = m_bEnglish ? tr("Logger databases (*.sqlite *.sqlite3 *.db);;All files (*)")
-                                      : tr("Logger-Datenbanken (*.sqlite *.sqlite3 *.db);;Alle Dateien (*)");
+    const QString filter = English() ? tr("Logger databases (*.sqlite *.sqlite3 *.db);;All files (*)")
+                                     : tr("Logger-Datenbanken (*.sqlite *.sqlite3 *.db);;Alle Dateien (*)");
     const QString chosen = QFileDialog::getOpenFileName(
-        this, m_bEnglish ? tr("Choose the database") : tr("Datenbank auswählen"), start, filter);
+        this, English() ? tr("Choose the database") : tr("Datenbank auswählen"), start, filter);
     if (!chosen.isEmpty()) {
-        m_txtDatabase->setText(QDir::toNativeSeparators(chosen));
+        SetPath(QDir::toNativeSeparators(chosen));
         LoadPreview();
     }
 }
@@ -93,10 +59,10 @@ void frm_SqliteConfig::LoadPreview()
     m_trvChannels->clear();
     const QString path = Database();
     if (path.isEmpty()) {
-        m_lblPreview->setText(m_bEnglish ? tr("No database chosen.") : tr("Keine Datenbank gewählt."));
+        m_lblPreview->setText(English() ? tr("No database chosen.") : tr("Keine Datenbank gewählt."));
         return;
     }
-    const QString notReadable = m_bEnglish ? tr("The file cannot be read as a logger database.")
+    const QString notReadable = English() ? tr("The file cannot be read as a logger database.")
                                            : tr("Die Datei kann nicht als Logger-Datenbank gelesen werden.");
     sqlite3* raw = nullptr;
     const int opened = sqlite3_open_v2(QFile::encodeName(path).constData(), &raw, SQLITE_OPEN_READONLY, nullptr);
@@ -153,6 +119,6 @@ void frm_SqliteConfig::LoadPreview()
     m_trvChannels->expandAll();
     for (int column = 1; column < m_trvChannels->columnCount(); ++column)
         m_trvChannels->resizeColumnToContents(column);
-    m_lblPreview->setText(m_bEnglish ? tr("%n channel(s) in the database.", nullptr, count)
+    m_lblPreview->setText(English() ? tr("%n channel(s) in the database.", nullptr, count)
                                      : QString("%1 Kanäle in der Datenbank.").arg(count));
 }

@@ -3,33 +3,25 @@
 // the categories and channels in that file.
 #pragma once
 
-#include <QDialog>
-#include <QString>
+#include "ModuleConfigDialog.h"
 
 class QLabel;
-class QLineEdit;
 class QTreeWidget;
 
-class frm_SqliteConfig : public QDialog
+class frm_SqliteConfig : public ModuleConfigDialog
 {
     Q_OBJECT
-
 public:
     frm_SqliteConfig(const QString& database, bool english, QWidget* parent = nullptr);
-
-    // Shows the dialog modally; true on OK.
-    bool ShowMe();
     // The file as the dialog holds it, blanks around it removed.
     QString Database() const;
 
 private:
-    void Browse();
+    void Browse() override;
     // Fills the preview tree from the file in the text field; a file that is no logger
     // database leaves the tree empty and says so.
     void LoadPreview();
 
-    QLineEdit* m_txtDatabase = nullptr;
     QTreeWidget* m_trvChannels = nullptr;
     QLabel* m_lblPreview = nullptr;
-    bool m_bEnglish = false;
 };
