@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The example views on the demo database: headless export checked against values computed
-// straight from the database file, bad command lines, the export formats, and the views as
-// documents of the main window.
+// straight from the database file, bad command lines, and the views as documents of the main window.
 #include "ChartAdapter.h"
 #include "CommandLine.h"
 #include "Globals.h"
@@ -16,11 +15,9 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
-#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QGuiApplication>
 #include <QImage>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -35,19 +32,15 @@
 #include <sqlite3.h>
 
 #include <cmath>
-#include <memory>
 #include <vector>
 
 namespace {
 
 constexpr double NoValue = -1e300;
+const QString Demo = QStringLiteral(SORANO_DEMO_DATABASE);
 const QString Examples = QStringLiteral(SORANO_EXAMPLES_DIR);
-
-// The demo site as its generator wrote it for this build.
-QString DemoDatabase()
-{
-    return QStringLiteral(SORANO_DEMO_DATABASE);
-}
+const QString MainView = Examples + "/Hauptzaehler.sor";
+const QString KeySettings = QStringLiteral("Software\\HARVOLD\\Sorano\\Settings");
 
 struct Column
 {
@@ -65,23 +58,17 @@ struct Expected
     std::vector<Column> columns;
 };
 
-double Fold(double x)
-{
-    if (std::fabs(x) > 1)
-        return 1.1;
-    return x > 0 ? 1 - x : -1 - x;
-}
-
 // A step's value is the mean of its samples; a step with samples that are all NULL is a gap,
 // and a step without any sample keeps the value before it (0 at the start). Power factors
 // are folded by the view when they arrive, before the grid.
-std::vector<double> Reference(const QString& database, const Expected& view, const Column& column)
+std::vector<double> Reference(const Expected& view, const Column& column)
 {
+    const auto fold = [](double x) { return std::fabs(x) > 1 ? 1.1 : x > 0 ? 1 - x : -1 - x; };
     const QDateTime from = QDateTime::fromString(view.from, "yyyy-MM-dd hh:mm:ss");
     const qint64 fromMs = QDate(1899, 12, 30).daysTo(from.date()) * 86'400'000LL + from.time().msecsSinceStartOfDay();
     const qint64 stepMs = view.step * 1000LL;
     sqlite3* db = nullptr;
-    sqlite3_open_v2(database.toUtf8().constData(), &db, SQLITE_OPEN_READONLY, nullptr);
+    sqlite3_open_v2(Demo.toUtf8().constData(), &db, SQLITE_OPEN_READONLY, nullptr);
     sqlite3_stmt* query = nullptr;
     sqlite3_prepare_v2(db, "SELECT time, value FROM samples WHERE channel = ? AND time >= ? AND time < ? ORDER BY time",
         -1, &query, nullptr);
@@ -99,7 +86,7 @@ std::vector<double> Reference(const QString& database, const Expected& view, con
         if (sqlite3_column_type(query, 1) == SQLITE_NULL)
             continue;
         const double value = sqlite3_column_double(query, 1);
-        sum[row] += column.powerFactor ? Fold(value) : value;
+        sum[row] += column.powerFactor ? fold(value) : value;
         ++count[row];
     }
     sqlite3_finalize(query);
@@ -114,7 +101,7 @@ std::vector<double> Reference(const QString& database, const Expected& view, con
     return values;
 }
 
-void CompareTable(const QString& csvFile, const QString& database, const Expected& view)
+void CompareTable(const QString& csvFile, const Expected& view)
 {
     QFile file(csvFile);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << csvFile.toStdString();
@@ -128,7 +115,7 @@ void CompareTable(const QString& csvFile, const QString& database, const Expecte
 
     const QDateTime from = QDateTime::fromString(view.from, "yyyy-MM-dd hh:mm:ss");
     for (size_t c = 0; c < view.columns.size(); ++c) {
-        const std::vector<double> expected = Reference(database, view, view.columns[c]);
+        const std::vector<double> expected = Reference(view, view.columns[c]);
         for (int row = 0; row < view.rows; ++row) {
             const QStringList cells = lines[row].split(',');
             ASSERT_EQ(cells.size(), qsizetype(view.columns.size() + 1)) << lines[row].toStdString();
@@ -143,16 +130,22 @@ void CompareTable(const QString& csvFile, const QString& database, const Expecte
     }
 }
 
+QByteArray ReadAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 class ExportTest : public ::testing::Test
 {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(QFile::exists(DemoDatabase()));
+        ASSERT_TRUE(QFile::exists(Demo));
         qputenv("SORANO_MODULE_PATH", SORANO_SQLITE_PLUGIN_DIR);
         roots.SetMachine("Software\\HARVOLD\\DataModules", "Demo", "Sorano.SQLite:1");
-        roots.SetMachine("Software\\HARVOLD\\ModuleSettings\\Demo", "Database", DemoDatabase());
-        roots.SetMachine("Software\\HARVOLD\\Sorano\\Settings", "LogPath", roots.Path());
+        roots.SetMachine("Software\\HARVOLD\\ModuleSettings\\Demo", "Database", Demo);
+        roots.SetMachine(KeySettings, "LogPath", roots.Path());
         g_cScriptEngine = &engine;
     }
     void TearDown() override { g_cScriptEngine = nullptr; }
@@ -167,9 +160,14 @@ protected:
         project.LoadDataModules();
         return RunExport(command.job, project, error);
     }
+    void ExportOk(const QStringList& arguments, const QString& csv)
+    {
+        QString error;
+        ASSERT_EQ(Export(QStringList { "--export-csv", csv } + arguments, error), ExitCode::Ok) << error.toStdString();
+    }
 
     // The built program, with the test's settings, without any display to fall back on.
-    QProcess::ExitStatus RunProgram(const QStringList& arguments, int& exitCode, QString& error)
+    int RunProgram(const QStringList& arguments, QString& error)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char* name : { "QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY", "SORANO_MODULE_PATH" })
@@ -181,9 +179,8 @@ protected:
         program.setProcessEnvironment(environment);
         program.start(SORANO_PROGRAM, arguments);
         const bool finished = program.waitForFinished(120'000);
-        exitCode = program.exitCode();
         error = QString::fromLocal8Bit(program.readAllStandardError());
-        return finished ? program.exitStatus() : QProcess::CrashExit;
+        return finished && program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
     }
 
     TempSettings roots;
@@ -209,51 +206,29 @@ TEST_F(ExportTest, ExampleViewsExportTheDatabaseValuesOnTheirGrid)
     for (const auto& example : examples) {
         SCOPED_TRACE(example.file.toStdString());
         const QString csv = out.filePath(example.file + ".csv");
-        QString error;
-        ASSERT_EQ(Export({ "--export-csv", csv, Examples + '/' + example.file }, error), ExitCode::Ok)
-            << error.toStdString();
-        CompareTable(csv, DemoDatabase(), example.view);
+        ExportOk({ Examples + '/' + example.file }, csv);
+        CompareTable(csv, example.view);
     }
-
-    // The one-day view covers a logger outage and a failed sensor: both rules are at work.
+    // The one-day view covers a failed sensor, so the gap rule is at work.
     const Expected day = examples[2].view;
-    const std::vector<double> temperature = Reference(DemoDatabase(), day, day.columns[1]);
+    const std::vector<double> temperature = Reference(day, day.columns[1]);
     EXPECT_GT(std::count(temperature.begin(), temperature.end(), NoValue), 0);
 
     // Window and resolution from the command line; the date and time may come unquoted.
     const QString csv = out.filePath("day.csv");
-    QString error;
-    ASSERT_EQ(Export({ "--from", "2025-03-12", "--to", "2025-03-14", "12:00:00", "--resolution", "1h", "--export-csv",
-                         csv, Examples + "/Hauptzaehler.sor" },
-                  error),
-        ExitCode::Ok)
-        << error.toStdString();
-    CompareTable(csv, DemoDatabase(), { "2025-03-12 00:00:00", 60, 3600, examples[0].view.columns });
+    ExportOk({ "--from", "2025-03-12", "--to", "2025-03-14", "12:00:00", "--resolution", "1h", MainView }, csv);
+    CompareTable(csv, { "2025-03-12 00:00:00", 60, 3600, examples[0].view.columns });
     // One bound alone keeps the view's week.
-    ASSERT_EQ(Export({ "--export-csv", csv, "--to=2025-03-24", Examples + "/Hauptzaehler.sor" }, error), ExitCode::Ok);
-    CompareTable(csv, DemoDatabase(), { "2025-03-17 00:00:00", 7 * 96, 900, examples[0].view.columns });
-}
-
-TEST_F(ExportTest, TheProgramExportsWithoutADisplay)
-{
-    const QString png = out.filePath("main.png");
-    int exitCode = -1;
-    QString error;
-    ASSERT_EQ(
-        RunProgram({ "--export-png", png, Examples + "/Hauptzaehler.sor" }, exitCode, error), QProcess::NormalExit);
-    EXPECT_EQ(exitCode, 0) << error.toStdString();
-    const QImage image(png);
-    EXPECT_EQ(image.size(), MeasuringExport::OffscreenChartSize) << "a view never shown gets the fixed size";
+    ExportOk({ "--to=2025-03-24", MainView }, csv);
+    CompareTable(csv, { "2025-03-17 00:00:00", 7 * 96, 900, examples[0].view.columns });
 }
 
 TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
 {
-    QFile view(Examples + "/Hauptzaehler.sor");
-    ASSERT_TRUE(view.open(QIODevice::ReadOnly));
     const QString unknownModule = out.filePath("unknown.sor");
     QFile copy(unknownModule);
     ASSERT_TRUE(copy.open(QIODevice::WriteOnly));
-    copy.write(view.readAll().replace("<module>1</module>", "<module>7</module>"));
+    ASSERT_GT(copy.write(ReadAll(MainView).replace("<module>1</module>", "<module>7</module>")), 0);
     copy.close();
 
     const QString target = out.filePath("x.csv");
@@ -265,16 +240,15 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
     } cases[] = {
         { { "--export-csv", target, out.filePath("missing.sor") }, ExitCode::View, "does not exist" },
         { { "--export-csv", target, unknownModule }, ExitCode::View, "address 7" },
-        { { "--export-csv", target, "--from", "2025-02-30", Examples + "/Hauptzaehler.sor" }, ExitCode::Usage,
-            "2025-02-30" },
-        { { "--export-csv", target, "--to", "10.03.2025", Examples + "/Hauptzaehler.sor" }, ExitCode::Usage,
-            "10.03.2025" },
-        { { "--export-csv", target, "--resolution", "15x", Examples + "/Hauptzaehler.sor" }, ExitCode::Usage, "15x" },
-        { { "--export-csv", target, "--resolution", "0h", Examples + "/Hauptzaehler.sor" }, ExitCode::Usage, "0h" },
-        { { "--export-png", target, Examples + "/Hauptzaehler.sor" }, ExitCode::Usage, ".png" },
-        { { "--from", "2025-03-10", Examples + "/Hauptzaehler.sor" }, ExitCode::Usage, "export option" },
-        { { "--export-csv", target, "--from", "2025-03-12", "--to", "2025-03-11", Examples + "/Hauptzaehler.sor" },
-            ExitCode::Usage, "after --from" },
+        { { "--export-csv", out.filePath("none/x.csv"), MainView }, ExitCode::Write, "could not write" },
+        { { "--export-csv", target, "--from", "2025-02-30", MainView }, ExitCode::Usage, "2025-02-30" },
+        { { "--export-csv", target, "--to", "10.03.2025", MainView }, ExitCode::Usage, "10.03.2025" },
+        { { "--export-csv", target, "--resolution", "15x", MainView }, ExitCode::Usage, "15x" },
+        { { "--export-csv", target, "--resolution", "0h", MainView }, ExitCode::Usage, "0h" },
+        { { "--export-png", target, MainView }, ExitCode::Usage, ".png" },
+        { { "--from", "2025-03-10", MainView }, ExitCode::Usage, "export option" },
+        { { "--export-csv", target, "--from", "2025-03-12", "--to", "2025-03-11", MainView }, ExitCode::Usage,
+            "after --from" },
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.arguments.join(' ').toStdString());
@@ -284,21 +258,21 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
     }
     EXPECT_FALSE(QFile::exists(target));
 
-    // Through the program: the message reaches stderr.
-    int exitCode = 0;
-    QString error;
-    RunProgram({ "--export-svg", out.filePath("x.svg"), unknownModule }, exitCode, error);
-    EXPECT_EQ(exitCode, ExitCode::View);
-    EXPECT_TRUE(error.contains("address 7")) << error.toStdString();
-    RunProgram({ "--export-svg", out.filePath("x.svg"), "--resolution", "h", Examples + "/Hauptzaehler.sor" }, exitCode,
-        error);
-    EXPECT_EQ(exitCode, ExitCode::Usage);
-    EXPECT_TRUE(error.contains("Usage:")) << error.toStdString();
-
     // Without an export option only view files are taken; everything else is the toolkit's.
     const CommandLine gui = ParseCommandLine({ "-style", "fusion", "a.sor", "B.SOR", "c.txt" });
     EXPECT_FALSE(gui.exportMode);
     EXPECT_EQ(gui.views, QStringList({ "a.sor", "B.SOR" }));
+
+    // The program as built runs without a display, and its failures reach stderr.
+    QString error;
+    const QString png = out.filePath("main.png");
+    EXPECT_EQ(RunProgram({ "--export-png", png, MainView }, error), 0) << error.toStdString();
+    EXPECT_EQ(QImage(png).size(), MeasuringExport::OffscreenChartSize) << "a view never shown gets the fixed size";
+    EXPECT_EQ(RunProgram({ "--export-svg", out.filePath("x.svg"), unknownModule }, error), ExitCode::View);
+    EXPECT_TRUE(error.contains("address 7")) << error.toStdString();
+    EXPECT_EQ(
+        RunProgram({ "--export-svg", out.filePath("x.svg"), "--resolution", "h", MainView }, error), ExitCode::Usage);
+    EXPECT_TRUE(error.contains("Usage:")) << error.toStdString();
 }
 
 TEST(MeasuringExportTest, ChartExtensionIsAppendedUnlessTheNameEndsInItExactly)
@@ -314,9 +288,8 @@ TEST(MeasuringExportTest, ChartExtensionIsAppendedUnlessTheNameEndsInItExactly)
 
 TEST_F(ExportTest, FileMenuOpensSavesExportsAndClosesViews)
 {
-    roots.SetUser("Software\\HARVOLD\\Sorano\\Settings", "OnCloseMeasuring", "1");
-    ASSERT_TRUE(QFile::copy(Examples + "/Hauptzaehler.sor", out.filePath("main.sor")));
-    ASSERT_TRUE(QFile::copy(Examples + "/Rechenzentrum-Tag.sor", out.filePath("day.sor")));
+    roots.SetUser(KeySettings, "OnCloseMeasuring", "1");
+    ASSERT_TRUE(QFile::copy(MainView, out.filePath("main.sor")));
     Project project;
     ASSERT_EQ(project.Init(), 0);
     frm_Main& window = *project.MainWindow();
@@ -339,18 +312,13 @@ TEST_F(ExportTest, FileMenuOpensSavesExportsAndClosesViews)
     // The chart on screen is pictured in its own size, each format with its signature.
     ChartAdapter& chart = *view->Chart();
     const QSize shown = chart.size();
-    const struct
-    {
-        const char* name;
-        QByteArray start;
-    } formats[] = { { "c.svg", "<?xml" }, { "c.png", "\x89PNG" }, { "c.bmp", "BM" }, { "c.pdf", "%PDF-" },
-        { "c.csv", "\"Zeitstempel\",\"cos phi\",\"Wirkleistung (kW)\"\r\n2025-03-10 00:00:00," } };
-    for (const auto& format : formats) {
-        ASSERT_EQ(view->ExportTo(out.filePath(format.name)), 0) << format.name;
-        QFile file(out.filePath(format.name));
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        const QByteArray bytes = file.readAll();
-        EXPECT_TRUE(bytes.startsWith(format.start)) << format.name << ": " << bytes.left(120).toStdString();
+    const std::pair<const char*, QByteArray> formats[]
+        = { { "c.svg", "<?xml" }, { "c.png", "\x89PNG" }, { "c.bmp", "BM" }, { "c.pdf", "%PDF-" },
+              { "c.csv", "\"Zeitstempel\",\"cos phi\",\"Wirkleistung (kW)\"\r\n2025-03-10 00:00:00," } };
+    for (const auto& [name, start] : formats) {
+        ASSERT_EQ(view->ExportTo(out.filePath(name)), 0) << name;
+        const QByteArray bytes = ReadAll(out.filePath(name));
+        EXPECT_TRUE(bytes.startsWith(start)) << name << ": " << bytes.left(120).toStdString();
     }
     EXPECT_EQ(QImage(out.filePath("c.png")).size(), shown);
     EXPECT_EQ(view->ExportTo(out.filePath("c.txt")), -3);
@@ -384,10 +352,7 @@ TEST_F(ExportTest, FileMenuOpensSavesExportsAndClosesViews)
     view->SetName("Umbenannt");
     window.Tool("mnuFileSave")->trigger();
     EXPECT_FALSE(view->Changed());
-    QFile saved(out.filePath("main.sor"));
-    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(saved.readAll().contains("<name>Umbenannt</name>"));
-
+    EXPECT_TRUE(ReadAll(out.filePath("main.sor")).contains("<name>Umbenannt</name>"));
     window.Tool("mnuFileClose")->trigger();
     EXPECT_TRUE(project.Measurings().empty());
     EXPECT_FALSE(window.Tool("mnuFileExport")->isEnabled());
@@ -401,25 +366,14 @@ TEST_F(ExportTest, FileMenuOpensSavesExportsAndClosesViews)
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     EXPECT_TRUE(window.MdiArea()->subWindowList().isEmpty());
-
-    // Ending the program closes what is open, saving first where the settings say so.
-    roots.SetUser("Software\\HARVOLD\\Sorano\\Settings", "OnCloseMeasuring", "0");
-    Measuring* day = project.OpenMeasuring(out.filePath("day.sor"), false);
-    ASSERT_TRUE(day);
-    day->SetName("Tag");
-    EXPECT_TRUE(project.Terminate(false));
-    EXPECT_TRUE(project.Measurings().empty());
-    QFile daySaved(out.filePath("day.sor"));
-    ASSERT_TRUE(daySaved.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(daySaved.readAll().contains("<name>Tag</name>"));
 }
 
-TEST_F(ExportTest, EndingAsksEveryViewAndForceEndsRegardless)
+TEST_F(ExportTest, EndingSavesAndAsksEveryViewAndForceEndsRegardless)
 {
     // Views are saved when closed; one of them lives in a folder that is gone by then.
-    roots.SetUser("Software\\HARVOLD\\Sorano\\Settings", "OnCloseMeasuring", "0");
+    roots.SetUser(KeySettings, "OnCloseMeasuring", "0");
     ASSERT_TRUE(QDir(out.path()).mkpath("gone"));
-    ASSERT_TRUE(QFile::copy(Examples + "/Hauptzaehler.sor", out.filePath("main.sor")));
+    ASSERT_TRUE(QFile::copy(MainView, out.filePath("main.sor")));
     ASSERT_TRUE(QFile::copy(Examples + "/Rechenzentrum-Tag.sor", out.filePath("gone/day.sor")));
     Project project;
     ASSERT_EQ(project.Init(), 0);
@@ -447,9 +401,7 @@ TEST_F(ExportTest, EndingAsksEveryViewAndForceEndsRegardless)
     ASSERT_EQ(project.Measurings().size(), 1u) << "the other view was asked and closed";
     EXPECT_EQ(project.Measurings().front().get(), day);
     EXPECT_TRUE(project.MainWindow()->isVisible()) << "the program goes on";
-    QFile saved(out.filePath("main.sor"));
-    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(saved.readAll().contains("<name>Gesichert</name>"));
+    EXPECT_TRUE(ReadAll(out.filePath("main.sor")).contains("<name>Gesichert</name>"));
 
     EXPECT_TRUE(project.Terminate(true));
     EXPECT_EQ(messages.size(), 2) << "asked once more, then ended regardless";

@@ -18,21 +18,16 @@ protected:
     TempSettings roots;
 };
 
-TEST_F(MainWindowTest, FirstStartTakesThreeQuartersOfTheScreenCentred)
+TEST_F(MainWindowTest, FirstStartIsCentredThenTheStoredPlacementIsAppliedButNotMinimised)
 {
     const QSize screen = QGuiApplication::primaryScreen()->size();
-    frm_Main window;
-    EXPECT_EQ(window.size(), QSize(screen.width() / 4 * 3, screen.height() / 4 * 3));
-    EXPECT_EQ(window.pos(), QPoint(screen.width() / 8, screen.height() / 8));
-}
+    const frm_Main first;
+    EXPECT_EQ(QRect(first.pos(), first.size()),
+        QRect(screen.width() / 8, screen.height() / 8, screen.width() / 4 * 3, screen.height() / 4 * 3));
 
-TEST_F(MainWindowTest, StoredPlacementIsAppliedAndMinimisedIsNotRestored)
-{
-    roots.SetUser(KeyMainWin, "WindowState", "1");
-    roots.SetUser(KeyMainWin, "Left", "40");
-    roots.SetUser(KeyMainWin, "Top", "30");
-    roots.SetUser(KeyMainWin, "Width", "500");
-    roots.SetUser(KeyMainWin, "Height", "oops");
+    for (const auto& [name, value] : { std::pair { "WindowState", "1" }, { "Left", "40" }, { "Top", "30" },
+             { "Width", "500" }, { "Height", "oops" } })
+        roots.SetUser(KeyMainWin, name, value);
     frm_Main window;
     EXPECT_EQ(window.pos(), QPoint(40, 30));
     EXPECT_EQ(window.width(), 500);
@@ -40,15 +35,13 @@ TEST_F(MainWindowTest, StoredPlacementIsAppliedAndMinimisedIsNotRestored)
     EXPECT_FALSE(window.isMinimized());
     EXPECT_FALSE(window.isMaximized());
     window.Unload();
-}
 
-TEST_F(MainWindowTest, MaximisedStateComesBack)
-{
     roots.SetUser(KeyMainWin, "WindowState", "2");
-    frm_Main window;
-    window.ShowMe();
-    EXPECT_TRUE(window.isMaximized());
-    window.Unload();
+    roots.SetUser(KeyMainWin, "Left", "");
+    frm_Main maximised;
+    maximised.ShowMe();
+    EXPECT_TRUE(maximised.isMaximized());
+    maximised.Unload();
     EXPECT_EQ(Settings::Value(Settings::Id::WindowState), "2");
     // Placement values are only written while the window is in its normal state.
     EXPECT_EQ(Settings::Value(Settings::Id::WindowLeft), "");
@@ -82,9 +75,7 @@ TEST_F(MainWindowTest, ClosingWritesPlacementAndAsksTheCloseHandler)
     window.Unload();
     EXPECT_EQ(asked, 2);
     EXPECT_FALSE(window.isVisible());
-
-    frm_Main reopened;
-    EXPECT_EQ(reopened.size(), QSize(410, 320));
+    EXPECT_EQ(frm_Main().size(), QSize(410, 320));
 }
 
 } // namespace

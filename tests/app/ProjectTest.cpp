@@ -1,17 +1,34 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Globals.h"
 #include "Project.h"
+#include "Globals.h"
+#include "LogCapture.h"
+#include "QtPrinters.h"
+#include "RegistryKey.h"
 #include "ResStrings.h"
-#include "TempSettings.h"
+#include "TestModuleScript.h"
+#include "frm_DataModules.h"
 #include "frm_Main.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QLabel>
 #include <QLocale>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPointer>
 #include <QProgressBar>
+#include <QTimer>
+
+#include <utility>
 
 #include <gtest/gtest.h>
 
 namespace {
+
+namespace S = TestModuleScript;
+
+const QString KeyDataModules = QStringLiteral("Software\\HARVOLD\\DataModules");
+const QString Source = QStringLiteral("Project.LoadDataModules");
 
 class ProjectTest : public ::testing::Test
 {
@@ -27,10 +44,13 @@ protected:
     Project project;
 };
 
-TEST_F(ProjectTest, CaptionIsTheConfiguredNameOrTheProgramTitle)
+TEST_F(ProjectTest, CaptionIsTheConfiguredNameOrTheProgramTitleAndTheWindowGoesOnceAtTheEnd)
 {
     EXPECT_EQ(project.MainWindow()->windowTitle(), "SoRaNo");
     EXPECT_TRUE(project.MainWindow()->isVisible());
+    EXPECT_TRUE(project.Terminate(false));
+    EXPECT_FALSE(project.MainWindow()->isVisible());
+    EXPECT_TRUE(project.Terminate(false));
 
     roots.SetMachine("Software\\HARVOLD\\Sorano", "ApplicationName", "Lastgang Viewer");
     Project branded;
@@ -39,33 +59,25 @@ TEST_F(ProjectTest, CaptionIsTheConfiguredNameOrTheProgramTitle)
     EXPECT_TRUE(branded.HelpFile().endsWith("/Lastgang Viewer.chm"));
 }
 
-TEST_F(ProjectTest, LogMessageSetsStatusTextAndEmptyTextShowsTheNotice)
+TEST_F(ProjectTest, MessagesSetTheStatusTextAndTheProgress)
 {
     Send("LOG", "Daten abholen");
     EXPECT_EQ(Status(), "Daten abholen");
     Send("LOG", "");
-    EXPECT_EQ(Status(), GetResString(492));
+    EXPECT_EQ(Status(), GetResString(492)) << "no text shows the notice";
     Send("", "ignored");
     EXPECT_EQ(Status(), GetResString(492));
-}
 
-TEST_F(ProjectTest, ProgressFollowsStartUpdateAndEnd)
-{
     Send("PROGRESS_START", "UM1");
     EXPECT_TRUE(Bar()->isVisibleTo(project.MainWindow()));
     EXPECT_EQ(Bar()->value(), 0);
-
-    Send("PROGRESS_UPDATE", "UM1;0.25");
-    EXPECT_EQ(Bar()->value(), 25);
-    Send("PROGRESS_UPDATE", "UM1;1.7");
-    EXPECT_EQ(Bar()->value(), 100);
-    Send("PROGRESS_UPDATE", "UM1;-0.5");
-    EXPECT_EQ(Bar()->value(), 0);
-    Send("PROGRESS_UPDATE", "UM1;0.5");
-    Send("PROGRESS_UPDATE", "0.9");            // one part only: nothing moves
-    Send("PROGRESS_UPDATE", "UM1;0.9;extra"); // three parts: nothing moves
-    EXPECT_EQ(Bar()->value(), 50);
-
+    // Clamped to 0..100; an update of one or three parts moves nothing.
+    const std::pair<const char*, int> updates[] = { { "UM1;0.25", 25 }, { "UM1;1.7", 100 }, { "UM1;-0.5", 0 },
+        { "UM1;0.5", 50 }, { "0.9", 50 }, { "UM1;0.9;extra", 50 } };
+    for (const auto& [params, value] : updates) {
+        Send("PROGRESS_UPDATE", params);
+        EXPECT_EQ(Bar()->value(), value) << params;
+    }
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
     Send("PROGRESS_UPDATE", "TR1;0,75");
     EXPECT_EQ(Bar()->value(), 75);
@@ -75,11 +87,174 @@ TEST_F(ProjectTest, ProgressFollowsStartUpdateAndEnd)
     EXPECT_FALSE(Bar()->isVisibleTo(project.MainWindow()));
 }
 
-TEST_F(ProjectTest, TerminateUnloadsTheMainWindowOnce)
+class ProjectDataModulesTest : public ::testing::Test
 {
+protected:
+    void SetUp() override
+    {
+        qputenv("SORANO_MODULE_PATH", SORANO_TEST_MODULE_DIR);
+        m_savedWhoAmI = std::exchange(g_sWhoAmI, QString());
+    }
+    void TearDown() override { g_sWhoAmI = m_savedWhoAmI; }
+
+    void Register(const QString& name, const QString& data, const QVariantMap& script = {})
+    {
+        S::SetScript(name, script);
+        roots.SetMachine(KeyDataModules, name, data);
+    }
+
+    TempSettings roots;
+
+private:
+    QString m_savedWhoAmI;
+};
+
+TEST_F(ProjectDataModulesTest, RegistrationsAreBoundInOrderAndMalformedOrDuplicateOnesSkipped)
+{
+    const std::pair<const char*, const char*> registrations[] = { { "Alpha", "Sorano.TestModule:1" },
+        { "Beta", "A:1:2" }, { "Delta", "Sorano.TestModule:1" }, { "Eps", "Sorano.TestModule:2" },
+        { "Gamma", "Sorano.TestModule" }, { "Kappa", "Sorano.TestModule:4" }, { "Zeta", "No.Such.Module:5" } };
+    QStringList expected;
+    for (const auto& [name, data] : registrations) {
+        Register(name, data, name == QLatin1String("Kappa") ? QVariantMap { { S::SelfCheck, 0 } } : QVariantMap {});
+        expected << QString("read data-module entry - Configuration for data-module %1 = %2 read.").arg(name, data);
+        if (name == QLatin1String("Beta") || name == QLatin1String("Gamma"))
+            expected << QString("invalid module-registration - Invalid Module Registration %1 = %2.").arg(name, data);
+        if (name == QLatin1String("Delta"))
+            expected << "duplicate module-address - Data-module Delta = Sorano.TestModule:1 skipped: address 1 is "
+                        "already used by Alpha.";
+    }
+    LogCapture log(roots);
+    Project project;
+    EXPECT_EQ(project.LoadDataModules(), 0);
+
+    QStringList addresses;
+    for (const ModuleBoxPtr& box : project.DataModules())
+        addresses << box->Address() + "=" + box->Name();
+    EXPECT_EQ(addresses, QStringList({ "1=Alpha", "2=Eps" }));
+    EXPECT_EQ(log.From(Source), expected) << log.Dump();
+    // Only bound modules get the handler; the duplicate is never created.
+    EXPECT_EQ(S::Calls("Alpha", "SetMessageHandler"), 1);
+    EXPECT_EQ(S::Calls("Eps", "SetMessageHandler"), 1);
+    EXPECT_EQ(S::Calls("Kappa", "SetMessageHandler"), 0);
+    EXPECT_EQ(S::Calls("Delta", "Create"), 0);
+    EXPECT_EQ(log.From("ModuleBox.BindDMI").size(), 2) << log.Dump();
+}
+
+TEST_F(ProjectDataModulesTest, InitLoadsTheModulesAndTerminateReleasesThem)
+{
+    Register("Meter", "Sorano.TestModule:7", { { S::Throws, QStringList { "SetMessageHandler" } } });
+    Project project;
+    ASSERT_EQ(project.Init(), 0);
+    ASSERT_EQ(project.DataModules().Count(), 1);
+    const ModuleBoxPtr box = project.DataModules().Item("7");
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->Name(), "Meter");
+    const QPointer<QObject> module = box->DataModuleObject();
+
     EXPECT_TRUE(project.Terminate(false));
-    EXPECT_FALSE(project.MainWindow()->isVisible());
-    EXPECT_TRUE(project.Terminate(true));
+    EXPECT_EQ(project.DataModules().Count(), 0);
+    EXPECT_FALSE(module.isNull()); // a document may still hold the box
+    EXPECT_EQ(box.use_count(), 1);
+}
+
+TEST_F(ProjectDataModulesTest, ChannelsChangedResetsTheCacheOfThatModuleOnly)
+{
+    Register("Announcer", "Sorano.TestModule:1", { { S::AnnounceOnConfig, true } });
+    Register("Other", "Sorano.TestModule:2");
+    Project project;
+    ASSERT_EQ(project.LoadDataModules(), 0);
+    const ModuleBoxPtr announcer = project.DataModules().Item("1");
+    const ModuleBoxPtr other = project.DataModules().Item("2");
+    ASSERT_TRUE(announcer && other);
+    announcer->GetChannelList(nullptr);
+    other->GetChannelList(nullptr);
+
+    for (const QString address : { "9", "", "01" })
+        project.MsgHandler()->Send("CHANNELS_CHANGED", address);
+    EXPECT_NE(announcer->Channel(""), nullptr);
+    EXPECT_NE(other->Channel(""), nullptr);
+    project.MsgHandler()->Send("CHANNELS_CHANGED", "2");
+    EXPECT_NE(announcer->Channel(""), nullptr);
+    EXPECT_EQ(other->Channel(""), nullptr);
+
+    // The module announces through the handler it was given.
+    announcer->ShowConfig();
+    EXPECT_EQ(announcer->Channel(""), nullptr);
+    announcer->GetChannelList(nullptr);
+    EXPECT_EQ(S::Calls("Announcer", "GetChannelOverview"), 2);
+}
+
+TEST_F(ProjectDataModulesTest, NewMeasuringIdIsTheLoggerOfTheFirstChannelAndKept)
+{
+    {
+        LogCapture log(roots);
+        Project none;
+        ASSERT_EQ(none.LoadDataModules(), -1);
+        EXPECT_EQ(none.DataModules().Count(), 0);
+        EXPECT_EQ(log.From(Source),
+            QStringList { "error loading data-modules - Error opening registry key Software\\HARVOLD\\DataModules." });
+        EXPECT_EQ(none.GetNewMeasuringID(), "") << "no module, nothing to ask";
+    }
+    Register("First", "Sorano.TestModule:1", { { S::Overview, QStringList { "4711#3", "4711#4" } } });
+    Register("Second", "Sorano.TestModule:2", { { S::Overview, QStringList { "815#1" } } });
+    {
+        Project project;
+        ASSERT_EQ(project.LoadDataModules(), 0);
+        EXPECT_EQ(project.GetNewMeasuringID(), "4711");
+        S::SetScript("First", { { S::Overview, QStringList { "9#9" } } });
+        EXPECT_EQ(project.GetNewMeasuringID(), "4711") << "found once, kept";
+        EXPECT_EQ(S::Calls("First", "GetChannelOverview"), 0);
+        EXPECT_EQ(S::Calls("Second", "GetChannelOverview"), 0) << "only the first module is asked";
+    }
+    S::SetScript("First", { { S::Overview, QStringList {} } });
+    Project empty;
+    ASSERT_EQ(empty.LoadDataModules(), 0);
+    EXPECT_EQ(empty.GetNewMeasuringID(), "000");
+    S::SetScript("First", { { S::Overview, QStringList { "12#1" } } });
+    EXPECT_EQ(empty.GetNewMeasuringID(), "000") << "kept until the program ends";
+}
+
+TEST_F(ProjectDataModulesTest, EditionDecidesHowModulesAreConfiguredAlsoFromTheExtrasMenu)
+{
+    const struct
+    {
+        const char* whoAmI;
+        QStringList names;
+        bool dialog;
+        QList<int> showConfigCalls; // per name
+    } cases[] = { { "sorano", { "Solo" }, false, { 1 } }, { "sorano", { "QUANDEL", "Other" }, true, { 0, 0 } },
+        { "talven", { "Solo" }, false, { 0 } }, { "talven", { "QUANDEL", "Other" }, false, { 1, 0 } },
+        { "", { "Solo" }, false, { 0 } }, { "", { "QUANDEL", "Other" }, false, { 0, 0 } } };
+    for (const auto& c : cases) {
+        RegistryKey().DeleteKey(Hive::LocalMachine, KeyDataModules);
+        for (int i = 0; i < c.names.size(); ++i)
+            Register(c.names[i], "Sorano.TestModule:" + QString::number(i + 1));
+        g_sWhoAmI = c.whoAmI;
+        Project project;
+        ASSERT_EQ(project.Init(), 0);
+        ASSERT_EQ(project.DataModules().Count(), c.names.size());
+        auto* extras = project.MainWindow()->menuBar()->findChild<QMenu*>("mnuExtras");
+        auto* config = project.MainWindow()->findChild<QAction*>("mnuExtrasConfig");
+        ASSERT_TRUE(extras && config && extras->actions().contains(config));
+
+        // Runs the command, closing the data-modules dialog if it shows.
+        bool shown = false;
+        QTimer probe;
+        probe.setInterval(10);
+        QObject::connect(&probe, &QTimer::timeout, [&] {
+            if (auto* dialog = qobject_cast<frm_DataModules*>(QApplication::activeModalWidget())) {
+                shown = true;
+                dialog->reject();
+            }
+        });
+        probe.start();
+        config->trigger();
+        EXPECT_EQ(shown, c.dialog) << c.whoAmI;
+        for (int i = 0; i < c.names.size(); ++i)
+            EXPECT_EQ(S::Calls(c.names[i], "ShowConfig"), c.showConfigCalls[i])
+                << c.whoAmI << " " << c.names[i].toStdString();
+    }
 }
 
 } // namespace

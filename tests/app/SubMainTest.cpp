@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "SubMain.h"
 #include "Globals.h"
-#include "Logging.h"
 #include "MatrixScriptEngine.h"
 #include "ResStrings.h"
-#include "SubMain.h"
 #include "TempSettings.h"
 #include "Version.h"
 
@@ -42,22 +41,21 @@ protected:
     TempSettings roots;
 };
 
-TEST_F(SubMainTest, FreshLogStartsWithSeparatorAndVersionLine)
+TEST_F(SubMainTest, FreshLogStartsWithSeparatorAndVersionLineAndTheEngineLivesUntilTheEnd)
 {
     StartProcess();
     const QStringList lines = LogLines();
     ASSERT_GE(lines.size(), 2);
     EXPECT_TRUE(QRegularExpression("^\\S.* : --------- - $").match(lines[0]).hasMatch()) << lines[0].toStdString();
-    const QString version = QString("%1.%2.%3").arg(SoranoVersionMajor).arg(SoranoVersionMinor).arg(SoranoVersionRevision);
+    const QString version
+        = QString("%1.%2.%3").arg(SoranoVersionMajor).arg(SoranoVersionMinor).arg(SoranoVersionRevision);
     EXPECT_TRUE(lines[1].endsWith(" Sub Main: app start - starting version " + version)) << lines[1].toStdString();
     // Both lines carry the same kind of date and time in front.
     EXPECT_EQ(lines[0].indexOf(" : "), lines[1].indexOf(" Sub Main: "));
 
-    // Start-up binds the one script engine; the end releases it.
     ASSERT_NE(g_cScriptEngine, nullptr);
     g_cScriptEngine->SetScript(QStringLiteral("RESULT = 1 + 1"));
     EXPECT_EQ(g_cScriptEngine->Execute(), 0);
-
     EndProcess();
     EXPECT_EQ(g_cScriptEngine, nullptr);
     const QStringList all = LogLines();
@@ -65,31 +63,29 @@ TEST_F(SubMainTest, FreshLogStartsWithSeparatorAndVersionLine)
     EXPECT_TRUE(all[3].endsWith(" --------: --------- - ----------------"));
 }
 
-TEST_F(SubMainTest, LanguageOffsetMustBeNumericAsAWhole)
+TEST_F(SubMainTest, LanguageOffsetMustBeNumericAsAWholeAndComeFromTheMachine)
 {
-    roots.SetMachine(KeySettings, "LangOffset", "1000");
-    StartProcess();
-    EXPECT_EQ(g_lLangOffset, 1000);
-    EXPECT_EQ(GetResString(204), "&File");
-    EndProcess();
-
-    roots.SetMachine(KeySettings, "LangOffset", "1000abc");
-    StartProcess();
-    EXPECT_EQ(g_lLangOffset, 0);
-    EXPECT_EQ(GetResString(204), "&Datei");
-    EndProcess();
-
-    // The per-user root does not choose the language.
-    roots.SetMachine(KeySettings, "LangOffset", "");
-    roots.SetUser(KeySettings, "LangOffset", "1000");
-    StartProcess();
-    EXPECT_EQ(g_lLangOffset, 0);
+    const struct
+    {
+        const char* machine;
+        const char* user;
+        int offset;
+        const char* file;
+    } cases[] = { { "1000", "", 1000, "&File" }, { "1000abc", "", 0, "&Datei" }, { "", "1000", 0, "&Datei" } };
+    for (const auto& c : cases) {
+        roots.SetMachine(KeySettings, "LangOffset", c.machine);
+        roots.SetUser(KeySettings, "LangOffset", c.user);
+        StartProcess();
+        EXPECT_EQ(g_lLangOffset, c.offset) << c.machine << "/" << c.user;
+        EXPECT_EQ(GetResString(204), c.file) << c.machine << "/" << c.user;
+        EndProcess();
+    }
 }
 
 TEST_F(SubMainTest, EditionTagMustMatchExactly)
 {
-    for (const auto& [stored, tag] : std::vector<std::pair<QString, QString>>{
-             {"sorano", "sorano"}, {"talven", "talven"}, {"Sorano", ""}, {"talven ", ""}, {"", ""}}) {
+    for (const auto& [stored, tag] : std::vector<std::pair<QString, QString>> {
+             { "sorano", "sorano" }, { "talven", "talven" }, { "Sorano", "" }, { "talven ", "" }, { "", "" } }) {
         roots.SetMachine(KeySettings, "whoami", stored);
         StartProcess();
         EXPECT_EQ(g_sWhoAmI, tag) << stored.toStdString();

@@ -14,11 +14,14 @@
 
 namespace {
 
-using Calendar::Unit;
-
 double Seconds(double date, std::int64_t seconds)
 {
-    return Calendar::Add(Unit::Second, seconds, date);
+    return Calendar::Add(Calendar::Unit::Second, seconds, date);
+}
+
+QString Long(double date)
+{
+    return Formatter().FormatDate(date, u"dd.mm.yy hh:nn:ss");
 }
 
 class NavBarTest : public ::testing::Test
@@ -38,11 +41,23 @@ protected:
         bar.SetDateFrom(Seconds(first, offset));
         bar.SetDateTo(Seconds(first, offset + length));
     }
-    QPoint MarkerCentre() const { return bar.MarkerRect().center(); }
-    void Press(QPoint at) { QTest::mousePress(bar.Track(), Qt::LeftButton, {}, at); }
-    void MoveTo(QPoint at) { QTest::mouseMove(bar.Track(), at); }
+    // Presses on the marker's centre and moves by dx; returns the press point.
+    QPoint Drag(int dx)
+    {
+        const QPoint at = bar.MarkerRect().center();
+        QTest::mousePress(bar.Track(), Qt::LeftButton, {}, at);
+        QTest::mouseMove(bar.Track(), at + QPoint(dx, 0));
+        return at;
+    }
     void Release(QPoint at) { QTest::mouseRelease(bar.Track(), Qt::LeftButton, {}, at); }
     void PressButton(int index) { QTest::mouseClick(bar.Button(index), Qt::LeftButton); }
+    QList<int> Navigations() const
+    {
+        QList<int> indexes;
+        for (const QList<QVariant>& args : navigate)
+            indexes << args.at(0).toInt();
+        return indexes;
+    }
 
     const double first = Calendar::FromParts(2024, 1, 1, 8);
     ctl_NavBar bar;
@@ -67,35 +82,28 @@ TEST_F(NavBarTest, MarkerMapsSecondsToTrackPixels)
     EXPECT_TRUE(bar.MarkerRect().isNull());
 }
 
-TEST_F(NavBarTest, DragMovesTheWindowAndReportsOnlyOnRelease)
+TEST_F(NavBarTest, DragMovesTheWindowWithinThePeriodAndReportsOnlyOnRelease)
 {
-    const QPoint start = MarkerCentre();
-    Press(start);
-    MoveTo(start + QPoint(60, 3));
+    const QPoint start = Drag(60);
     EXPECT_EQ(bar.DateFrom(), Seconds(first, 60000));
     EXPECT_EQ(bar.DateTo(), Seconds(first, 80000));
-    EXPECT_EQ(bar.LabelText(0), Formatter().FormatDate(bar.DateFrom(), u"dd.mm.yy hh:nn:ss"));
+    EXPECT_EQ(bar.LabelText(0), Long(bar.DateFrom()));
     EXPECT_EQ(bar.MarkerRect().left(), 359);
     EXPECT_EQ(navigate.count(), 0);
 
-    MoveTo(start + QPoint(5000, 0)); // the right end stops the window at the period's end
+    QTest::mouseMove(bar.Track(), start + QPoint(5000, 0)); // the window stops at the period's end
     EXPECT_EQ(bar.DateTo(), bar.DateLast());
     EXPECT_EQ(bar.DateFrom(), Seconds(first, 80000));
     Release(start + QPoint(5000, 0));
-    ASSERT_EQ(navigate.count(), 1);
-    EXPECT_EQ(navigate.at(0).at(0).toInt(), -1);
+    EXPECT_EQ(Navigations(), QList<int>({ -1 }));
 
-    const QPoint again = MarkerCentre();
-    Press(again);
-    MoveTo(again - QPoint(5000, 0));
-    Release(again - QPoint(5000, 0));
+    Release(Drag(-5000) - QPoint(5000, 0));
     EXPECT_EQ(bar.DateFrom(), first);
     EXPECT_EQ(navigate.count(), 2);
 
     // With a minimum-width marker the end stops 8 px short of the track's width.
     SetWindow(0, 60);
-    Press(MarkerCentre());
-    MoveTo(MarkerCentre() + QPoint(5000, 0));
+    Drag(5000);
     EXPECT_EQ(bar.DateFrom(), Seconds(first, 98666));
 }
 
@@ -103,25 +111,20 @@ TEST_F(NavBarTest, ClickEscapeAndDisabledBarLeaveTheWindowAlone)
 {
     const double from = bar.DateFrom();
     const double to = bar.DateTo();
-    const QPoint start = MarkerCentre();
-    Press(start);
-    Release(start);
+    Release(Drag(0));
     EXPECT_FALSE(bar.Dragging());
 
-    Press(start);
-    MoveTo(start + QPoint(100, 0));
+    const QPoint start = Drag(100);
     EXPECT_NE(bar.DateFrom(), from);
     QTest::keyClick(bar.Track(), Qt::Key_Escape);
     EXPECT_FALSE(bar.Dragging());
     EXPECT_EQ(bar.DateFrom(), from);
     EXPECT_EQ(bar.DateTo(), to);
-    EXPECT_EQ(bar.LabelText(0), Formatter().FormatDate(from, u"dd.mm.yy hh:nn:ss"));
+    EXPECT_EQ(bar.LabelText(0), Long(from));
     Release(start + QPoint(100, 0));
 
     bar.SetEnabled(false);
-    Press(start);
-    MoveTo(start + QPoint(100, 0));
-    Release(start + QPoint(100, 0));
+    Release(Drag(100) + QPoint(100, 0));
     QSignalSpy ends(&bar, &ctl_NavBar::NavigateToLast);
     for (int i = 0; i < 6; ++i)
         PressButton(i);
@@ -152,9 +155,7 @@ TEST_F(NavBarTest, ButtonsStepByCalendarAndOnlyOncePerPress)
     bar.SetSmallStep("15n");
     bar.SetMediumStep("1m");
     EXPECT_EQ(bar.Button(2)->toolTip(), "Um 15 Minute(n) zurück gehen");
-    EXPECT_EQ(bar.Button(3)->toolTip(), "Um 15 Minute(n) vorwärts gehen");
     EXPECT_EQ(bar.Button(4)->toolTip(), "Um 1 Monat(e) vorwärts gehen");
-    EXPECT_EQ(bar.Button(0)->toolTip(), "Zum Anfang gehen");
 
     bar.SetDateFrom(Calendar::FromParts(2023, 1, 31, 10));
     bar.SetDateTo(Calendar::FromParts(2023, 3, 15, 10));
@@ -171,10 +172,7 @@ TEST_F(NavBarTest, ButtonsStepByCalendarAndOnlyOncePerPress)
     QTest::qWait(900);
     QTest::mouseRelease(bar.Button(3), Qt::LeftButton);
     EXPECT_EQ(bar.DateFrom(), Calendar::FromParts(2023, 1, 28, 10));
-    QList<int> indexes;
-    for (const QList<QVariant>& args : navigate)
-        indexes << args.at(0).toInt();
-    EXPECT_EQ(indexes, QList<int>({ 4, 1, 2, 3 }));
+    EXPECT_EQ(Navigations(), QList<int>({ 4, 1, 2, 3 }));
 
     QSignalSpy toFirst(&bar, &ctl_NavBar::NavigateToFirst);
     QSignalSpy toLast(&bar, &ctl_NavBar::NavigateToLast);
@@ -194,7 +192,6 @@ TEST_F(NavBarTest, LayoutHidesTrackWhenNarrowAndLabelsShortenTheirDates)
     bar.resize(348, 24);
     EXPECT_TRUE(bar.TrackRect().isEmpty());
     EXPECT_TRUE(bar.Label(0)->isVisible());
-    EXPECT_TRUE(bar.Button(5)->isVisible());
     EXPECT_EQ(bar.Button(5)->geometry().right(), 348 - 1);
     bar.resize(350, 24);
     EXPECT_EQ(bar.TrackRect(), QRect(150, 4, 50, 18));
@@ -206,18 +203,14 @@ TEST_F(NavBarTest, LayoutHidesTrackWhenNarrowAndLabelsShortenTheirDates)
         bar.resize(width, 24);
         const QString text = bar.LabelText(1);
         EXPECT_LE(metrics.horizontalAdvance(text), bar.Label(1)->width()) << width;
-        if (texts.isEmpty() || texts.last() != text) {
-            if (!texts.isEmpty()) {
-                EXPECT_LT(text.size(), texts.last().size()) << width;
-            }
+        if (texts.isEmpty() || texts.last() != text)
             texts << text;
-        }
     }
     const double to = bar.DateTo();
     const Formatter format;
     EXPECT_EQ(texts,
-        QStringList({ format.FormatDate(to, u"dd.mm.yy hh:nn:ss"), format.FormatDate(to, u"dd.mm. hh:nn:ss"),
-            format.FormatDate(to, u"dd.mm. hh:nn"), format.FormatDate(to, u"dd.mm."), QString() }));
+        QStringList({ Long(to), format.FormatDate(to, u"dd.mm. hh:nn:ss"), format.FormatDate(to, u"dd.mm. hh:nn"),
+            format.FormatDate(to, u"dd.mm."), QString() }));
 }
 
 TEST_F(NavBarTest, DoubleClickTellsWhichLabel)

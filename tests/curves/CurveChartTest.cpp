@@ -28,8 +28,7 @@ protected:
         curve->AddMatrix(Channel(1, unit + QString::number(++m_channels), "Curve " + unit, unit, values));
         curve->SetYAxis(axis);
         curve->SetFixedAxis(fixed);
-        InitGrid(static_cast<int>(values.size()));
-        EXPECT_EQ(curve->UpdateData(Start(), Start() + 1, grid), 0);
+        EXPECT_EQ(Compute(*curve, static_cast<int>(values.size())), 0);
         return curve;
     }
 
@@ -93,6 +92,9 @@ TEST_F(CurveChartTest, AxisTitlesCollectUnits)
     EXPECT_EQ(other.SeriesAxis(0), 1);
     EXPECT_EQ(other.AxisTitle(ChartAxis::Y1), "");
     EXPECT_EQ(other.AxisTitle(ChartAxis::Y2), "kW");
+    only->SetYAxis(2);
+    only->SetYAxis(-1);
+    EXPECT_EQ(only->YAxis(), 1) << "only the axes 0 and 1 are taken";
 }
 
 TEST_F(CurveChartTest, ConstantLinesFollowUsedAndVisibleStatistics)
@@ -127,46 +129,36 @@ TEST_F(CurveChartTest, ConstantLinesFollowUsedAndVisibleStatistics)
     EXPECT_EQ(chart.ConstantLineCount(), 2) << "slots are kept for reuse";
 }
 
-TEST_F(CurveChartTest, SeriesPropertiesMapToTheChart)
+TEST_F(CurveChartTest, SeriesAndGraphPropertiesMapToTheChart)
 {
     chart.OpenData(1, 3);
     chart.SetGallery(ChartGallery::Step);
-    SeriesProperties properties;
-    properties.Apply(&chart, 0);
+    SeriesProperties series;
+    series.Apply(&chart, 0);
     EXPECT_EQ(chart.SeriesGallery(0), ChartGallery::Step) << "gallery 0 follows the chart";
     EXPECT_EQ(chart.SeriesColor(0), QColor(Qt::red));
-
-    properties.Gallery = ChartGallery::Lines;
-    properties.LineStyle = -1;
-    properties.Marker = true;
-    properties.LineWidth = 2;
-    properties.Apply(&chart, 0);
+    series = { .LineWidth = 2, .LineStyle = -1, .Marker = true, .Gallery = ChartGallery::Lines };
+    series.Apply(&chart, 0);
     EXPECT_EQ(chart.SeriesGallery(0), ChartGallery::Marker);
     EXPECT_EQ(chart.SeriesLineStyle(0), ChartLineStyle::Solid);
     EXPECT_EQ(chart.SeriesMarkerShape(0), 8);
     EXPECT_EQ(chart.SeriesMarkerSize(0), 4);
     EXPECT_EQ(chart.SeriesLineWidth(0), 2);
-
-    properties.Gallery = ChartGallery::Bar;
-    properties.Apply(&chart, 0);
+    series.Gallery = ChartGallery::Bar;
+    series.Apply(&chart, 0);
     EXPECT_EQ(chart.SeriesGallery(0), ChartGallery::Bar) << "only a line series loses its line";
-    properties.Apply(&chart, 5);
-    properties.Apply(nullptr, 0);
-}
+    series.Apply(&chart, 5);
+    series.Apply(nullptr, 0);
 
-TEST_F(CurveChartTest, GraphPropertiesTitleAndGrids)
-{
-    GraphProperties properties;
-    properties.Title = "%NAME% / %CUSTOMERNAME%: %START_DATE% %START_TIME% - %END_DATE% (%NAME%)";
-    properties.ShowYGrid2 = true;
-    properties.Legend = true;
-    TitleValues values;
-    values.name = "Main meter";
-    values.customerName = "Works";
-    values.startDate = Calendar::FromParts(2009, 2, 3, 14, 15);
-    values.endDate = Calendar::FromParts(2009, 2, 4);
+    const GraphProperties graph { .Legend = true,
+        .ShowYGrid2 = true,
+        .Title = "%NAME% / %CUSTOMERNAME%: %START_DATE% %START_TIME% - %END_DATE% (%NAME%)" };
     chart.SetTitleFlags(2, 0x1);
-    properties.Apply(&chart, values);
+    graph.Apply(&chart,
+        { .customerName = "Works",
+            .name = "Main meter",
+            .startDate = Calendar::FromParts(2009, 2, 3, 14, 15),
+            .endDate = Calendar::FromParts(2009, 2, 4) });
     const QString title = chart.Title(2);
     EXPECT_TRUE(title.startsWith("Main meter / Works: ")) << title.toStdString();
     EXPECT_TRUE(title.endsWith(" (Main meter)"));
@@ -176,10 +168,6 @@ TEST_F(CurveChartTest, GraphPropertiesTitleAndGrids)
     EXPECT_TRUE(chart.AxisGrid(ChartAxis::Y2));
     EXPECT_EQ(chart.AxisGridColor(ChartAxis::Y2), QColor(128, 128, 128));
     EXPECT_EQ(chart.AxisGridStyle(ChartAxis::X), ChartLineStyle::Dot);
-
-    const auto copy = properties.Clone();
-    EXPECT_EQ(copy->Title, properties.Title);
-    EXPECT_TRUE(copy->ShowYGrid2);
 }
 
 class RecordingGrid : public CurveGrid
@@ -233,12 +221,8 @@ TEST_F(CurveChartTest, PictureShowsCurvesLinesAndCursors)
     chart.SetAxisRange(ChartAxis::X, 1, 96);
     chart.SetAxisRange(ChartAxis::Y1, 0, 110);
     chart.SetAxisRange(ChartAxis::Y2, 0.7, 1.0);
-    GraphProperties graph;
-    graph.Title = "%NAME%";
-    graph.Legend = true;
-    TitleValues title;
-    title.name = "Works, 3 February 2009";
-    graph.Apply(&chart, title);
+    GraphProperties { .Legend = true, .Title = "%NAME%" }.Apply(
+        &chart, { .customerName = {}, .name = "Works, 3 February 2009" });
     for (Curve* curve : { first.get(), second.get(), third.get() })
         curve->UpdateChart(&chart, false);
     chart.Replot();
@@ -254,12 +238,10 @@ TEST_F(CurveChartTest, PictureShowsCurvesLinesAndCursors)
         int count = 0;
         for (int y = 0; y < picture.height(); ++y)
             for (int x = 0; x < picture.width(); ++x) {
-                const QRgb pixel = picture.pixel(x, y);
-                count += std::abs(qRed(pixel) - qRed(wanted)) + std::abs(qGreen(pixel) - qGreen(wanted))
-                            + std::abs(qBlue(pixel) - qBlue(wanted))
-                        < 90
-                    ? 1
-                    : 0;
+                const QRgb p = picture.pixel(x, y);
+                count += std::abs(qRed(p) - qRed(wanted)) + std::abs(qGreen(p) - qGreen(wanted))
+                        + std::abs(qBlue(p) - qBlue(wanted))
+                    < 90;
             }
         return count;
     };

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Fixture of the curve tests: private settings and log, a script engine, the C locale, and
-// channels of 15-minute samples as a data module delivers them.
+// channels of 15-minute samples from 2009-02-03 00:00 as a data module delivers them.
 #pragma once
 
 #include "Calendar.h"
+#include "Curve.h"
 #include "DataMatrix.h"
 #include "LogCapture.h"
 #include "MatrixScriptEngine.h"
@@ -30,10 +31,7 @@ protected:
     }
     void TearDown() override { g_cScriptEngine = nullptr; }
 
-    // 2009-02-03 00:00, the first sample of every channel.
     static double Start() { return Calendar::FromParts(2009, 2, 3); }
-
-    // A raw channel: one sample per quarter hour from Start().
     static DataMatrixPtr Channel(qint32 address, const QString& id, const QString& name, const QString& unit,
         const std::vector<double>& values, qint32 type = 3)
     {
@@ -52,8 +50,12 @@ protected:
         return matrix;
     }
 
-    // A quarter-hour grid of that many rows from Start().
-    void InitGrid(int rows) { grid.Init(Start(), Start() + rows * Quarter, QStringLiteral("n"), 15, true); }
+    // Puts the curve on a quarter-hour grid of that many rows.
+    qint32 Compute(Curve& curve, int rows)
+    {
+        grid.Init(Start(), Start() + rows * Quarter, QStringLiteral("n"), 15, true);
+        return curve.UpdateData(Start(), Start() + 1, grid);
+    }
 
     TempSettings roots;
     LogCapture log { roots };

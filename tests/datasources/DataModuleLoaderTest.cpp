@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "AppPaths.h"
 #include "DataModuleLoader.h"
+#include "AppPaths.h"
 #include "LogCapture.h"
 #include "QtPrinters.h"
 #include "TestModuleScript.h"
@@ -13,9 +13,11 @@
 
 namespace {
 
+namespace S = TestModuleScript;
+using Failure = DataModuleLoader::Failure;
+
 const QString ModuleDir = QStringLiteral(SORANO_TEST_MODULE_DIR);
 const QString SecondDir = QStringLiteral(SORANO_TEST_SECOND_DIR);
-const QString ModuleFile = QStringLiteral(SORANO_TEST_MODULE_FILE);
 
 class DataModuleLoaderTest : public ::testing::Test
 {
@@ -30,80 +32,68 @@ TEST_F(DataModuleLoaderTest, FoldersAreTheVariableThenBesideTheProgramThenTheLib
     qputenv("SORANO_MODULE_PATH", ("/opt/a" + separator + separator + "/opt/b/" + separator).toUtf8());
     const QStringList folders = DataModuleLoader::DefaultFolders();
     qputenv("SORANO_MODULE_PATH", saved);
-
     const QString program = AppPaths::ProgramFolder();
-    EXPECT_EQ(folders, (QStringList{"/opt/a", "/opt/b", program + "/modules",
-                                    QDir::cleanPath(program + "/../lib/sorano/modules")}));
+    EXPECT_EQ(folders,
+        QStringList({ "/opt/a", "/opt/b", program + "/modules", QDir::cleanPath(program + "/../lib/sorano/modules") }));
 }
 
-TEST_F(DataModuleLoaderTest, CreatesModulesByProgIdWithoutRegardToCase)
+TEST_F(DataModuleLoaderTest, CreatesModulesByProgIdWithoutRegardToCaseOrSaysWhyNot)
 {
-    DataModuleLoader loader({ModuleDir});
-    EXPECT_EQ(loader.ProgIDs(),
-              (QStringList{"Sorano.TestModule", "Sorano.TestModule.Nothing", "Sorano.TestModule.Plain"}));
-
-    TestModuleScript::SetScript("LoaderCase", {});
-    DataModuleLoader::Result created = loader.Create("sorano.TESTMODULE", {"LoaderCase", "4"});
+    DataModuleLoader loader({ ModuleDir });
+    EXPECT_EQ(
+        loader.ProgIDs(), QStringList({ "Sorano.TestModule", "Sorano.TestModule.Nothing", "Sorano.TestModule.Plain" }));
+    S::SetScript("LoaderCase", {});
+    const DataModuleLoader::Result created = loader.Create("sorano.TESTMODULE", { "LoaderCase", "4" });
     ASSERT_TRUE(created);
-    EXPECT_EQ(created.failure, DataModuleLoader::Failure::None);
+    EXPECT_EQ(created.failure, Failure::None);
     EXPECT_EQ(qobject_cast<DataModuleInterface*>(created.object.get()), created.module);
     qint32 status = 0;
     EXPECT_EQ(created.module->SelfCheck(status), 1);
-    EXPECT_EQ(TestModuleScript::Calls("LoaderCase", "Create"), 1);
-}
+    EXPECT_EQ(S::Calls("LoaderCase", "Create"), 1);
 
-TEST_F(DataModuleLoaderTest, EachKindOfFailureIsReportedWithItsReason)
-{
     const struct
     {
         const char* progId;
         QVariantMap script;
-        DataModuleLoader::Failure failure;
+        Failure failure;
         const char* reason;
     } cases[] = {
-        {"No.Such.Module", {}, DataModuleLoader::Failure::UnknownProgId, "No module plug-in provides No.Such.Module"},
-        {"Sorano.TestModule.Plain", {}, DataModuleLoader::Failure::NoInterface,
-         "Object Sorano.TestModule.Plain is no data module"},
-        {"Sorano.TestModule.Nothing", {}, DataModuleLoader::Failure::NoObject, "created no object for"},
-        {"Sorano.TestModule", {{TestModuleScript::Throws, QStringList{"Create"}}},
-         DataModuleLoader::Failure::FactoryRaised, "Creating Sorano.TestModule failed: Create failed"},
+        { "No.Such.Module", {}, Failure::UnknownProgId, "No module plug-in provides No.Such.Module" },
+        { "Sorano.TestModule.Plain", {}, Failure::NoInterface, "Object Sorano.TestModule.Plain is no data module" },
+        { "Sorano.TestModule.Nothing", {}, Failure::NoObject, "created no object for" },
+        { "Sorano.TestModule", { { S::Throws, QStringList { "Create" } } }, Failure::FactoryRaised,
+            "Creating Sorano.TestModule failed: Create failed" },
     };
-    DataModuleLoader loader({ModuleDir});
     for (const auto& c : cases) {
-        TestModuleScript::SetScript("LoaderFailure", c.script);
-        const DataModuleLoader::Result created = loader.Create(c.progId, {"LoaderFailure", "5"});
-        EXPECT_FALSE(created) << c.progId;
-        EXPECT_EQ(created.object, nullptr) << c.progId;
-        EXPECT_EQ(created.failure, c.failure) << c.progId;
-        EXPECT_TRUE(created.reason.contains(c.reason)) << created.reason.toStdString();
+        S::SetScript("LoaderFailure", c.script);
+        const DataModuleLoader::Result failed = loader.Create(c.progId, { "LoaderFailure", "5" });
+        EXPECT_FALSE(failed) << c.progId;
+        EXPECT_EQ(failed.object, nullptr) << c.progId;
+        EXPECT_EQ(failed.failure, c.failure) << c.progId;
+        EXPECT_TRUE(failed.reason.contains(c.reason)) << failed.reason.toStdString();
     }
 }
 
 TEST_F(DataModuleLoaderTest, EarlierFolderWinsAndFilesThatAreNoPluginsAreLogged)
 {
-    const QString first = QFileInfo(ModuleFile).absoluteFilePath();
-    const QString second = QFileInfo(SecondDir + "/" + QFileInfo(ModuleFile).fileName()).absoluteFilePath();
+    const QString first = QFileInfo(QStringLiteral(SORANO_TEST_MODULE_FILE)).absoluteFilePath();
+    const QString second = QFileInfo(SecondDir + "/" + QFileInfo(first).fileName()).absoluteFilePath();
     const QString junk = QFileInfo(SecondDir + "/libjunk.so").absoluteFilePath();
     ASSERT_TRUE(QFileInfo::exists(first) && QFileInfo::exists(second) && QFileInfo::exists(junk));
 
-    for (const bool secondFirst : {false, true}) {
+    for (const bool secondFirst : { false, true }) {
         LogCapture log(roots, 2);
-        DataModuleLoader loader(secondFirst ? QStringList{SecondDir, ModuleDir} : QStringList{ModuleDir, SecondDir});
+        DataModuleLoader loader(
+            secondFirst ? QStringList { SecondDir, ModuleDir } : QStringList { ModuleDir, SecondDir });
         const QString winner = secondFirst ? second : first;
         const QString loser = secondFirst ? first : second;
         EXPECT_EQ(loader.PluginFile("Sorano.TestModule"), winner);
         EXPECT_EQ(log.Count("DataModuleLoader.Scan", "skipped module file",
-                            "ProgID Sorano.TestModule of file " + loser + " is already provided by " + winner + "."),
-                  1)
+                      "ProgID Sorano.TestModule of file " + loser + " is already provided by " + winner + "."),
+            1)
             << log.Dump();
-        const QStringList lines = log.Lines();
-        EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
-                                [&](const QString& line) {
-                                    return line.contains("error reading module file - File " + junk
-                                                         + " can't be read as a plug-in: ");
-                                }),
-                  1)
-            << log.Dump();
+        const QString unreadable = "error reading module file - File " + junk + " can't be read as a plug-in: ";
+        EXPECT_EQ(log.From("DataModuleLoader.Scan").filter(unreadable).size(), 1) << log.Dump();
     }
 }
 
@@ -112,13 +102,13 @@ TEST_F(DataModuleLoaderTest, OnlyFilesDirectlyInTheFoldersAreSeenAndEachFolderOn
     QTemporaryDir empty;
     LogCapture log(roots, 1);
     // The parent holds the module folders but no plug-in itself; missing folders are passed over.
-    DataModuleLoader parentOnly({QFileInfo(ModuleDir).absolutePath(), empty.path(), empty.path() + "/missing"});
+    DataModuleLoader parentOnly({ QFileInfo(ModuleDir).absolutePath(), empty.path(), empty.path() + "/missing" });
     EXPECT_TRUE(parentOnly.ProgIDs().isEmpty());
-    EXPECT_FALSE(parentOnly.Create("Sorano.TestModule", {"Parent", "1"}));
+    EXPECT_FALSE(parentOnly.Create("Sorano.TestModule", { "Parent", "1" }));
 
-    DataModuleLoader twice({ModuleDir, ModuleDir + "/", ModuleDir + "/../modules"});
+    DataModuleLoader twice({ ModuleDir, ModuleDir + "/", ModuleDir + "/../modules" });
     EXPECT_EQ(twice.ProgIDs().size(), 3);
-    EXPECT_FALSE(log.Dump().find("already provided") != std::string::npos) << log.Dump();
+    EXPECT_EQ(log.Dump().find("already provided"), std::string::npos) << log.Dump();
 }
 
 } // namespace

@@ -17,8 +17,7 @@ MatrixBlockPtr Timed(std::initializer_list<double> values)
     qsizetype row = 0;
     for (double value : values) {
         block->SetItem(row, 0, 45000.0 + row / 96.0);
-        block->SetItem(row, 1, value);
-        ++row;
+        block->SetItem(row++, 1, value);
     }
     return block;
 }
@@ -39,31 +38,23 @@ std::vector<double> ValueColumn(const MatrixBlock& block, qsizetype column = 1)
 class ScriptEngine : public ::testing::Test
 {
 protected:
-    void Set(const char* name, const MatrixBlockPtr& block) { engine.Variables().Add(block, QString::fromLatin1(name)); }
+    void Set(const char* name, const MatrixBlockPtr& block) { engine.Variables().Add(block, QLatin1String(name)); }
+    MatrixBlockPtr Result() { return engine.Variables().Find(QStringLiteral("RESULT")); }
+    std::string Error() const { return engine.LastError().Description().toStdString(); }
 
-    // Runs the script and returns the status; the result is in RESULT.
     qint32 Run(const QString& script)
     {
         engine.SetScript(script);
         return engine.Execute();
     }
 
-    MatrixBlockPtr Result() const { return const_cast<MatrixScriptEngine&>(engine).Variables().Find(QStringLiteral("RESULT")); }
-
     double RunScalar(const QString& script)
     {
         const qint32 status = Run(script);
-        EXPECT_EQ(status, 0) << script.toStdString() << ": " << engine.LastError().Description().toStdString();
+        EXPECT_EQ(status, 0) << script.toStdString() << ": " << Error();
         if (status != 0 || !Result() || Result()->Rows() != 1 || Result()->Columns() != 1)
             return std::nan("");
         return Result()->Item(0, 0);
-    }
-
-    // Runs a script that must fail and returns its error text.
-    std::string Failure(const QString& script, qint32 status)
-    {
-        EXPECT_EQ(Run(script), status) << script.toStdString();
-        return engine.LastError().Description().toStdString();
     }
 
     MatrixScriptEngine engine;
@@ -79,11 +70,8 @@ TEST_F(ScriptEngine, CurveSumAddsTheValueColumnsKeepsOneTimeColumnAndPropagatesN
     // The caller pre-creates RESULT: the engine must overwrite that very block.
     auto result = MatrixBlock::Create(7, 3, QStringLiteral("RESULT"));
     Set("RESULT", result);
-
-    ASSERT_EQ(Run(QStringLiteral("RESULT = CHANNEL_0 + CHANNEL_1 + CHANNEL_2")), 0)
-        << engine.LastError().Description().toStdString();
+    ASSERT_EQ(Run(QStringLiteral("RESULT = CHANNEL_0 + CHANNEL_1 + CHANNEL_2")), 0) << Error();
     EXPECT_EQ(Result(), result);
-    ASSERT_EQ(result->Rows(), 4);
     ASSERT_EQ(result->Columns(), 2);
     EXPECT_EQ(ValueColumn(*result, 0), ValueColumn(*engine.Variables().Find(QStringLiteral("CHANNEL_0")), 0));
     EXPECT_EQ(ValueColumn(*result), (std::vector<double>{111, 222, NV, NV}));
@@ -100,28 +88,21 @@ TEST_F(ScriptEngine, CurveSumAddsTheValueColumnsKeepsOneTimeColumnAndPropagatesN
 TEST_F(ScriptEngine, StatisticScriptsSkipMissingSamples)
 {
     Set("DATA", Timed({3, NV, 7, -2, 7, NV, 5}));
-    struct Case { const char* script; double expected; };
     const double mean = (3 + 7 - 2 + 7 + 5) / 5.0;
-    const double spread = (std::pow(3 - mean, 2) + std::pow(7 - mean, 2) + std::pow(-2 - mean, 2)
-                           + std::pow(7 - mean, 2) + std::pow(5 - mean, 2)) / 5.0;
-    for (const Case& c : {
-             Case{"RESULT = max(cols(DATA, 1, 1))", 7},
-             Case{"RESULT = max_at(cols(DATA, 1, 1))", 2}, // the first of equal maxima
-             Case{"RESULT = min(cols(DATA, 1, 1))", -2},
-             Case{"RESULT = min_at(cols(DATA, 1, 1))", 3},
-             Case{"RESULT = mean(cols(DATA, 1, 1))", mean},
-             Case{"RESULT = sum(cols(DATA, 1, 1))", 20},
-             Case{"RESULT = count(cols(DATA, 1, 1))", 5},
-             Case{"RESULT = sum((cols(DATA, 1, 1) - mean(cols(DATA, 1, 1)))^2) / count(cols(DATA, 1, 1))", spread},
-             // Aggregates of a whole grid block look at the values, not at the times.
-             Case{"RESULT = max(DATA)", 7},
-             Case{"RESULT = count(DATA)", 5},
-             Case{"RESULT = max(cols(DATA, 0, 0))", 45000 + 6 / 96.0},
-         })
-        EXPECT_DOUBLE_EQ(RunScalar(QString::fromLatin1(c.script)), c.expected) << c.script;
+    const double spread = (std::pow(3 - mean, 2) + 2 * std::pow(7 - mean, 2) + std::pow(-2 - mean, 2)
+                           + std::pow(5 - mean, 2)) / 5.0;
+    const struct { const char* script; double expected; } cases[] = {
+        {"max(cols(DATA, 1, 1))", 7}, {"max_at(cols(DATA, 1, 1))", 2}, // the first of equal maxima
+        {"min(cols(DATA, 1, 1))", -2}, {"min_at(cols(DATA, 1, 1))", 3}, {"mean(cols(DATA, 1, 1))", mean},
+        {"sum(cols(DATA, 1, 1))", 20}, {"count(cols(DATA, 1, 1))", 5},
+        {"sum((cols(DATA, 1, 1) - mean(cols(DATA, 1, 1)))^2) / count(cols(DATA, 1, 1))", spread},
+        // Aggregates of a whole grid block look at the values, not at the times.
+        {"max(DATA)", 7}, {"count(DATA)", 5}, {"max(cols(DATA, 0, 0))", 45000 + 6 / 96.0}};
+    for (const auto& c : cases)
+        EXPECT_DOUBLE_EQ(RunScalar(QStringLiteral("RESULT = ") + QLatin1String(c.script)), c.expected) << c.script;
 }
 
-TEST_F(ScriptEngine, AggregatesOfABlockWithoutValues)
+TEST_F(ScriptEngine, AggregatesOfABlockWithoutValuesAndABlocksOwnNoValue)
 {
     for (const auto& block : {Timed({NV, NV, NV}), Timed({})}) {
         Set("DATA", block);
@@ -133,12 +114,8 @@ TEST_F(ScriptEngine, AggregatesOfABlockWithoutValues)
     }
     // The variance of nothing is missing too, not a division by zero.
     EXPECT_EQ(RunScalar(QStringLiteral(
-                  "RESULT = sum((cols(DATA, 1, 1) - mean(cols(DATA, 1, 1)))^2) / count(cols(DATA, 1, 1))")),
-              NV);
-}
+                  "RESULT = sum((cols(DATA, 1, 1) - mean(cols(DATA, 1, 1)))^2) / count(cols(DATA, 1, 1))")), NV);
 
-TEST_F(ScriptEngine, ABlocksOwnNoValueCountsAsMissing)
-{
     auto block = Timed({4, -999, 6});
     block->SetNoValue(-999);
     Set("DATA", block);
@@ -153,17 +130,16 @@ TEST_F(ScriptEngine, ScalarArithmeticFollowsTheUsualPrecedence)
     Set("A", Scalar(6));
     Set("B", Scalar(4));
     Set("MISSING", Scalar(NV));
-    struct Case { const char* script; double expected; };
-    for (const Case& c : {
-             Case{"RESULT = 1 + 2 * 3", 7},      Case{"RESULT = (1 + 2) * 3", 9},   Case{"RESULT = 7 - 2 - 1", 4},
-             Case{"RESULT = 8 / 2 / 2", 2},      Case{"RESULT = 2 ^ 3 ^ 2", 512},   Case{"RESULT = -2 ^ 2", -4},
-             Case{"RESULT = 2 ^ -1", 0.5},       Case{"RESULT = --3", 3},           Case{"RESULT = +3 - -3", 6},
-             Case{"RESULT = 1.5e1 + .5", 15.5},  Case{"RESULT = 2E-1 * 10", 2},     Case{"RESULT = A / B", 1.5},
-             Case{"RESULT = A - B ^ 2", -10},    Case{"RESULT=A*B", 24},            Case{"RESULT = max(A) + count(B)", 7},
-             Case{"RESULT = MISSING + 1", NV},   Case{"RESULT = -MISSING", NV},     Case{"RESULT = sum(MISSING)", 0},
-             Case{"RESULT = 1 / 0", NV},         Case{"RESULT = (0 - 8) ^ 0.5", NV}, Case{"RESULT = 1e200 * 1e200", NV},
-             Case{"RESULT = cols(A, 0, 0) * 2", 12},
-         })
+    const struct { const char* script; double expected; } cases[] = {
+        {"RESULT = 1 + 2 * 3", 7},      {"RESULT = (1 + 2) * 3", 9},    {"RESULT = 7 - 2 - 1", 4},
+        {"RESULT = 8 / 2 / 2", 2},      {"RESULT = 2 ^ 3 ^ 2", 512},    {"RESULT = -2 ^ 2", -4},
+        {"RESULT = 2 ^ -1", 0.5},       {"RESULT = --3", 3},            {"RESULT = +3 - -3", 6},
+        {"RESULT = 1.5e1 + .5", 15.5},  {"RESULT = 2E-1 * 10", 2},      {"RESULT = A / B", 1.5},
+        {"RESULT = A - B ^ 2", -10},    {"RESULT=A*B", 24},             {"RESULT = max(A) + count(B)", 7},
+        {"RESULT = MISSING + 1", NV},   {"RESULT = -MISSING", NV},      {"RESULT = sum(MISSING)", 0},
+        {"RESULT = 1 / 0", NV},         {"RESULT = (0 - 8) ^ 0.5", NV}, {"RESULT = 1e200 * 1e200", NV},
+        {"RESULT = cols(A, 0, 0) * 2", 12}};
+    for (const auto& c : cases)
         EXPECT_EQ(RunScalar(QString::fromLatin1(c.script)), c.expected) << c.script;
 }
 
@@ -172,30 +148,19 @@ TEST_F(ScriptEngine, ElementWiseOperatorsWorkOnEveryValueCellAndKeepTheTime)
     Set("DATA", Timed({1, NV, 3, 0}));
     Set("OTHER", Timed({2, 2, NV, 4}));
     Set("M", Scalar(2));
-    struct Case { const char* script; std::vector<double> values; };
-    for (const Case& c : {
-             Case{"RESULT = DATA - M", {-1, NV, 1, -2}},
-             Case{"RESULT = DATA ^ 2", {1, NV, 9, 0}},
-             Case{"RESULT = DATA * 10 + 1", {11, NV, 31, 1}},
-             Case{"RESULT = 6 / DATA", {6, NV, 2, NV}},
-             Case{"RESULT = 1 - DATA", {0, NV, -2, 1}},
-             Case{"RESULT = -DATA", {-1, NV, -3, 0}},
-             Case{"RESULT = DATA - OTHER", {-1, NV, NV, -4}},
-             Case{"RESULT = DATA / OTHER", {0.5, NV, NV, 0}},
-             Case{"RESULT = OTHER ^ DATA", {2, NV, NV, 1}},
-             Case{"RESULT = DATA * OTHER", {2, NV, NV, 0}},
-             Case{"RESULT = DATA + NV", {NV, NV, NV, NV}},
-         }) {
-        if (std::string(c.script).find("NV") != std::string::npos)
-            Set("NV", Scalar(NV));
-        ASSERT_EQ(Run(QString::fromLatin1(c.script)), 0) << c.script << ": "
-                                                          << engine.LastError().Description().toStdString();
+    Set("NV", Scalar(NV));
+    const struct { const char* script; std::vector<double> values; } cases[] = {
+        {"DATA - M", {-1, NV, 1, -2}},      {"DATA ^ 2", {1, NV, 9, 0}},        {"DATA * 10 + 1", {11, NV, 31, 1}},
+        {"6 / DATA", {6, NV, 2, NV}},       {"1 - DATA", {0, NV, -2, 1}},       {"-DATA", {-1, NV, -3, 0}},
+        {"DATA - OTHER", {-1, NV, NV, -4}}, {"DATA / OTHER", {0.5, NV, NV, 0}}, {"OTHER ^ DATA", {2, NV, NV, 1}},
+        {"DATA * OTHER", {2, NV, NV, 0}},   {"DATA + NV", {NV, NV, NV, NV}}};
+    for (const auto& c : cases) {
+        ASSERT_EQ(Run(QStringLiteral("RESULT = ") + QLatin1String(c.script)), 0) << c.script << ": " << Error();
         ASSERT_EQ(Result()->Columns(), 2) << c.script;
         EXPECT_EQ(ValueColumn(*Result()), c.values) << c.script;
         EXPECT_EQ(ValueColumn(*Result(), 0), ValueColumn(*engine.Variables().Find(QStringLiteral("DATA")), 0))
             << c.script;
     }
-
     // Without a time column, every column is a value column.
     ASSERT_EQ(Run(QStringLiteral("RESULT = cols(DATA, 1, 1) * 2")), 0);
     ASSERT_EQ(Result()->Columns(), 1);
@@ -206,22 +171,20 @@ TEST_F(ScriptEngine, LongBlocksAreEvaluatedAcrossChunkBoundaries)
 {
     // More rows than one evaluation chunk, with the extremes near the end.
     auto big = MatrixBlock::Create(2000, 2);
+    double sum = 0;
+    qsizetype count = 0;
     for (qsizetype r = 0; r < big->Rows(); ++r) {
+        const double value = r == 1999 ? 500 : r == 1777 ? -5 : r % 7 == 0 ? NV : static_cast<double>(r % 100);
         big->SetItem(r, 0, r);
-        big->SetItem(r, 1, r % 7 == 0 ? NV : static_cast<double>(r % 100));
+        big->SetItem(r, 1, value);
+        if (value != NV) {
+            sum += value;
+            ++count;
+        }
     }
-    big->SetItem(1999, 1, 500);
-    big->SetItem(1777, 1, -5);
     Set("DATA", big);
     EXPECT_EQ(RunScalar(QStringLiteral("RESULT = max_at(cols(DATA, 1, 1))")), 1999);
     EXPECT_EQ(RunScalar(QStringLiteral("RESULT = min_at(cols(DATA, 1, 1))")), 1777);
-    double sum = 0;
-    qsizetype count = 0;
-    for (qsizetype r = 0; r < big->Rows(); ++r)
-        if (big->Item(r, 1) != NV) {
-            sum += big->Item(r, 1);
-            ++count;
-        }
     EXPECT_EQ(RunScalar(QStringLiteral("RESULT = count(cols(DATA, 1, 1))")), count);
     EXPECT_DOUBLE_EQ(RunScalar(QStringLiteral("RESULT = sum(DATA)")), sum);
     ASSERT_EQ(Run(QStringLiteral("RESULT = DATA + DATA")), 0);
@@ -240,63 +203,51 @@ TEST_F(ScriptEngine, AScriptMayReadItsOwnTarget)
     EXPECT_EQ(ValueColumn(*result), (std::vector<double>{121, 242}));
 }
 
-TEST_F(ScriptEngine, ShapeErrorsNameTheShapesAndThePosition)
+TEST_F(ScriptEngine, FailuresGiveTheirStatusAndATextWithThePositionAndLeaveTheTarget)
 {
     Set("A", Timed({1, 2, 3}));
     Set("B", Timed({1, 2, 3, 4}));
     Set("RESULT", Timed({9}));
-    EXPECT_EQ(Failure(QStringLiteral("RESULT = A + B"), 3),
-              "the shapes 3x2 and 4x2 do not fit together for \"+\" at position 12");
-    EXPECT_EQ(Failure(QStringLiteral("RESULT = A - cols(A, 1, 1)"), 3),
-              "the shapes 3x2 and 3x1 do not fit together for \"-\" at position 12");
-    EXPECT_EQ(Failure(QStringLiteral("RESULT = cols(A, 1, 2)"), 3),
-              "cols: a column must be a whole number from 0 to 1 at position 21");
-    EXPECT_EQ(Failure(QStringLiteral("RESULT = cols(A, 0.5, 1)"), 3),
-              "cols: a column must be a whole number from 0 to 1 at position 18");
-    EXPECT_EQ(Failure(QStringLiteral("RESULT = cols(A, 1, 0)"), 3),
-              "cols: the first column 1 lies behind the last column 0 at position 10");
-    EXPECT_EQ(Failure(QStringLiteral("RESULT = cols(A, B, 1)"), 3),
-              "cols: a column must be a whole number from 0 to 1 at position 18");
-    // A failed script leaves its target as it was.
+    const struct { const char* script; qint32 status; const char* error; } cases[] = {
+        {"RESULT = A + B", 3, "the shapes 3x2 and 4x2 do not fit together for \"+\" at position 12"},
+        {"RESULT = A - cols(A, 1, 1)", 3, "the shapes 3x2 and 3x1 do not fit together for \"-\" at position 12"},
+        {"RESULT = cols(A, 1, 2)", 3, "cols: a column must be a whole number from 0 to 1 at position 21"},
+        {"RESULT = cols(A, 0.5, 1)", 3, "cols: a column must be a whole number from 0 to 1 at position 18"},
+        {"RESULT = cols(A, 1, 0)", 3, "cols: the first column 1 lies behind the last column 0 at position 10"},
+        {"RESULT = cols(A, B, 1)", 3, "cols: a column must be a whole number from 0 to 1 at position 18"},
+        {"RESULT = A + CHANNEL_9", 2, "unknown variable \"CHANNEL_9\" at position 14"},
+        {"RESULT = median(A)", 2, "unknown function \"median\" at position 10"},
+        {"RESULT = ", 1, "expected an expression at the end of the script at position 10"},
+        {"RESULT A", 1, "expected \"=\" after \"RESULT\" at position 8"},
+        {"= A", 1, "expected the name of the result variable at position 1"},
+        {"", 1, "expected the name of the result variable at position 1"},
+        {"RESULT = (A + 1", 1, "expected \")\" at the end of the script at position 16"},
+        {"RESULT = max(A]", 1, "expected \")\", found \"]\" at position 15"},
+        {"RESULT = A +* 2", 1, "expected an expression, found \"*\" at position 13"},
+        {"RESULT = A 2", 1, "unexpected \"2\" at position 12"},
+        {"RESULT = max(A, 1)", 1, "max takes 1 argument(s), not 2 at position 10"},
+        {"RESULT = cols(A)", 1, "cols takes 3 argument(s), not 1 at position 10"},
+        {"RESULT = 1e999", 1, "invalid number \"1e999\" at position 10"},
+        {"RESULT = A = 1", 1, "unexpected \"=\" at position 12"}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(Run(QString::fromLatin1(c.script)), c.status) << c.script;
+        EXPECT_EQ(Error(), c.error) << c.script;
+    }
     EXPECT_EQ(ValueColumn(*Result()), (std::vector<double>{9}));
-}
-
-TEST_F(ScriptEngine, UnknownNamesAndSyntaxErrorsFailWithAPosition)
-{
-    Set("A", Timed({1}));
-    struct Case { const char* script; qint32 status; const char* error; };
-    for (const Case& c : {
-             Case{"RESULT = A + CHANNEL_9", 2, "unknown variable \"CHANNEL_9\" at position 14"},
-             Case{"RESULT = median(A)", 2, "unknown function \"median\" at position 10"},
-             Case{"RESULT = ", 1, "expected an expression at the end of the script at position 10"},
-             Case{"RESULT A", 1, "expected \"=\" after \"RESULT\" at position 8"},
-             Case{"= A", 1, "expected the name of the result variable at position 1"},
-             Case{"", 1, "expected the name of the result variable at position 1"},
-             Case{"RESULT = (A + 1", 1, "expected \")\" at the end of the script at position 16"},
-             Case{"RESULT = max(A]", 1, "expected \")\", found \"]\" at position 15"},
-             Case{"RESULT = A +* 2", 1, "expected an expression, found \"*\" at position 13"},
-             Case{"RESULT = A 2", 1, "unexpected \"2\" at position 12"},
-             Case{"RESULT = max(A, 1)", 1, "max takes 1 argument(s), not 2 at position 10"},
-             Case{"RESULT = cols(A)", 1, "cols takes 3 argument(s), not 1 at position 10"},
-             Case{"RESULT = 1e999", 1, "invalid number \"1e999\" at position 10"},
-             Case{"RESULT = A = 1", 1, "unexpected \"=\" at position 12"},
-         })
-        EXPECT_EQ(Failure(QString::fromLatin1(c.script), c.status), c.error) << c.script;
 }
 
 TEST_F(ScriptEngine, PathologicalScriptsFailInsteadOfCrashing)
 {
     Set("A", Scalar(1));
-    const QString deep = QStringLiteral("RESULT = ") + QString(100000, u'(') + u'A' + QString(100000, u')');
-    const std::string nested = Failure(deep, 1);
-    EXPECT_EQ(nested.rfind("expression nested too deeply at position ", 0), 0u) << nested;
+    EXPECT_EQ(Run(QStringLiteral("RESULT = ") + QString(100000, u'(') + u'A' + QString(100000, u')')), 1);
+    EXPECT_EQ(Error().rfind("expression nested too deeply at position ", 0), 0u) << Error();
     QString chain = QStringLiteral("RESULT = A");
     for (int i = 0; i < 100000; ++i)
         chain += QStringLiteral(" + A");
     EXPECT_EQ(Run(chain), 1);
-    EXPECT_NE(engine.LastError().Description().indexOf(QStringLiteral("too long")), -1);
+    EXPECT_NE(Error().find("too long"), std::string::npos) << Error();
     EXPECT_EQ(Run(QStringLiteral("RESULT = ") + QString(100000, u'-') + u'A'), 1);
-    // The engine goes on working after the failures.
+    // The engine goes on working after the failures, and a success keeps the last error.
     EXPECT_EQ(RunScalar(QStringLiteral("RESULT = A + 1")), 2);
-    EXPECT_NE(engine.LastError().Description().indexOf(QStringLiteral("nested too deeply")), -1);
+    EXPECT_NE(Error().find("nested too deeply"), std::string::npos);
 }

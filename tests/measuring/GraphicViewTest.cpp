@@ -1,29 +1,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The view window: layout of pane, splitter and view, the splitter drag, in-place editing.
-#include "Calendar.h"
-#include "ChartAdapter.h"
-#include "Curve.h"
-#include "MatrixScriptEngine.h"
-#include "QtPrinters.h"
-#include "TimeValueTransformator.h"
+// The view window: layout of pane, splitter and view, in-place editing, and the chart under the
+// mouse and keyboard: zoom rectangle, cursor clicks, cursor boxes, tips and the note box.
+#include "ChartAnnotation.h"
+#include "Formatter.h"
+#include "MeasuringFixture.h"
 #include "ctl_DynamicGrid.h"
-#include "ctl_NavBar.h"
 #include "ctl_VertNavBar.h"
-#include "frm_GraphicView.h"
+#include "frm_Transparent.h"
 
+#include <QApplication>
+#include <QLabel>
 #include <QPlainTextEdit>
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
 #include <QToolButton>
+#include <QToolTip>
 #include <QTreeWidget>
 
-#include <cmath>
-#include <memory>
-
-#include <gtest/gtest.h>
-
 namespace {
+
+using measuring_fixture::D;
 
 class GraphicViewTest : public ::testing::Test
 {
@@ -45,7 +42,6 @@ TEST_F(GraphicViewTest, PaneAndViewShareTheWidth)
     EXPECT_EQ(view.pic_Chart()->geometry(), QRect(305, 0, 700, 600));
     EXPECT_EQ(view.grid_View()->geometry(), view.pic_Chart()->geometry());
     EXPECT_FALSE(view.nav_Vertical2()->isVisible()) << "the second bar follows the second axis";
-
     view.chart_View()->SetAxisVisible(ChartAxis::Y2, true);
     view.AlignControls();
     EXPECT_TRUE(view.nav_Vertical2()->isVisible());
@@ -60,10 +56,7 @@ TEST_F(GraphicViewTest, PaneAndViewShareTheWidth)
     EXPECT_FALSE(view.pic_Splitter()->isVisible());
     view.ShowStatisticsButton()->click();
     EXPECT_EQ(shown.count(), 1);
-}
 
-TEST_F(GraphicViewTest, ViewModeSwitchesChartAndTable)
-{
     view.SetViewMode(frm_GraphicView::GridMode);
     EXPECT_TRUE(view.grid_View()->isVisible());
     EXPECT_FALSE(view.pic_Chart()->isVisible());
@@ -78,19 +71,19 @@ TEST_F(GraphicViewTest, ViewModeSwitchesChartAndTable)
 TEST_F(GraphicViewTest, SplitterDragMovesTheShareWithinBounds)
 {
     QWidget* splitter = view.pic_Splitter();
+    const auto move = [splitter](int x) {
+        QMouseEvent event(QEvent::MouseMove, QPointF(x, 100), splitter->mapToGlobal(QPointF(x, 100)), Qt::NoButton,
+            Qt::LeftButton, {});
+        QCoreApplication::sendEvent(splitter, &event);
+    };
     QTest::mousePress(splitter, Qt::LeftButton, {}, QPoint(2, 100));
     EXPECT_TRUE(view.Dragging());
     EXPECT_FALSE(view.pic_Chart()->isVisible()) << "the chart hides during the drag";
-    QMouseEvent move(QEvent::MouseMove, QPointF(102, 100), splitter->mapToGlobal(QPointF(102, 100)), Qt::NoButton,
-        Qt::LeftButton, {});
-    QCoreApplication::sendEvent(splitter, &move);
+    move(102);
     EXPECT_DOUBLE_EQ(view.LeftShare(), 400.0 / 1000.0);
     EXPECT_DOUBLE_EQ(view.LeftShare() + view.RightShare(), 1.0);
     EXPECT_EQ(view.trv_Statistics()->width(), 400);
-
-    QMouseEvent far(QEvent::MouseMove, QPointF(900, 100), splitter->mapToGlobal(QPointF(900, 100)), Qt::NoButton,
-        Qt::LeftButton, {});
-    QCoreApplication::sendEvent(splitter, &far);
+    move(900);
     EXPECT_DOUBLE_EQ(view.LeftShare(), 0.4) << "a share of 1 or more is not taken";
     QTest::mouseRelease(splitter, Qt::LeftButton, {}, QPoint(2, 100));
     EXPECT_FALSE(view.Dragging());
@@ -125,10 +118,7 @@ TEST_F(GraphicViewTest, InPlaceEditorEndsOnEnterAndEscape)
 TEST_F(GraphicViewTest, CloseAsksTheOwnerUnlessClosedByCode)
 {
     int asked = 0;
-    view.SetCloseHandler([&] {
-        ++asked;
-        return false;
-    });
+    view.SetCloseHandler([&] { return ++asked == 0; });
     EXPECT_FALSE(view.close());
     EXPECT_EQ(asked, 1);
     view.CloseFromCode();
@@ -136,67 +126,280 @@ TEST_F(GraphicViewTest, CloseAsksTheOwnerUnlessClosedByCode)
     EXPECT_EQ(asked, 1);
 }
 
-// A view as a user sees it: two curves with statistics and cursors, then the same as a table.
-TEST_F(GraphicViewTest, PictureOfChartAndTable)
+TEST(TransparentWindowTest, ShowsFrameOrTranslucentAreaWithCornerLabels)
 {
-    MatrixScriptEngine engine;
-    g_cScriptEngine = &engine;
-    const double start = Calendar::FromParts(2009, 2, 3);
-    TimeValueTransformator grid;
-    grid.Init(start, start + 1, "n", 15, true);
-    std::vector<std::unique_ptr<Curve>> curves;
-    const struct
+    frm_Transparent window;
+    window.setGeometry(100, 100, 200, 120);
+    window.ShowMe(false, true);
+    window.SetLabels("10.02.2009 05:00", "12.50", "", "");
+    EXPECT_FALSE(window.Translucent());
+    EXPECT_TRUE(window.windowFlags() & Qt::WindowStaysOnTopHint);
+    EXPECT_EQ(window.lbl_XY1()->text(), "10.02.2009 05:00\n12.50");
+    EXPECT_EQ(window.lbl_XY2()->text(), "\n");
+    EXPECT_EQ(window.lbl_XY2()->geometry().bottomRight(), QPoint(200 - 4, 120 - 4)) << "in the far corner";
+    EXPECT_TRUE(window.mask().contains(QPoint(0, 60))) << "the frame shows";
+    EXPECT_TRUE(window.mask().contains(window.lbl_XY1()->geometry().center())) << "so do the labels";
+    EXPECT_FALSE(window.mask().contains(QPoint(100, 60))) << "the inside is cut away";
+
+    window.ShowMe(true, false);
+    EXPECT_TRUE(window.Translucent());
+    EXPECT_NEAR(window.windowOpacity(), 150 / 255.0, 0.01);
+    EXPECT_TRUE(window.mask().isEmpty());
+    EXPECT_FALSE(window.windowFlags() & Qt::WindowStaysOnTopHint);
+}
+
+// A view of one day in 96 points; events go to the plotting widget, the chart's focus proxy.
+class ChartInteractionTest : public measuring_fixture::MeasuringFixture
+{
+protected:
+    Curve* OpenDay()
     {
-        const char* name;
-        const char* unit;
-        qint32 type;
-        qint16 axis;
-    } channels[] = { { "Main meter", "kW", 3, 0 }, { "Power factor", "cos phi", 3, 1 } };
-    for (const auto& c : channels) {
-        auto block = MatrixBlock::Create(96, 2);
-        for (int i = 0; i < 96; ++i) {
-            block->At(i, 0) = start + i / 96.0;
-            block->At(i, 1)
-                = c.axis == 0 ? 80 + 50 * std::sin((i - 30) / 15.3) + (i % 7) : 0.9 + 0.06 * std::cos(i / 9.0);
-        }
-        auto matrix = std::make_shared<DataMatrix>();
-        matrix->SetModuleAddress(1);
-        matrix->SetChannelID(c.name);
-        matrix->SetChannelName(c.name);
-        matrix->SetUnit(c.unit);
-        matrix->SetDataType(c.type);
-        matrix->SetDataBlock(block);
-        auto curve = std::make_unique<Curve>();
-        curve->AddMatrix(matrix);
-        curve->SetID(QString::number(curves.size() + 1));
-        curve->SetYAxis(c.axis);
-        curve->SetFixedAxis(true);
-        curve->Properties().Color = CurveColors::PaletteColor(static_cast<int>(curves.size()) * 2);
-        for (const char* id : { "1", "2", "3" })
-            curve->FindStatistic(id)->SetUsed(true);
-        ASSERT_EQ(curve->UpdateData(start, start + 1, grid), 0);
-        curves.push_back(std::move(curve));
+        Open(900);
+        Curve* curve = Add("3$L#1");
+        Day();
+        return curve;
     }
-    ChartAdapter& chart = *view.chart_View();
-    chart.SetAxisRange(ChartAxis::X, 1, 96);
-    chart.SetAxisRange(ChartAxis::Y1, 0, 150);
-    chart.SetAxisRange(ChartAxis::Y2, 0.8, 1.0);
-    for (const auto& curve : curves) {
-        curve->UpdateChart(&chart, false);
-        curve->UpdateStatistic(view.trv_Statistics());
-        curve->UpdateGrid(view.grid_View());
+    QWidget* Plot() { return Chart().focusProxy(); }
+    void Mouse(QEvent::Type type, Qt::MouseButton button, QPoint at)
+    {
+        if (type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick)
+            held = button;
+        QMouseEvent event(type, QPointF(at), QPointF(Plot()->mapToGlobal(at)),
+            type == QEvent::MouseMove ? Qt::NoButton : button,
+            type == QEvent::MouseButtonRelease ? Qt::MouseButtons() : Qt::MouseButtons(held), Qt::NoModifier);
+        QApplication::sendEvent(Plot(), &event);
+        if (type == QEvent::MouseButtonRelease)
+            held = Qt::NoButton;
     }
-    view.nav_Navigate()->SetDateFirst(start - 2);
-    view.nav_Navigate()->SetDateLast(start + 3);
-    view.nav_Navigate()->SetDateFrom(start);
-    view.nav_Navigate()->SetDateTo(start + 1);
-    view.AlignControls();
-    chart.Replot();
-    curves[0]->SetCursor(30, &chart, &chart.Annotations(), 0);
-    curves[0]->SetCursor(70, &chart, &chart.Annotations(), 0);
+    void Drag(QPoint from, QPoint to)
+    {
+        Mouse(QEvent::MouseButtonPress, Qt::LeftButton, from);
+        Mouse(QEvent::MouseMove, Qt::LeftButton, to);
+        Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, to);
+    }
+    void Click(Qt::MouseButton button, QPoint at)
+    {
+        Mouse(QEvent::MouseButtonPress, button, at);
+        Mouse(QEvent::MouseButtonRelease, button, at);
+    }
+    void DoubleClick(QPoint at)
+    {
+        Mouse(QEvent::MouseButtonDblClick, Qt::LeftButton, at);
+        Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, at);
+    }
+    void Key(int key)
+    {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+        QApplication::sendEvent(Plot(), &event);
+    }
+    QPoint PixelOf(int series, qsizetype point)
+    {
+        return Chart()
+            .PointToPixel(double(point + 1), Chart().Value(series, point), Chart().SeriesAxis(series))
+            .toPoint();
+    }
+    QString TipAt(QPoint at)
+    {
+        QHelpEvent event(QEvent::ToolTip, at, Plot()->mapToGlobal(at));
+        QApplication::sendEvent(Plot(), &event);
+        return QToolTip::text();
+    }
+    void Edit(const QString& id, const QString& text, bool cancelled = false)
+    {
+        measuring->Window()->StartTextEdit(0, 0, 100, 20, 0xFFFFFF, QString(), id, nullptr, 0);
+        measuring->Window()->txt_Edit()->setPlainText(text);
+        measuring->Window()->EndTextEdit(cancelled);
+    }
+    void PlaceCursors(Curve* curve)
+    {
+        curve->SetCursor(10, &Chart(), &Chart().Annotations(), 1);
+        curve->SetCursor(30, &Chart(), &Chart().Annotations(), 2);
+    }
+    frm_Transparent* Rectangle() { return measuring->Window()->findChild<frm_Transparent*>(); }
+
+    Qt::MouseButton held = Qt::NoButton;
+};
+
+TEST_F(ChartInteractionTest, ZoomNeedsMoreThanFivePixelsEachWayAndEscapeGivesUp)
+{
+    OpenDay();
+    measuring->SetZoomEnabled(true);
+    const QPoint start = Chart().PlotArea().center();
+    const double from = Bar().DateFrom();
+    Drag(start, start + QPoint(5, 40));
+    Drag(start, start + QPoint(40, 5));
+    Mouse(QEvent::MouseButtonPress, Qt::LeftButton, start);
+    Mouse(QEvent::MouseMove, Qt::LeftButton, start + QPoint(100, 80));
+    ASSERT_TRUE(Rectangle());
+    Key(Qt::Key_Escape);
+    EXPECT_FALSE(Rectangle());
+    Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, start + QPoint(100, 80));
+    EXPECT_FALSE(measuring->ZoomBackPossible());
+    EXPECT_EQ(Bar().DateFrom(), from);
+
+    // Up and to the left: the rectangle's corner moves to the mouse.
+    Mouse(QEvent::MouseButtonPress, Qt::LeftButton, start);
+    Mouse(QEvent::MouseMove, Qt::LeftButton, start + QPoint(-30, -40));
+    frm_Transparent* rectangle = Rectangle();
+    ASSERT_TRUE(rectangle);
+    EXPECT_EQ(rectangle->geometry(), QRect(Chart().mapToGlobal(start + QPoint(-30, -40)), QSize(30, 40)));
+    double point = 0, top = 0;
+    ASSERT_TRUE(Chart().PixelToValue(start + QPoint(-30, -40), ChartAxis::Y1, point, top));
+    EXPECT_TRUE(rectangle->lbl_XY1()->text().endsWith("\n" + Formatter().FormatNumber(top, u"0.00")))
+        << rectangle->lbl_XY1()->text().toStdString();
+    Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, start + QPoint(-6, -6));
+    EXPECT_FALSE(Rectangle()) << "the release closes the rectangle";
+    EXPECT_TRUE(measuring->ZoomBackPossible());
+    measuring->ZoomBack();
+    Drag(start, start + QPoint(200, 100));
+    EXPECT_GT(Bar().DateFrom(), from);
+}
+
+TEST_F(ChartInteractionTest, ClicksPlaceCursorsOnlyNearPoints)
+{
+    Curve* curve = OpenDay();
+    const QRect area = Chart().PlotArea();
+
+    // Neither mode: cross hairs while the button is held, below the title strip only.
+    Mouse(QEvent::MouseButtonPress, Qt::LeftButton, QPoint(area.center().x(), 20));
+    EXPECT_FALSE(Chart().CrossHairs());
+    Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, QPoint(area.center().x(), 20));
+    Mouse(QEvent::MouseButtonPress, Qt::LeftButton, PixelOf(0, 40));
+    EXPECT_TRUE(Chart().CrossHairs());
+    Mouse(QEvent::MouseButtonRelease, Qt::LeftButton, PixelOf(0, 40));
+    EXPECT_FALSE(Chart().CrossHairs());
+    EXPECT_TRUE(curve->Cursors().empty());
+    Click(Qt::RightButton, PixelOf(0, 40));
+    EXPECT_EQ(host.menus, QStringList { "mnuView" });
+
+    measuring->SetCursorEnabled(true);
+    // Early in the day the values stay low, far below the top of the plot.
+    const QPoint far(PixelOf(0, 8).x(), std::max(area.top() + 5, 25));
+    double nearest = 1e300;
+    for (qsizetype point = 0; point < Chart().PointCount(); ++point)
+        nearest = std::min(nearest, std::hypot(PixelOf(0, point).x() - far.x(), PixelOf(0, point).y() - far.y()));
+    ASSERT_GE(nearest, 50.0);
+    Click(Qt::LeftButton, far);
+    EXPECT_TRUE(curve->Cursors().empty());
+
+    Click(Qt::LeftButton, PixelOf(0, 40) + QPoint(2, 3));
+    ASSERT_EQ(curve->Cursors().size(), 1u);
+    EXPECT_EQ(curve->Cursors()[0]->Index(), 40);
+    EXPECT_EQ(measuring->CurrentCurve(), curve) << "the curve of the cursor becomes the current one";
+    Click(Qt::RightButton, PixelOf(0, 60) + QPoint(-2, 2));
+    ASSERT_EQ(curve->Cursors().size(), 2u);
+    EXPECT_EQ(curve->Cursors()[1]->Index(), 60);
+    EXPECT_EQ(host.menus.size(), 1) << "placing a cursor opens no menu";
+}
+
+TEST_F(ChartInteractionTest, TitleAndCursorTextsAreEditedInPlace)
+{
+    Curve* curve = OpenDay();
+    frm_GraphicView& view = *measuring->Window();
+    Mouse(QEvent::MouseButtonDblClick, Qt::LeftButton, QPoint(200, 10));
+    ASSERT_EQ(view.EditId(), "-1001");
+    EXPECT_EQ(view.txt_Edit()->font().family(), "Arial");
+    view.txt_Edit()->setPlainText("Meter 7");
+    view.EndTextEdit(false);
+    EXPECT_EQ(measuring->Graph().Title, "Meter 7");
+    EXPECT_EQ(Chart().Title(2), "Meter 7");
+    Edit("-1001", "dropped", true);
+    EXPECT_EQ(measuring->Graph().Title, "Meter 7");
+
+    PlaceCursors(curve);
+    measuring->SetChanged(false);
+    Edit("C3$L#1_9", "lost");
+    EXPECT_EQ(curve->Cursors()[0]->CustomText(), "");
+    EXPECT_EQ(curve->Cursors()[1]->CustomText(), "");
+    EXPECT_FALSE(measuring->Changed());
+    Edit("C3$L#1_1", "start");
+    EXPECT_EQ(curve->Cursors()[0]->CustomText(), "start");
+    EXPECT_TRUE(measuring->Changed());
+
+    // A double click on the second box opens the editor on its text.
+    ChartAnnotation* box = curve->Cursors()[1]->Box();
+    DoubleClick(QPoint(box->Left() + 3, box->Top() + 3));
+    EXPECT_EQ(view.EditId(), "C3$L#1_2");
+    EXPECT_EQ(view.txt_Edit()->toPlainText(), box->Text());
+}
+
+TEST_F(ChartInteractionTest, CursorBoxesFollowTheUser)
+{
+    Curve* curve = OpenDay();
+    PlaceCursors(curve);
+    ChartAnnotation* box = curve->Cursors()[0]->Box();
+    const QPoint grip(box->Left() + 3, box->Top() + 3);
+    Drag(grip, grip + QPoint(40, 60));
+    const QPointF dropped(box->Left(), box->Top());
+    EXPECT_FALSE(curve->Cursors()[0]->BoxPosition().isEmpty());
+    measuring->RedrawCursors();
+    EXPECT_EQ(QPointF(box->Left(), box->Top()), dropped) << "the box stays where it was dropped";
+
+    // The user deletes the selected box: its cursor goes, the other one becomes cursor 1.
+    Click(Qt::LeftButton, grip + QPoint(40, 60));
+    ASSERT_EQ(Chart().Annotations().Selected(), box);
+    Key(Qt::Key_Delete);
+    ASSERT_EQ(curve->Cursors().size(), 1u);
+    EXPECT_EQ(curve->Cursors()[0]->Index(), 30);
+    EXPECT_EQ(curve->Cursors()[0]->Tag(), 100 + curve->SeriesID());
+}
+
+TEST_F(ChartInteractionTest, TipsTellValuesAndTimes)
+{
+    Curve* power = OpenDay();
+    const Formatter format;
+    const QString time = format.FormatDate(D(2009, 2, 10, 10), measuring->GetDateFormat(false));
+    EXPECT_EQ(TipAt(PixelOf(power->SeriesID(), 40)), "Power\n" + format.FormatNumber(10, u"0.00") + " kW\n" + time);
+
+    Curve* factor = Add("3$L#2");
+    factor->SetName("Factor");
+    measuring->Refresh(true);
+    Chart().Replot();
+    ASSERT_TRUE(Chart().AxisVisible(ChartAxis::Y2));
+    EXPECT_EQ(
+        TipAt(PixelOf(factor->SeriesID(), 40)), "Factor\n" + format.FormatNumber(0.9, u"0.00") + " cos phi\n" + time)
+        << "the folded power factor shows as what was measured";
+    const QString area = TipAt(Chart().PlotArea().topLeft() + QPoint(5, 5));
+    EXPECT_TRUE(area.startsWith("L: ") && area.contains("\nR: ")) << area.toStdString();
+}
+
+TEST_F(ChartInteractionTest, NoteBoxParksAndKeepsItsPlace)
+{
+    OpenDay();
+    measuring->SetShowAnnotation(true);
+    measuring->SetAnnotationPosition("10;30;110;80");
+    measuring->SetRemark("Meter swapped");
+    ChartAnnotation* box = Chart().Annotations().TextAt(QPointF(50, 50));
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->Text(), "Meter swapped");
+
+    DoubleClick(QPoint(50, 50));
+    EXPECT_EQ(measuring->Window()->EditId(), "-1000");
+    measuring->Window()->txt_Edit()->setPlainText("");
+    measuring->Window()->EndTextEdit(false);
+    EXPECT_EQ(measuring->Remark(), "");
+    EXPECT_EQ(Chart().Annotations().TextAt(QPointF(50, 50))->Text(), " ");
+
+    measuring->SetShowAnnotation(false);
+    EXPECT_FALSE(Chart().Annotations().TextAt(QPointF(50, 50)));
+    EXPECT_EQ(measuring->AnnotationPosition(), "10;30;110;80");
+    measuring->SetShowAnnotation(true);
+    EXPECT_EQ(measuring->AnnotationPosition(), "10;30;110;80");
+}
+
+// The view as a user sees it: two curves on two axes with statistics and cursors, as chart and as table.
+TEST_F(ChartInteractionTest, PictureOfChartAndTable)
+{
+    Open(900);
+    Curve* power = Add("3$L#1", "|1|2|3|");
+    Add("3$L#2", "|1|2|3|");
+    measuring->Window()->show();
+    Day();
+    power->SetCursor(30, &Chart(), &Chart().Annotations(), 0);
+    power->SetCursor(70, &Chart(), &Chart().Annotations(), 0);
+    frm_GraphicView& view = *measuring->Window();
     view.trv_Statistics()->expandAll();
     QCoreApplication::processEvents();
-
     EXPECT_TRUE(view.nav_Vertical()->isVisible());
     EXPECT_TRUE(view.nav_Vertical2()->isVisible());
     EXPECT_EQ(view.trv_Statistics()->topLevelItemCount(), 2);
@@ -204,12 +407,12 @@ TEST_F(GraphicViewTest, PictureOfChartAndTable)
     if (!folder.isEmpty())
         view.grab().save(folder + "/graphic-view-chart.png");
 
-    view.SetViewMode(frm_GraphicView::GridMode);
+    measuring->SetViewMode(frm_GraphicView::GridMode);
+    measuring->Refresh(false);
     QCoreApplication::processEvents();
     EXPECT_EQ(view.grid_View()->View()->model()->columnCount(), 3);
     if (!folder.isEmpty())
         view.grab().save(folder + "/graphic-view-table.png");
-    g_cScriptEngine = nullptr;
 }
 
 } // namespace

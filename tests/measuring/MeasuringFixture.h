@@ -4,10 +4,12 @@
 #pragma once
 
 #include "Calendar.h"
+#include "ChartAdapter.h"
 #include "DataModuleInterface.h"
 #include "MatrixScriptEngine.h"
 #include "Measuring.h"
 #include "MeasuringHost.h"
+#include "QtPrinters.h"
 #include "TempSettings.h"
 #include "ctl_NavBar.h"
 #include "frm_GraphicView.h"
@@ -15,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 namespace measuring_fixture {
 
@@ -42,20 +45,14 @@ public:
     qint32 Initialize(const QString&, qint32& status) override { return status = 1; }
     qint32 GetChannelOverview(ChannelCollection& channels, qint32& status) override
     {
-        const struct
-        {
-            const char* id;
-            const char* name;
-            const char* unit;
-            qint32 type;
-        } list[] = { { "L#1", "Power", "kW", 3 }, { "L#2", "Power factor", "cos phi", 8 } };
-        for (const auto& entry : list) {
+        for (const auto& [id, name, unit, type] :
+            { std::tuple("L#1", "Power", "kW", 3), std::tuple("L#2", "Power factor", "cos phi", 8) }) {
             auto channel = std::make_shared<DataMatrix>();
-            channel->SetChannelID(entry.id);
-            channel->SetChannelName(entry.name);
-            channel->SetUnit(entry.unit);
-            channel->SetDataType(entry.type);
-            channels.Add(channel, entry.id);
+            channel->SetChannelID(id);
+            channel->SetChannelName(name);
+            channel->SetUnit(unit);
+            channel->SetDataType(type);
+            channels.Add(channel, id);
         }
         return status = 1;
     }
@@ -75,9 +72,8 @@ public:
         for (const QString& id : list.split(';', Qt::SkipEmptyParts)) {
             auto block = MatrixBlock::Create(rows, 2);
             for (qsizetype i = 0; i < rows; ++i) {
-                const double time = start + double(i) * step;
-                block->At(i, 0) = time;
-                block->At(i, 1) = id == "L#1" ? Calendar::Split(time).hour : 0.9;
+                block->At(i, 0) = start + double(i) * step;
+                block->At(i, 1) = id == "L#1" ? Calendar::Split(block->At(i, 0)).hour : 0.9;
             }
             channels.Channel(id)->SetDataBlock(block);
         }
@@ -111,6 +107,7 @@ protected:
         measuring.reset();
         g_cScriptEngine = nullptr;
     }
+    // A view on module "3" whose data come every `resolution` seconds.
     void Open(double resolution)
     {
         auto box = std::make_shared<ModuleBox>();
@@ -127,11 +124,23 @@ protected:
         measuring->Window()->resize(1000, 600);
         measuring->Window()->AlignControls();
     }
+    Curve* Add(const char* channel, const char* used = "")
+    {
+        return measuring->AddCurve(channel, false, used, used, nullptr);
+    }
     ctl_NavBar& Bar() { return *measuring->Window()->nav_Navigate(); }
+    ChartAdapter& Chart() { return *measuring->Chart(); }
     void Window(double from, double to)
     {
         Bar().SetDateFrom(from);
         Bar().SetDateTo(to);
+    }
+    // Shows 10 February 2009 fetched anew.
+    void Day()
+    {
+        Window(D(2009, 2, 10), D(2009, 2, 11));
+        measuring->Refresh(true);
+        Chart().Replot();
     }
 
     TempSettings roots;

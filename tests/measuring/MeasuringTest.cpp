@@ -1,18 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The view document: curves from modules, the refresh rules, periods, zoom history, its file.
-#include "Calendar.h"
-#include "ChartAdapter.h"
 #include "MeasuringFixture.h"
 #include "Numeric.h"
-#include "QtPrinters.h"
-#include "ctl_NavBar.h"
-#include "frm_GraphicView.h"
 
 #include <QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
 
 namespace {
 
@@ -29,9 +20,8 @@ TEST_F(MeasuringTest, TheModulesTimeBaseSettlesTheResolution)
     } cases[] = { { 900, "n", 15 }, { 59, "s", 59 }, { 5400, "h", 2 } };
     for (const auto& c : cases) {
         Open(c.base);
-        ASSERT_TRUE(measuring->AddCurve("3$L#1", false, "|1|", "|1|", nullptr));
-        Window(D(2009, 2, 10), D(2009, 2, 11));
-        measuring->Refresh(true);
+        ASSERT_TRUE(Add("3$L#1", "|1|"));
+        Day();
         EXPECT_EQ(measuring->IntervalUnit(), c.unit) << c.base;
         EXPECT_EQ(measuring->IntervalCount(), c.count) << c.base;
         EXPECT_EQ(measuring->ToFile().intervalUnit, c.unit) << "the file keeps what the data settled";
@@ -41,22 +31,31 @@ TEST_F(MeasuringTest, TheModulesTimeBaseSettlesTheResolution)
 TEST_F(MeasuringTest, RefreshPutsTheChannelOnTheGridAndDraws)
 {
     Open(900);
-    Curve* curve = measuring->AddCurve("3$L#1", false, "|1|3|", "|1|", nullptr);
+    Curve* curve = Add("3$L#1", "|1|3|");
     ASSERT_TRUE(curve);
-    EXPECT_EQ(curve->Properties().Color, CurveColors::PaletteColor(0));
     Window(D(2009, 2, 10, 0, 7) + 30 / 86400.0, D(2009, 2, 11));
     measuring->Refresh(true);
     ASSERT_TRUE(curve->Result());
-    ChartAdapter& chart = *measuring->Chart();
-    ASSERT_EQ(chart.PointCount(), 96);
+    ASSERT_EQ(Chart().PointCount(), 96);
     EXPECT_DOUBLE_EQ(Bar().DateFrom(), D(2009, 2, 10, 0, 7)) << "the window starts on a whole unit";
-    EXPECT_EQ(chart.Value(0, 40), 10.0) << "10:00 is hour 10";
+    EXPECT_EQ(Chart().Value(0, 40), 10.0) << "10:00 is hour 10";
     EXPECT_EQ(curve->FindStatistic("1")->Value(), 23.0);
     EXPECT_TRUE(measuring->FirstBlock());
     EXPECT_EQ(generated->fetches, 1);
     EXPECT_TRUE(host.messages.contains("LOG:Daten von Logger abholen")) << host.messages.join(" | ").toStdString();
     EXPECT_TRUE(host.messages.contains("PROGRESS_END:UM"));
     EXPECT_EQ(host.messages.last(), "LOG:");
+
+    // A cursor at a known time finds its row now and again after the window moved.
+    Day();
+    Cursor* cursor = measuring->AddCursor(D(2009, 2, 10, 5), *curve);
+    ASSERT_TRUE(cursor);
+    EXPECT_EQ(cursor->Index(), 20);
+    Window(D(2009, 2, 10, 4), D(2009, 2, 10, 8));
+    measuring->Refresh(true);
+    ASSERT_EQ(curve->Cursors().size(), 1u);
+    EXPECT_EQ(curve->Cursors()[0]->Index(), 4);
+    EXPECT_EQ(curve->Cursors()[0]->Value(), 5.0);
 }
 
 TEST_F(MeasuringTest, ViewWithoutCurvesRunsThrough)
@@ -73,18 +72,17 @@ TEST_F(MeasuringTest, ViewWithoutCurvesRunsThrough)
 TEST_F(MeasuringTest, PowerFactorMovesAxesOnlyBesideAnotherCurve)
 {
     Open(900);
-    Curve* cosPhi = measuring->AddCurve("3$L#2", false, "", "", nullptr);
-    Window(D(2009, 2, 10), D(2009, 2, 11));
-    measuring->Refresh(true);
+    Curve* cosPhi = Add("3$L#2");
+    Day();
     EXPECT_EQ(cosPhi->YAxis(), 0);
-    EXPECT_FALSE(measuring->Chart()->AxisVisible(ChartAxis::Y2)) << "alone, nothing moves";
-    EXPECT_NEAR(measuring->Chart()->Value(cosPhi->SeriesID(), 0), FoldCosPhi(0.9), 1e-12) << "stored folded";
+    EXPECT_FALSE(Chart().AxisVisible(ChartAxis::Y2)) << "alone, nothing moves";
+    EXPECT_NEAR(Chart().Value(cosPhi->SeriesID(), 0), FoldCosPhi(0.9), 1e-12) << "stored folded";
 
-    Curve* power = measuring->AddCurve("3$L#1", false, "", "", nullptr);
+    Curve* power = Add("3$L#1");
     measuring->Refresh(true);
     EXPECT_EQ(cosPhi->YAxis(), 0);
     EXPECT_EQ(power->YAxis(), 1);
-    EXPECT_TRUE(measuring->Chart()->AxisVisible(ChartAxis::Y2));
+    EXPECT_TRUE(Chart().AxisVisible(ChartAxis::Y2));
     EXPECT_TRUE(measuring->CosPhiView(0));
     EXPECT_FALSE(measuring->CosPhiView(1));
 }
@@ -92,7 +90,7 @@ TEST_F(MeasuringTest, PowerFactorMovesAxesOnlyBesideAnotherCurve)
 TEST_F(MeasuringTest, PeriodsPullBackAndMove)
 {
     Open(900);
-    measuring->AddCurve("3$L#1", false, "", "", nullptr);
+    Add("3$L#1");
     Window(D(2009, 2, 10, 13, 20), D(2009, 2, 10, 15));
     measuring->ShowPeriod("d", 1);
     EXPECT_EQ(Bar().DateFrom(), D(2009, 2, 10));
@@ -108,11 +106,11 @@ TEST_F(MeasuringTest, PeriodsPullBackAndMove)
 TEST_F(MeasuringTest, TwoZoomsAndTwoBacksRestoreWindowsAndRanges)
 {
     Open(900);
-    measuring->AddCurve("3$L#1", false, "", "", nullptr);
-    measuring->AddCurve("3$L#2", false, "", "", nullptr);
+    Add("3$L#1");
+    Add("3$L#2");
     Window(D(2009, 2, 10), D(2009, 2, 12));
     measuring->Refresh(true);
-    ChartAdapter& chart = *measuring->Chart();
+    ChartAdapter& chart = Chart();
     chart.Replot();
     const auto state = [&] {
         return std::vector<double> { Bar().DateFrom(), Bar().DateTo(), chart.AxisMin(0), chart.AxisMax(0),
@@ -151,9 +149,8 @@ TEST_F(MeasuringTest, FileRoundTripKeepsCurvesStatisticsAndCursors)
 {
     Open(900);
     Curve* curve = measuring->AddCurve("3$L#1", false, "|1|2|", "|2|", nullptr);
-    Window(D(2009, 2, 10), D(2009, 2, 11));
-    measuring->Refresh(true);
-    curve->SetCursor(20, measuring->Chart(), &measuring->Chart()->Annotations(), 0)->SetCustomText("peak");
+    Day();
+    curve->SetCursor(20, &Chart(), &Chart().Annotations(), 0)->SetCustomText("peak");
     QTemporaryDir dir;
     EXPECT_EQ(measuring->SaveFile("", false), -1) << "never saved, no path";
     const QString path = dir.filePath("Main meter.sor");
@@ -180,8 +177,8 @@ TEST_F(MeasuringTest, FileRoundTripKeepsCurvesStatisticsAndCursors)
 TEST_F(MeasuringTest, NewCurvesTakeTheLeastUsedColour)
 {
     Open(900);
-    Curve* power = measuring->AddCurve("3$L#1", false, "", "", nullptr);
-    Curve* factor = measuring->AddCurve("3$L#2", false, "", "", nullptr);
+    Curve* power = Add("3$L#1");
+    Curve* factor = Add("3$L#2");
     ASSERT_TRUE(power && factor);
     EXPECT_EQ(power->Properties().Color, CurveColors::PaletteColor(0));
     EXPECT_EQ(factor->Properties().Color, CurveColors::PaletteColor(1));
@@ -189,10 +186,8 @@ TEST_F(MeasuringTest, NewCurvesTakeTheLeastUsedColour)
     power->Properties().Color = factor->Properties().Color = CurveColors::PaletteColor(2);
     EXPECT_EQ(measuring->NextFreeColor(), CurveColors::PaletteColor(0)) << "a tie goes to the first";
 
-    EXPECT_FALSE(measuring->AddCurve("3$L#1", false, "", "", nullptr)) << "a channel is shown once";
-    EXPECT_FALSE(measuring->AddCurve("9$L#1", false, "", "", nullptr)) << "unknown module";
-    EXPECT_FALSE(measuring->AddCurve("3$X", false, "", "", nullptr)) << "unknown channel";
-    EXPECT_FALSE(measuring->AddCurve("3", false, "", "", nullptr));
+    for (const char* key : { "3$L#1", "9$L#1", "3$X", "3" })
+        EXPECT_FALSE(Add(key)) << key << ": shown already, unknown module or channel, or no key";
     EXPECT_EQ(measuring->Curves().size(), 2u);
 }
 

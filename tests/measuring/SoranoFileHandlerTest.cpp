@@ -15,8 +15,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <initializer_list>
-#include <utility>
 
 using namespace SoranoFileHandler;
 
@@ -61,14 +59,8 @@ MeasuringFile ExampleFile()
     file.graph.Gallery = 1;
     file.graph.Title = "Lastgang";
     file.hasCurves = true;
-    MeasuringFile::Curve curve;
-    curve.name = "Wirkleistung";
-    curve.unit = "kW";
-    curve.channels = { "3$4711#002" };
-    curve.series.Gallery = 1;
-    curve.statistics = { { "max", true } };
-    curve.cursors = { { Calendar::FromParts(2009, 2, 18, 11, 15), "", "", true } };
-    file.curves = { curve };
+    file.curves = { { "Wirkleistung", "kW", true, 0, { "3$4711#002" }, { .Gallery = 1 }, { { "max", true } },
+        { { Calendar::FromParts(2009, 2, 18, 11, 15), "", "", true } } } };
     return file;
 }
 
@@ -120,14 +112,12 @@ TEST(SoranoFileHandlerTest, MissingElementsReadAsTheirDefaults)
 
 TEST(SoranoFileHandlerTest, EnumerationWordsBothWays)
 {
-    using Words = std::initializer_list<std::pair<const char*, qint32>>;
-    for (const auto& [word, value] : Words { { "lines", 1 }, { "bar", 2 }, { "step", 8 } }) {
+    for (const auto& [word, value] : { std::pair("lines", 1), std::pair("bar", 2), std::pair("step", 8) }) {
         EXPECT_EQ(GalleryWord(value), word);
         EXPECT_EQ(GalleryFromWord(QString(word).toUpper()), value);
     }
-    const Words styles
-        = { { "solid", 0 }, { "dash", 1 }, { "dot", 2 }, { "dashdot", 3 }, { "dashdotdot", 4 }, { "none", -1 } };
-    for (const auto& [word, value] : styles) {
+    for (const auto& [word, value] : { std::pair("solid", 0), std::pair("dash", 1), std::pair("dot", 2),
+             std::pair("dashdot", 3), std::pair("dashdotdot", 4), std::pair("none", -1) }) {
         EXPECT_EQ(LineStyleWord(value), word);
         EXPECT_EQ(LineStyleFromWord(QString(word).toUpper()), value);
     }
@@ -139,7 +129,6 @@ TEST(SoranoFileHandlerTest, EnumerationWordsBothWays)
     EXPECT_EQ(ViewModeWord(0), "grid");
     EXPECT_EQ(Read("<sorano-measuring><viewmode>table</viewmode></sorano-measuring>").viewMode, 1);
     EXPECT_EQ(Read("<sorano-measuring><viewmode>Grid</viewmode></sorano-measuring>").viewMode, 2);
-
     MeasuringFile file;
     file.graph.Gallery = 0;
     EXPECT_TRUE(Compact(SaveToBytes(file)).contains("<graph-properties><gallery></gallery><legend>"));
@@ -197,23 +186,15 @@ TEST(SoranoFileHandlerTest, SaveRoundTripAndFailures)
     file.annotationVisible = true;
     file.annotationPosition = "10;20";
     file.modules = { "3", "12" };
-    file.graph = {};
-    file.graph.Gallery = 8;
-    file.graph.Legend = file.graph.View3D = file.graph.ShowYGrid2 = true;
-    file.graph.ShowYGrid1 = false;
+    file.graph = { .View3D = true, .Legend = true, .ShowYGrid1 = false, .ShowYGrid2 = true, .Title = {}, .Gallery = 8 };
     file.address.Name = "Stadtwerke";
     file.address.FirstName = "Frau Bauer";
     file.address.Street = "Ringstr. 4";
     file.address.Place = "12345 Neustadt";
     file.address.Memo = "Zeile 1\nZeile 2";
-    MeasuringFile::Curve second = file.curves[0];
-    second.channels = { "12$L1#5" };
-    second.visible = false;
-    second.yAxis = 1;
-    second.series = { 0xC08040, 3, -1, true, 2 };
-    second.statistics = { { "1", false }, { "6", true } };
-    second.cursors.append({ Calendar::FromParts(2009, 2, 18, 23, 59, 59), "Spitze", "200;40", false });
-    file.curves.append(second);
+    file.curves.append({ "Blindleistung", "kvar", false, 1, { "12$L1#5" }, { 0xC08040, 3, -1, true, 2 },
+        { { "1", false }, { "6", true } },
+        { file.curves[0].cursors[0], { Calendar::FromParts(2009, 2, 18, 23, 59, 59), "Spitze", "200;40", false } } });
 
     QTemporaryDir dir;
     const QString path = dir.filePath("view.sor");

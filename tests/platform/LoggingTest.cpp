@@ -39,23 +39,15 @@ class LoggingTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        logDir = roots.Path() + "/logs";
         QDir().mkpath(logDir);
-        roots.SetMachine(KeySettings, "LogPath", logDir);
+        Set("LogPath", logDir);
     }
-
-    // The line must start with the general date of a moment during the test.
-    void ExpectLine(const QString& line, const QString& rest, const QString& before, const QString& after)
-    {
-        const bool datedBefore = line.startsWith(before + ' ') && line.mid(before.size() + 1) == rest;
-        const bool datedAfter = line.startsWith(after + ' ') && line.mid(after.size() + 1) == rest;
-        EXPECT_TRUE(datedBefore || datedAfter) << line.toStdString() << "\nexpected: <date> " << rest.toStdString();
-    }
-
+    void Set(const char* name, const QString& value) { roots.SetMachine(KeySettings, name, value); }
     static QString Stamp() { return Formatter().GeneralDate(Calendar::Now()); }
 
     TempSettings roots;
-    QString logDir;
+    const QString logDir = roots.Path() + "/logs";
+    const QString today = QDate::currentDate().toString("yyyyMMdd");
 };
 
 TEST_F(LoggingTest, LinesHaveTheFixedLayout)
@@ -63,31 +55,30 @@ TEST_F(LoggingTest, LinesHaveTheFixedLayout)
     const QString before = Stamp();
     {
         Logging log;
-        EXPECT_EQ(log.FileName(), logDir + "/Sorano.log");
         log.WriteLog("---------", "", "", 4);
         log.WriteLog("bind matrix-engine", "error 5 (Zugriff verweigert).", "Main", 3);
     }
     const QString after = Stamp();
     const QStringList lines = ReadLines(logDir + "/Sorano.log");
+    const QString rests[] = {": --------- - ", "Main: bind matrix-engine - error 5 (Zugriff verweigert).",
+                             "Logging.Class_Terminate: app stop  - Sorano terminated.",
+                             "--------: --------- - ----------------"};
     ASSERT_EQ(lines.size(), 4);
-    ExpectLine(lines[0], ": --------- - ", before, after);
-    ExpectLine(lines[1], "Main: bind matrix-engine - error 5 (Zugriff verweigert).", before, after);
-    ExpectLine(lines[2], "Logging.Class_Terminate: app stop  - Sorano terminated.", before, after);
-    ExpectLine(lines[3], "--------: --------- - ----------------", before, after);
+    for (int i = 0; i < 4; ++i) // each line starts with the general date of a moment during the test
+        EXPECT_TRUE(lines[i] == before + ' ' + rests[i] || lines[i] == after + ' ' + rests[i])
+            << lines[i].toStdString() << "\nexpected: <date> " << rests[i].toStdString();
 }
 
 TEST_F(LoggingTest, LevelsBelowTheLogModeAreDroppedButLevelFourIsAlwaysWritten)
 {
     Logging defaultLevel;
-    defaultLevel.WriteLog("t1", "m", "A.B", 1);
-    defaultLevel.WriteLog("t2", "m", "A.B", 2);
-    defaultLevel.WriteLog("t3", "m", "A.B", 3);
+    for (int level = 1; level <= 3; ++level)
+        defaultLevel.WriteLog("t", "m", "A.B", level);
     EXPECT_EQ(ReadLines(defaultLevel.FileName()).size(), 1);
 
-    roots.SetMachine(KeySettings, "LogMode", "5");
+    Set("LogMode", "5");
     QFile::remove(logDir + "/Sorano.log");
     Logging quiet;
-    EXPECT_EQ(quiet.Level(), 5);
     for (int level = 1; level <= 3; ++level)
         quiet.WriteLog("dropped", "m", "A.B", level);
     quiet.WriteLog("kept", "m", "A.B", 4);
@@ -95,88 +86,62 @@ TEST_F(LoggingTest, LevelsBelowTheLogModeAreDroppedButLevelFourIsAlwaysWritten)
     ASSERT_EQ(lines.size(), 1);
     EXPECT_TRUE(lines[0].endsWith("A.B: kept - m"));
 
-    roots.SetMachine(KeySettings, "LogMode", "1");
-    EXPECT_EQ(Logging().Level(), 1);
-    roots.SetMachine(KeySettings, "LogMode", "2x");
-    EXPECT_EQ(Logging().Level(), 3);
-}
-
-TEST_F(LoggingTest, OnlyTheExactTextOneSelectsDailyFiles)
-{
-    const QString today = QDate::currentDate().toString("yyyyMMdd");
-    roots.SetMachine(KeySettings, "LogDaily", "1");
-    EXPECT_EQ(Logging().FileName(), logDir + "/Sorano-" + today + ".log");
-    for (const char* other : {"0", "true", "1 ", "01"}) {
-        roots.SetMachine(KeySettings, "LogDaily", other);
-        EXPECT_EQ(Logging().FileName(), logDir + "/Sorano.log") << other;
+    for (auto [mode, level] : {std::pair{"1", 1}, {"5", 5}, {"2x", 3}}) {
+        Set("LogMode", mode);
+        EXPECT_EQ(Logging().Level(), level) << mode;
     }
 }
 
-TEST_F(LoggingTest, TrailingSeparatorOfTheFolderIsNotDoubled)
+TEST_F(LoggingTest, FileNameFollowsFolderAndDailySettings)
 {
-    roots.SetMachine(KeySettings, "LogPath", logDir + "/");
-    EXPECT_EQ(Logging().FileName(), logDir + "/Sorano.log");
-    roots.SetMachine(KeySettings, "LogPath", logDir + "\\");
-    EXPECT_EQ(Logging().FileName(), logDir + "/Sorano.log");
-}
-
-TEST_F(LoggingTest, MissingFolderFallsBackToTheDataFolder)
-{
-    roots.SetMachine(KeySettings, "LogPath", logDir + "/gibt-es-nicht");
-    EXPECT_EQ(Logging().FileName(), AppPaths::DataFolder() + "/Sorano.log");
-    roots.SetMachine(KeySettings, "LogPath", "");
-    EXPECT_EQ(Logging().FileName(), AppPaths::DataFolder() + "/Sorano.log");
+    const QString plain = logDir + "/Sorano.log", fallback = AppPaths::DataFolder() + "/Sorano.log";
+    const struct { const char* name; QString value, file; } cases[] = {
+        {"LogDaily", "1", logDir + "/Sorano-" + today + ".log"}, // only the exact text 1 selects daily files
+        {"LogDaily", "0", plain}, {"LogDaily", "true", plain}, {"LogDaily", "1 ", plain}, {"LogDaily", "01", plain},
+        {"LogPath", logDir + "/", plain}, {"LogPath", logDir + "\\", plain}, // the separator is not doubled
+        {"LogPath", logDir + "/gibt-es-nicht", fallback}, {"LogPath", "", fallback}};
+    for (const auto& c : cases) {
+        Set(c.name, c.value);
+        EXPECT_EQ(Logging().FileName(), c.file) << c.name << "=" << c.value.toStdString();
+    }
 }
 
 TEST_F(LoggingTest, AppendKeepsOldContentAndZeroDeletesOnlyTheCurrentFile)
 {
-    const QString today = QDate::currentDate().toString("yyyyMMdd");
     WriteFile(logDir + "/Sorano.log", "old line\n");
-    {
+    for (const char* append : {"", "1"}) {
+        Set("LogAppend", append);
         Logging log;
-        EXPECT_EQ(ReadLines(log.FileName()).value(0), "old line");
+        EXPECT_EQ(ReadLines(log.FileName()).value(0), "old line") << append;
     }
-    roots.SetMachine(KeySettings, "LogAppend", "1");
-    {
-        Logging log;
-        EXPECT_EQ(ReadLines(log.FileName()).value(0), "old line");
-    }
-
-    roots.SetMachine(KeySettings, "LogAppend", "0");
-    roots.SetMachine(KeySettings, "LogDaily", "1");
+    Set("LogAppend", "0");
+    Set("LogDaily", "1");
     WriteFile(logDir + "/Sorano-" + today + ".log", "today\n");
     WriteFile(logDir + "/Sorano-19991231.log", "long ago\n");
     {
         Logging log;
         EXPECT_FALSE(QFile::exists(log.FileName()));
-        log.WriteLog("fresh", "", "X.Y", 4);
-        EXPECT_EQ(ReadLines(log.FileName()).size(), 1);
     }
     EXPECT_EQ(ReadLines(logDir + "/Sorano-19991231.log").value(0), "long ago");
     EXPECT_EQ(ReadLines(logDir + "/Sorano.log").value(0), "old line");
 }
 
-TEST_F(LoggingTest, UnwritableFileLosesTheLineWithoutHarm)
+TEST_F(LoggingTest, UnwritableFileLosesTheLineWithoutHarmAndFreeWriteLogNeedsALog)
 {
-    // A folder where the file should be: every open fails.
-    QDir().mkpath(logDir + "/Sorano.log");
+    QDir().mkpath(logDir + "/Sorano.log"); // a folder where the file should be: every open fails
     Logging log;
     log.WriteLog("lost", "", "X.Y", 4);
     EXPECT_TRUE(QFileInfo(log.FileName()).isDir());
     QDir(logDir + "/Sorano.log").removeRecursively();
-    log.WriteLog("found", "", "X.Y", 4);
-    EXPECT_EQ(ReadLines(log.FileName()).size(), 1);
-}
 
-TEST_F(LoggingTest, FreeWriteLogIsSilentWithoutALog)
-{
     ASSERT_EQ(g_cLogging, nullptr);
     WriteLog("nobody", "listens", "X.Y", 4);
-    Logging log;
     g_cLogging = &log;
     WriteLog("somebody", "listens", "X.Y", 4);
     g_cLogging = nullptr;
-    EXPECT_EQ(ReadLines(log.FileName()).size(), 1);
+    const QStringList lines = ReadLines(log.FileName());
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines[0].endsWith("X.Y: somebody - listens"));
 }
 
 } // namespace

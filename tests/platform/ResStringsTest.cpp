@@ -40,33 +40,26 @@ QStringList Placeholders(const QString& text)
 
 } // namespace
 
-TEST_F(ResStrings, HoldsTwoCompleteBlocksOfTrimmedTextsWithResolvedEscapes)
-{
-    for (int id = kFirstId; id <= kLastId; ++id) {
-        for (int lang : {0, kEnglish}) {
-            const QString text = ResStringRaw(id + lang);
-            EXPECT_TRUE(!text.trimmed().isEmpty() && text == text.trimmed() && !text.contains(u'\\'))
-                << "id " << id + lang << ": '" << text.toStdString() << "'";
-        }
-    }
-    for (int id : {kFirstId - 1, kLastId + 1, kFirstId - 1 + kEnglish, kLastId + 1 + kEnglish})
-        EXPECT_TRUE(ResStringRaw(id).isNull()) << "id " << id;
-    EXPECT_EQ(ResStringCount(), 2 * (kLastId - kFirstId + 1));
-}
-
-TEST_F(ResStrings, EnglishTwinsAreTranslatedAndKeepAccessKeysPlaceholdersAndLineBreaks)
+TEST_F(ResStrings, HoldsTwoCompleteBlocksOfTrimmedTextsAndTranslatedTwinsOfTheSameShape)
 {
     int differing = 0;
     for (int id = kFirstId; id <= kLastId; ++id) {
         const QString german = ResStringRaw(id), english = ResStringRaw(id + kEnglish);
+        for (const QString& text : {german, english})
+            EXPECT_TRUE(!text.trimmed().isEmpty() && text == text.trimmed() && !text.contains(u'\\'))
+                << "id " << id << ": '" << text.toStdString() << "'";
         differing += german != english ? 1 : 0;
         EXPECT_EQ(german.count(u'\n'), english.count(u'\n')) << "id " << id;
         EXPECT_EQ(Placeholders(german), Placeholders(english)) << "id " << id;
+        // One access key where the German text has one, before a letter or digit.
         const qsizetype key = english.indexOf(u'&');
         EXPECT_EQ(english.count(u'&'), german.contains(u'&') ? 1 : 0) << "id " << id + kEnglish;
         EXPECT_TRUE(key < 0 || (key + 1 < english.size() && english[key + 1].isLetterOrNumber()))
             << "id " << id + kEnglish << ": " << english.toStdString();
     }
+    for (int id : {kFirstId - 1, kLastId + 1, kFirstId - 1 + kEnglish, kLastId + 1 + kEnglish})
+        EXPECT_TRUE(ResStringRaw(id).isNull()) << "id " << id;
+    EXPECT_EQ(ResStringCount(), 2 * (kLastId - kFirstId + 1));
     // A block copied over without translation would pass the shape checks above.
     EXPECT_GT(differing, (kLastId - kFirstId + 1) * 3 / 4);
 }

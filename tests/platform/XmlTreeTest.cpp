@@ -10,18 +10,6 @@
 
 namespace {
 
-QByteArray ReadAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool WriteAll(const QString& path, const QByteArray& data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
 const QByteArray Sample = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Messung>\n\t<Kanal id=\"1\">W</Kanal>\n"
                           "\t<Gruppe><Kanal id=\"3\">Spannung L1</Kanal></Gruppe>\n</Messung>\n";
 
@@ -29,6 +17,16 @@ struct XmlTreeFiles : ::testing::Test
 {
     void SetUp() override { ASSERT_TRUE(dir.isValid()); }
     QString PathOf(const QString& name) const { return dir.filePath(name); }
+    QByteArray Read(const QString& path) const
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    bool Write(const QString& name, const QByteArray& data) const
+    {
+        QFile file(PathOf(name));
+        return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
+    }
     QTemporaryDir dir;
 };
 
@@ -56,9 +54,8 @@ TEST(XmlTree, ChildrenAreReachedByTagIndexAndCountAndRemovedWithTheirSubtree)
     EXPECT_TRUE(root.NthChild("report", 2).IsNull() && root.NthChild("report", -1).IsNull());
     EXPECT_EQ(root.NthChild(3).Tag(), "group");
     EXPECT_TRUE(root.NthChild(5).IsNull() && root.Parent().IsNull());
-    EXPECT_EQ(root.ChildContent("report", "x"), "a");
-    EXPECT_EQ(root.ChildContent("empty", "x"), "") << "an empty child is no missing child";
-    EXPECT_EQ(root.ChildContent("absent", "x"), "x");
+    EXPECT_EQ(root.ChildContent("report", "x") + root.ChildContent("empty", "x") + root.ChildContent("absent", "x"),
+              "ax") << "an empty child is no missing child";
     for (const char* value : {"1", "2"}) {
         root.SetContent(value);
         root.SetAttribute("id", value);
@@ -94,13 +91,13 @@ TEST(XmlTree, EveryOperationOnANullNodeIsHarmless)
     node.SetAttribute("a", "v");
     node.Remove();
     EXPECT_EQ(node.Tag() + node.Content() + node.ChildContent("c", "d") + node.Attribute("a", "d"), "dd");
-    EXPECT_TRUE(node.NewChild("c", "t").IsNull() && node.ChildByTag("c").IsNull() && node.Parent().IsNull());
-    EXPECT_TRUE(node.NthChild("c", 0).IsNull() && node.NthChild(0).IsNull());
-    EXPECT_TRUE(node.FindDescendant("c", "a", "v").IsNull());
+    EXPECT_TRUE(node.NewChild("c", "t").IsNull() && node.ChildByTag("c").IsNull() && node.Parent().IsNull()
+                && node.NthChild("c", 0).IsNull() && node.NthChild(0).IsNull()
+                && node.FindDescendant("c", "a", "v").IsNull());
     EXPECT_EQ(node.ChildCount("c") + node.ChildCount(), 0);
 }
 
-TEST(XmlTree, LoadingJoinsTextSplitByACommentAndRepairsInvalidUtf8)
+TEST(XmlTree, LoadingJoinsTextSplitByACommentRepairsInvalidUtf8AndTakesDeepNesting)
 {
     XmlDocument doc;
     ASSERT_TRUE(doc.LoadString("<r><memo>vor<!-- Notiz -->nach<?pi x?> Ende</memo>"
@@ -113,16 +110,12 @@ TEST(XmlTree, LoadingJoinsTextSplitByACommentAndRepairsInvalidUtf8)
     EXPECT_EQ(QString::fromUtf8(written).toUtf8(), written) << "the document is written as valid UTF-8";
     XmlDocument reloaded;
     ASSERT_TRUE(reloaded.LoadString(written));
-    EXPECT_EQ(reloaded.RootNode().ChildContent("memo"), "vornach Ende");
     EXPECT_EQ(reloaded.ToString(), written);
-}
 
-TEST(XmlTree, DeeplyNestedDocumentsLoadAndSaveInLinearSize)
-{
-    const QByteArray text = QByteArray("<a>").repeated(20000) + QByteArray("</a>").repeated(20000);
-    XmlDocument doc;
-    ASSERT_TRUE(doc.LoadString(text)) << doc.LastError().toStdString();
-    EXPECT_LT(doc.ToString().size(), 2 * text.size());
+    // Deep nesting loads and is saved in linear size.
+    const QByteArray deep = QByteArray("<a>").repeated(20000) + QByteArray("</a>").repeated(20000);
+    ASSERT_TRUE(doc.LoadString(deep)) << doc.LastError().toStdString();
+    EXPECT_LT(doc.ToString().size(), 2 * deep.size());
 }
 
 TEST_F(XmlTreeFiles, SpecialCharactersInTextsAndAttributesSurviveARoundTrip)
@@ -132,7 +125,7 @@ TEST_F(XmlTreeFiles, SpecialCharactersInTextsAndAttributesSurviveARoundTrip)
     XmlDocument doc;
     doc.CreateRoot("Stapel").NewChild("text", text).SetAttribute("wert", attribute);
     ASSERT_TRUE(doc.SaveFile(PathOf("round.xml"))) << doc.LastError().toStdString();
-    const QByteArray bytes = ReadAll(PathOf("round.xml"));
+    const QByteArray bytes = Read(PathOf("round.xml"));
     EXPECT_TRUE(bytes.startsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n") && bytes.contains("Größe"));
     XmlDocument loaded;
     ASSERT_TRUE(loaded.LoadFile(PathOf("round.xml"))) << loaded.LastError().toStdString();
@@ -142,10 +135,10 @@ TEST_F(XmlTreeFiles, SpecialCharactersInTextsAndAttributesSurviveARoundTrip)
 
 TEST_F(XmlTreeFiles, ExternalAndInternalEntitiesAreNeverResolved)
 {
-    ASSERT_TRUE(WriteAll(PathOf("secret.txt"), "GEHEIM-4711"));
+    ASSERT_TRUE(Write("secret.txt", "GEHEIM-4711"));
     const QByteArray url = QUrl::fromLocalFile(PathOf("secret.txt")).toEncoded();
-    ASSERT_TRUE(WriteAll(PathOf("doctype.xml"), "<!DOCTYPE r [<!ENTITY xxe SYSTEM \"" + url + "\"><!ENTITY lol \"lol\">"
-                               "<!ENTITY lol2 \"&lol;&lol;\">]><r a=\"&xxe;\"><x>&xxe;</x><y>&lol2;</y></r>"));
+    ASSERT_TRUE(Write("doctype.xml", "<!DOCTYPE r [<!ENTITY xxe SYSTEM \"" + url + "\"><!ENTITY lol \"lol\">"
+                                     "<!ENTITY lol2 \"&lol;&lol;\">]><r a=\"&xxe;\"><x>&xxe;</x><y>&lol2;</y></r>"));
     XmlDocument doc;
     ASSERT_TRUE(doc.LoadFile(PathOf("doctype.xml"))) << doc.LastError().toStdString();
     EXPECT_EQ(doc.RootNode().ChildContent("x"), "&xxe;");
@@ -156,18 +149,14 @@ TEST_F(XmlTreeFiles, ExternalAndInternalEntitiesAreNeverResolved)
 TEST_F(XmlTreeFiles, BrokenInputFailsNamesTheFileAndLeavesAnEmptyDocument)
 {
     ASSERT_TRUE(QDir(dir.path()).mkdir("folder.xml"));
-    const QList<std::pair<QString, QByteArray>> cases = { // a null content writes no file
-        {"nicht-da.xml", QByteArray()},
-        {"folder.xml", QByteArray()},
-        {"empty.xml", QByteArray("")},
-        {"declaration-only.xml", "<?xml version=\"1.0\"?>\n<!-- nichts -->"},
-        {"mismatch.xml", "<a><b></a></b>"},
+    const std::pair<QString, QByteArray> cases[] = { // a null content writes no file
+        {"nicht-da.xml", QByteArray()}, {"folder.xml", QByteArray()}, {"empty.xml", QByteArray("")},
+        {"declaration-only.xml", "<?xml version=\"1.0\"?>\n<!-- nichts -->"}, {"mismatch.xml", "<a><b></a></b>"},
         {"unclosed-attribute.xml", "<a x=\"1><b/></a>"},
-        {"garbage.bin", QByteArray("\x00\xff\xfe\x01\x89PNG\r\n\x1a\n", 10)},
-    };
+        {"garbage.bin", QByteArray("\x00\xff\xfe\x01\x89PNG\r\n\x1a\n", 10)}};
     for (const auto& [name, content] : cases) {
         SCOPED_TRACE(name.toStdString());
-        ASSERT_TRUE(content.isNull() || WriteAll(PathOf(name), content));
+        ASSERT_TRUE(content.isNull() || Write(name, content));
         XmlDocument doc;
         ASSERT_TRUE(doc.LoadString(Sample));
         EXPECT_FALSE(doc.LoadFile(PathOf(name)));
@@ -178,7 +167,7 @@ TEST_F(XmlTreeFiles, BrokenInputFailsNamesTheFileAndLeavesAnEmptyDocument)
     }
 }
 
-TEST_F(XmlTreeFiles, TruncatedInputFailsAtEveryCutBeforeTheRootElementEnds)
+TEST(XmlTree, TruncatedInputFailsAtEveryCutBeforeTheRootElementEnds)
 {
     const qsizetype rootEnd = Sample.indexOf("</Messung>") + qsizetype(sizeof("</Messung>") - 1);
     for (qsizetype length = 0; length <= Sample.size(); ++length) {
@@ -193,14 +182,14 @@ TEST_F(XmlTreeFiles, TruncatedInputFailsAtEveryCutBeforeTheRootElementEnds)
 TEST_F(XmlTreeFiles, SavingIsAtomicAndSkipsADocumentWithoutRoot)
 {
     const QString path = PathOf("alt.xml");
-    ASSERT_TRUE(WriteAll(path, Sample));
+    ASSERT_TRUE(Write("alt.xml", Sample));
     XmlDocument doc;
     doc.CreateRoot("neu").SetContent("0");
     EXPECT_FALSE(doc.SaveFile(path + "/datei.xml")) << "the parent is a regular file";
     EXPECT_FALSE(doc.LastError().isEmpty());
-    EXPECT_EQ(ReadAll(path), Sample);
+    EXPECT_EQ(Read(path), Sample);
     ASSERT_TRUE(doc.SaveFile(path)) << doc.LastError().toStdString();
-    EXPECT_TRUE(ReadAll(path).contains("<neu>0</neu>"));
+    EXPECT_TRUE(Read(path).contains("<neu>0</neu>"));
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files).size(), 1) << "no temporary file is left behind";
     doc.RootNode().Remove();
     EXPECT_FALSE(doc.SaveFile(PathOf("leer.xml")));

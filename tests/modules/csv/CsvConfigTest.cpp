@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which folder the CSV module reads, and how its configuration dialog changes it.
+// Which folder the CSV module reads, how its configuration dialog changes it, and the plug-in
+// that creates the module.
 #include "CsvFolder.h"
 #include "RegistryKey.h"
 #include "TempSettings.h"
@@ -7,12 +8,16 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QLineEdit>
+#include <QPluginLoader>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 
 namespace {
 
@@ -25,11 +30,9 @@ struct TwoTrees
     {
         folder.Write("a/A.csv", "timestamp;Erster\n");
         folder.Write("b/B.csv", "timestamp;Zweiter\n");
-        first = folder.Path("a");
-        second = folder.Path("b");
     }
     CsvFolder folder;
-    QString first, second;
+    QString first = folder.Path("a"), second = folder.Path("b");
 };
 
 QString OnlyChannel(CsvDataModule& module)
@@ -96,9 +99,9 @@ TEST(CsvConfig, TheDialogStoresTheUsersFolderAndAnnouncesAChangeOnce)
     module.SetMessageHandler(&handler);
     qint32 status = 0;
     ASSERT_EQ(module.Initialize(QString(), status), 1);
-    EXPECT_TRUE(module.HasConfig());
     EXPECT_EQ(OnlyChannel(module), "Erster");
 
+    // Without a language offset the dialog speaks German.
     WithDialog(module, [&](frm_CsvConfig& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "CSV-Dateien");
         auto* edit = dialog.findChild<QLineEdit*>("txt_Folder");
@@ -114,8 +117,17 @@ TEST(CsvConfig, TheDialogStoresTheUsersFolderAndAnnouncesAChangeOnce)
     EXPECT_EQ(handler.messages[0], std::make_pair(QString("CHANNELS_CHANGED"), QString("4")));
     EXPECT_EQ(OnlyChannel(module), "Zweiter");
 
-    // OK on the same folder, and a cancelled change: no message, no change.
-    WithDialog(module, [](frm_CsvConfig& dialog) { dialog.accept(); });
+    // OK on the same folder, and a cancelled change: no message, no change. English at 1000.
+    for (const auto& [offset, title] :
+        { std::pair<QString, QString> { "1000", "CSV files" }, { "0", "CSV-Dateien" } }) {
+        settings.SetMachine("Software\\HARVOLD\\Sorano\\Settings", "LangOffset", offset);
+        QString seen;
+        WithDialog(module, [&](frm_CsvConfig& dialog) {
+            seen = dialog.windowTitle();
+            dialog.accept();
+        });
+        EXPECT_EQ(seen, title) << offset.toStdString();
+    }
     WithDialog(module, [&](frm_CsvConfig& dialog) {
         dialog.findChild<QLineEdit*>("txt_Folder")->setText(trees.first);
         dialog.reject();
@@ -130,19 +142,34 @@ TEST(CsvConfig, TheDialogStoresTheUsersFolderAndAnnouncesAChangeOnce)
     EXPECT_EQ(handler.messages.size(), 2u);
 }
 
-TEST(CsvConfig, TheDialogSpeaksEnglishWhenTheLanguageOffsetIs1000)
+// The built plug-in, loaded as the program loads it, declares its ProgID and creates working
+// modules for it only, in any case.
+TEST(CsvPlugin, DeclaresItsProgIdAndCreatesWorkingModulesForItOnly)
 {
-    for (const auto& [offset, title] :
-        { std::pair<QString, QString> { "1000", "CSV files" }, { "0", "CSV-Dateien" }, { "", "CSV-Dateien" } }) {
-        TempSettings settings;
-        if (!offset.isEmpty())
-            settings.SetMachine("Software\\HARVOLD\\Sorano\\Settings", "LangOffset", offset);
-        CsvDataModule module(DataModuleRegistration { "Werk", "4" });
-        QString seen;
-        WithDialog(module, [&](frm_CsvConfig& dialog) {
-            seen = dialog.windowTitle();
-            dialog.reject();
-        });
-        EXPECT_EQ(seen, title) << offset.toStdString();
+    QPluginLoader loader(SORANO_CSV_PLUGIN);
+    const QJsonArray progIds = loader.metaData().value("MetaData").toObject().value("ProgIDs").toArray();
+    EXPECT_EQ(progIds, QJsonArray({ "Sorano.CSV" }));
+    auto* factory = qobject_cast<DataModuleFactory*>(loader.instance());
+    ASSERT_TRUE(factory) << loader.errorString().toStdString();
+    EXPECT_EQ(factory->CreateModule("Sorano.SQLite", { "Werk", "4" }), nullptr);
+    EXPECT_EQ(factory->CreateModule("", { "Werk", "4" }), nullptr);
+
+    TempSettings settings;
+    CsvFolder folder;
+    folder.Write("L.csv", "timestamp;P [kW];Q\n2023-01-01 00:00;1;2\n");
+    settings.SetUser(ModuleKey, "Folder", folder.Root());
+    for (const QString progId : { "Sorano.CSV", "sorano.csv" }) {
+        SCOPED_TRACE(progId.toStdString());
+        std::unique_ptr<QObject> object(factory->CreateModule(progId, { "Werk", "4" }));
+        auto* module = qobject_cast<DataModuleInterface*>(object.get());
+        ASSERT_TRUE(module);
+        EXPECT_GE(object->metaObject()->indexOfMethod("ShowConfig()"), 0);
+        qint32 status = 0;
+        EXPECT_EQ(module->Initialize(QString(), status), 1);
+        ChannelCollection channels;
+        EXPECT_EQ(module->GetChannelOverview(channels, status), 1);
+        ASSERT_EQ(channels.Count(), 2);
+        const ChannelCollection data = Read(*module, { channels.Key(1) }, D(2023, 1, 1), D(2023, 1, 2));
+        EXPECT_EQ(SamplesOf(data, 0), (Samples { { D(2023, 1, 1), 2 } }));
     }
 }

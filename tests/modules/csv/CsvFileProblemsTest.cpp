@@ -18,12 +18,17 @@ QString Native(const QString& path)
     return QDir::toNativeSeparators(path);
 }
 
-} // namespace
-
-TEST(CsvFileProblems, BadLinesAreSkippedWithALogLineNamingFileAndLine)
+class CsvFileProblems : public ::testing::Test
 {
+protected:
     TempSettings settings;
     CsvFolder folder;
+};
+
+} // namespace
+
+TEST_F(CsvFileProblems, BadLinesAreSkippedWithALogLineNamingFileAndLine)
+{
     const QString path = folder.Write("Halle/L.csv",
         "timestamp;P;Q\n" // 1
         "2023-01-01 00:00;1;2\n" // 2
@@ -45,26 +50,17 @@ TEST(CsvFileProblems, BadLinesAreSkippedWithALogLineNamingFileAndLine)
             (Samples {
                 { t0, 2 }, { D(2023, 1, 1, 1), 2 }, { D(2023, 1, 1, 1, 15), 4 }, { D(2023, 1, 1, 1, 30), NV } }));
     }
-    const struct
-    {
-        QStringList parts;
-    } expected[] = {
-        { { "line 3:", "2 cells where the header has 3" } },
-        { { "line 4:", "4 cells" } },
-        { { "line 5:", "no valid time", "\"2023-02-30 00:45\"" } },
-        { { "line 6:", "no number for \"P\"", "\"x\"" } },
-    };
-    for (const auto& e : expected)
-        EXPECT_EQ(on.log.Count(QStringList { Native(path) } + e.parts), 1) << e.parts.join(' ').toStdString();
+    for (const QStringList& parts : { QStringList { "line 3:", "2 cells where the header has 3" },
+             QStringList { "line 4:", "4 cells" }, QStringList { "line 5:", "no valid time", "\"2023-02-30 00:45\"" },
+             QStringList { "line 6:", "no number for \"P\"", "\"x\"" } })
+        EXPECT_EQ(on.log.Count(QStringList { Native(path) } + parts), 1) << parts.join(' ').toStdString();
     EXPECT_EQ(on.log.lines.size(), 4u) << on.log.All().toStdString();
     for (const auto& line : on.log.lines)
         EXPECT_EQ(line.level, 2);
 }
 
-TEST(CsvFileProblems, BadLinesBeyondTheLimitAreSkippedSilentlyAfterOneNotice)
+TEST_F(CsvFileProblems, BadLinesBeyondTheLimitAreSkippedSilentlyAfterOneNotice)
 {
-    TempSettings settings;
-    CsvFolder folder;
     QByteArray text = "timestamp;P\n";
     for (int i = 0; i < 30; ++i)
         text += "kaputt;1\n";
@@ -82,10 +78,8 @@ TEST(CsvFileProblems, BadLinesBeyondTheLimitAreSkippedSilentlyAfterOneNotice)
     EXPECT_EQ(on.log.lines.size(), 22u);
 }
 
-TEST(CsvFileProblems, EmptyAndUselessFilesGiveLogLinesAndEmptyBlocks)
+TEST_F(CsvFileProblems, EmptyAndUselessFilesGiveLogLinesAndEmptyBlocks)
 {
-    TempSettings settings;
-    CsvFolder folder;
     const struct
     {
         const char* file;
@@ -131,10 +125,8 @@ TEST(CsvFileProblems, EmptyAndUselessFilesGiveLogLinesAndEmptyBlocks)
     }
 }
 
-TEST(CsvFileProblems, AFileOfMoreThanTwoGigabytesIsReadUpToItsZeros)
+TEST_F(CsvFileProblems, AFileOfMoreThanTwoGigabytesIsReadUpToItsZeros)
 {
-    TempSettings settings;
-    CsvFolder folder;
     const qint64 size = 2'200'000'000;
     const struct
     {
@@ -167,10 +159,8 @@ TEST(CsvFileProblems, AFileOfMoreThanTwoGigabytesIsReadUpToItsZeros)
     }
 }
 
-TEST(CsvFileProblems, AMissingFolderOrFileGivesAStatusAndALogLine)
+TEST_F(CsvFileProblems, AMissingFolderOrFileGivesAStatusAndALogLine)
 {
-    TempSettings settings;
-    CsvFolder folder;
     const struct
     {
         const char* name;

@@ -29,13 +29,11 @@ QString CsvFolder::Write(const QString& relative, const QByteArray& content) con
     const QString path = Path(relative);
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(content) != content.size())
-        return QString();
-    return path;
+    const bool written = file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(content) == content.size();
+    return written ? path : QString();
 }
 
-ModuleOn::ModuleOn(const QString& root, const QString& name, const QString& address)
-    : module(DataModuleRegistration { name, address })
+ModuleOn::ModuleOn(const QString& root)
 {
     module.SetMessageHandler(&log);
     module.Initialize(root, status);
@@ -73,11 +71,9 @@ Samples SamplesOf(const ChannelCollection& channels, qsizetype index)
 {
     Samples samples;
     const DataMatrixPtr channel = channels.Channel(index);
-    if (!channel || !channel->DataBlock())
-        return samples;
-    const MatrixBlock& block = *channel->DataBlock();
-    for (qsizetype r = 0; r < block.Rows(); ++r)
-        samples.emplace_back(block.Item(r, 0), block.Item(r, 1));
+    const MatrixBlockPtr block = channel ? channel->DataBlock() : MatrixBlockPtr();
+    for (qsizetype r = 0; block && r < block->Rows(); ++r)
+        samples.emplace_back(block->Item(r, 0), block->Item(r, 1));
     return samples;
 }
 

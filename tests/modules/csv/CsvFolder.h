@@ -4,6 +4,7 @@
 #pragma once
 
 #include "CsvDataModule.h"
+#include "QtPrinters.h"
 
 #include <QByteArray>
 #include <QString>
@@ -18,7 +19,7 @@ class RecordingHandler : public MessageHandlerInterface
 public:
     struct Line
     {
-        QString title, text, source;
+        QString text;
         qint16 level;
     };
 
@@ -27,9 +28,9 @@ public:
         messages.emplace_back(name, params);
         status = 1;
     }
-    void WriteLog(const QString& title, const QString& text, const QString& source, qint16 level) override
+    void WriteLog(const QString&, const QString& text, const QString&, qint16 level) override
     {
-        lines.push_back({ title, text, source, level });
+        lines.push_back({ text, level });
     }
     // Log lines whose text holds every one of the parts.
     int Count(const QStringList& parts) const;
@@ -54,12 +55,12 @@ private:
 // A module reading a folder (given as Initialize's param), with its handler.
 struct ModuleOn
 {
-    explicit ModuleOn(const QString& root, const QString& name = "Logger", const QString& address = "7");
-    // The overview's channel ids by "<file name>/<channel name>".
+    explicit ModuleOn(const QString& root);
+    // The id of the channel of that name in the file of that name (without ".csv").
     QString Id(const QString& file, const QString& channel);
 
     RecordingHandler log;
-    CsvDataModule module;
+    CsvDataModule module { DataModuleRegistration { "Logger", "7" } };
     qint32 status = 0;
 };
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which database the SQLite module reads, and how the configuration dialog changes it.
+// Which database the SQLite module reads, how the configuration dialog changes it, and the
+// plug-in that creates the module.
 #include "LoggerDatabase.h"
 #include "RegistryKey.h"
 #include "SqliteDataModule.h"
@@ -9,40 +10,39 @@
 #include <QApplication>
 #include <QDialog>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QLabel>
-#include <QTreeWidget>
 #include <QLineEdit>
+#include <QPluginLoader>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QTreeWidget>
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <memory>
 
 namespace {
 
 const QString ModuleKey = QStringLiteral("Software\\HARVOLD\\ModuleSettings\\Werk");
 
 // Two databases told apart by their channels: 301... in the first, 901 in the second.
-class TwoDatabases
+struct TwoDatabases
 {
-public:
     TwoDatabases()
     {
-        first = dir.filePath("first.sqlite");
-        second = dir.filePath("second.sqlite");
-        LoggerDatabase a(first);
-        SiteFixture::Write(a);
-        LoggerDatabase b(second);
-        b.AddCategory(1, "Zweiter Standort", "", 0, "FOLDER");
-        b.AddChannel(901, "Zweiter", "kW", 3, 1);
+        WriteDatabase(second,
+            "INSERT INTO categories VALUES (1, 'Zweiter Standort', '', 0, 'FOLDER', 0);"
+            "INSERT INTO channels VALUES (901, 'Zweiter', 'kW', 3, 1, 0, 0)");
     }
     QTemporaryDir dir;
-    QString first, second;
+    QString first = SiteFixture::Write(dir.filePath("first.sqlite"));
+    QString second = dir.filePath("second.sqlite");
 };
 
-QString FirstChannel(SqliteDataModule& module)
+QString FirstChannel(DataModuleInterface& module)
 {
     ChannelCollection channels;
     qint32 status = 0;
@@ -89,124 +89,62 @@ protected:
         ASSERT_EQ(module.Initialize(QString(), status), 1);
     }
 
-    QString UserDatabase() { return RegistryKey().ReadValue(Hive::CurrentUser, ModuleKey, "Database"); }
-
     TempSettings settings;
     TwoDatabases files;
     RecordingHandler handler;
     SqliteDataModule module { DataModuleRegistration { "Werk", "4" } };
 };
 
-TEST_F(SqliteConfigTest, AnotherFileIsStoredForTheUserReadAtOnceAndAnnounced)
+TEST_F(SqliteConfigTest, TheDialogStoresTheFileForTheUserOnOkAndAnnouncesAChange)
 {
-    ASSERT_EQ(FirstChannel(module), "301");
-    module.ApplyDatabase(files.second);
-    EXPECT_EQ(UserDatabase(), files.second);
-    ASSERT_EQ(handler.messages.size(), 1u);
-    EXPECT_EQ(handler.messages[0], std::make_pair(QString("CHANNELS_CHANGED"), QString("4")));
-    EXPECT_EQ(FirstChannel(module), "901");
-
-    // The same file again changes nothing the program would need to hear of.
-    module.ApplyDatabase(files.second);
-    EXPECT_EQ(handler.messages.size(), 1u);
-
-    // An empty entry falls back to the machine-wide file.
-    module.ApplyDatabase("");
-    EXPECT_EQ(module.Database(), files.first);
-    EXPECT_EQ(handler.messages.size(), 2u);
-    EXPECT_EQ(FirstChannel(module), "301");
-}
-
-// Runs the module's dialog, doing to it what the step says once it is shown.
-struct DialogSeen
-{
-    bool shown = false;
-    QString title, initialText, cancelText;
-};
-
-DialogSeen RunDialog(SqliteDataModule& module, const std::function<void(QDialog&)>& step)
-{
-    DialogSeen seen;
-    QTimer poll;
-    int attempts = 0;
-    QObject::connect(&poll, &QTimer::timeout, [&] {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (!dialog) {
-            if (++attempts > 200) // the dialog never came: end whatever is modal
-                QApplication::closeAllWindows();
-            return;
-        }
-        poll.stop();
-        seen.shown = true;
-        seen.title = dialog->windowTitle();
-        if (auto* edit = dialog->findChild<QLineEdit*>("txt_Database"))
-            seen.initialText = edit->text();
-        if (auto* cancel = dialog->findChild<QPushButton*>("cmd_Cancel"))
-            seen.cancelText = cancel->text();
-        step(*dialog);
-    });
-    poll.start(10);
-    QMetaObject::invokeMethod(&module, "ShowConfig"); // by name, as the program calls it
-    return seen;
-}
-
-void Enter(QDialog& dialog, const QString& text, const char* button)
-{
-    dialog.findChild<QLineEdit*>("txt_Database")->setText(text);
-    dialog.findChild<QPushButton*>(button)->click();
-}
-
-TEST_F(SqliteConfigTest, TheDialogStoresTheChosenFileOnlyOnOk)
-{
+    // One step after the other, each starting where the last one left the module.
     const struct
     {
         const char* name;
-        QString langOffset;
-        bool chooseSecond;
+        bool english;
+        QString entry;
         const char* button;
-        bool changes;
-        QString title, cancel;
-    } cases[] = {
-        { "German, OK with another file", "0", true, "cmd_OK", true, "Logger-Datenbank", "Abbrechen" },
-        { "English, OK with another file", "1000", true, "cmd_OK", true, "Logger database", "Cancel" },
-        { "German, Cancel", "0", true, "cmd_Cancel", false, "Logger-Datenbank", "Abbrechen" },
-        { "English, OK with the same file", "1000", false, "cmd_OK", false, "Logger database", "Cancel" },
+        QString shown, user;
+        size_t messages;
+        QString channel;
+    } steps[] = {
+        { "German, OK with another file", false, files.second, "cmd_OK", files.first, files.second, 1, "901" },
+        { "English, Cancel", true, files.first, "cmd_Cancel", files.second, files.second, 1, "901" },
+        { "English, OK with the same file", true, files.second, "cmd_OK", files.second, files.second, 1, "901" },
+        { "empty entry: the machine-wide file", false, "", "cmd_OK", files.second, "", 2, "301" },
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        module.ApplyDatabase(files.first);
-        handler.messages.clear();
-        settings.SetMachine("Software\\HARVOLD\\Sorano\\Settings", "LangOffset", c.langOffset);
-        const QString chosen = c.chooseSecond ? files.second : files.first;
-
-        const DialogSeen seen = RunDialog(module, [&](QDialog& dialog) { Enter(dialog, chosen, c.button); });
-        ASSERT_TRUE(seen.shown);
-        EXPECT_EQ(seen.title, c.title);
-        EXPECT_EQ(seen.cancelText, c.cancel);
-        EXPECT_EQ(seen.initialText, files.first);
-        EXPECT_EQ(handler.messages.size(), c.changes ? 1u : 0u);
-        EXPECT_EQ(FirstChannel(module), c.changes ? "901" : "301");
-        EXPECT_EQ(UserDatabase(), c.changes ? files.second : files.first);
+    for (const auto& s : steps) {
+        SCOPED_TRACE(s.name);
+        settings.SetMachine("Software\\HARVOLD\\Sorano\\Settings", "LangOffset", s.english ? "1000" : "0");
+        QString title, shown, cancel;
+        QTimer::singleShot(0, [&] {
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            ASSERT_TRUE(dialog);
+            title = dialog->windowTitle();
+            cancel = dialog->findChild<QPushButton*>("cmd_Cancel")->text();
+            auto* edit = dialog->findChild<QLineEdit*>("txt_Database");
+            shown = edit->text();
+            edit->setText(s.entry);
+            dialog->findChild<QPushButton*>(s.button)->click();
+        });
+        QMetaObject::invokeMethod(&module, "ShowConfig"); // by name, as the program calls it
+        EXPECT_EQ(title, s.english ? "Logger database" : "Logger-Datenbank");
+        EXPECT_EQ(cancel, s.english ? "Cancel" : "Abbrechen");
+        EXPECT_EQ(shown, s.shown);
+        EXPECT_EQ(RegistryKey().ReadValue(Hive::CurrentUser, ModuleKey, "Database"), s.user);
+        EXPECT_EQ(handler.messages.size(), s.messages);
+        EXPECT_EQ(FirstChannel(module), s.channel);
     }
+    EXPECT_EQ(module.Database(), files.first);
+    for (const auto& message : handler.messages)
+        EXPECT_EQ(message, std::make_pair(QString("CHANNELS_CHANGED"), QString("4")));
 }
 
-// The preview lists the file's categories and channels with their first and last sample, and
-// says so when the file is no logger database.
+// The preview lists the file's categories and channels with their first and last sample.
 TEST(SqliteConfigPreview, ShowsTheTreeOfTheChosenFile)
 {
     QTemporaryDir dir;
-    const QString good = dir.filePath("site.sqlite");
-    {
-        LoggerDatabase db(good);
-        SiteFixture::Write(db);
-    }
-    const QString junk = dir.filePath("junk.sqlite");
-    {
-        QFile file(junk);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray(4096, 'x'));
-    }
-
+    const QString good = SiteFixture::Write(dir.filePath("site.sqlite"));
     frm_SqliteConfig dialog(good, false);
     auto* tree = dialog.findChild<QTreeWidget*>("trv_Channels");
     ASSERT_NE(tree, nullptr);
@@ -223,11 +161,44 @@ TEST(SqliteConfigPreview, ShowsTheTreeOfTheChosenFile)
     EXPECT_TRUE(empty.front()->text(2).isEmpty());
     EXPECT_TRUE(dialog.findChild<QLabel*>("lbl_Preview")->text().startsWith("4 "));
 
+    // A file that is no logger database empties the tree and says so.
+    const QString junk = dir.filePath("junk.sqlite");
+    QFile file(junk);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(4096, 'x'));
+    file.close();
     auto* path = dialog.findChild<QLineEdit*>("txt_Database");
     path->setText(junk);
     emit path->editingFinished();
     EXPECT_EQ(tree->topLevelItemCount(), 0);
     EXPECT_TRUE(dialog.findChild<QLabel*>("lbl_Preview")->text().contains("nicht"));
+}
+
+// The built plug-in, loaded as the program loads it, declares its ProgID and creates working
+// modules for it only, in any case.
+TEST(SqlitePlugin, DeclaresItsProgIdAndCreatesWorkingModulesForItOnly)
+{
+    QPluginLoader loader(SORANO_SQLITE_PLUGIN);
+    const QJsonArray progIds = loader.metaData().value("MetaData").toObject().value("ProgIDs").toArray();
+    EXPECT_EQ(progIds, QJsonArray({ "Sorano.SQLite" }));
+    auto* factory = qobject_cast<DataModuleFactory*>(loader.instance());
+    ASSERT_TRUE(factory) << loader.errorString().toStdString();
+    EXPECT_EQ(factory->CreateModule("Sorano.CSV", { "Werk", "4" }), nullptr);
+    EXPECT_EQ(factory->CreateModule("", { "Werk", "4" }), nullptr);
+
+    TempSettings settings;
+    TwoDatabases files;
+    settings.SetUser(ModuleKey, "Database", files.first);
+    for (const QString progId : { "Sorano.SQLite", "sorano.sqlite" }) {
+        SCOPED_TRACE(progId.toStdString());
+        std::unique_ptr<QObject> object(factory->CreateModule(progId, { "Werk", "4" }));
+        auto* module = qobject_cast<DataModuleInterface*>(object.get());
+        ASSERT_TRUE(module);
+        EXPECT_GE(object->metaObject()->indexOfMethod("ShowConfig()"), 0);
+        qint32 status = 0;
+        EXPECT_EQ(module->Initialize(QString(), status), 1);
+        EXPECT_EQ(FirstChannel(*module), "301");
+    }
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 
 #include "Calendar.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -13,7 +14,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <tuple>
 
 namespace {
 
@@ -24,74 +24,67 @@ class SqliteDataModuleTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(dir.isValid());
-        path = dir.filePath("site.sqlite");
-        {
-            LoggerDatabase db(path);
-            Write(db);
-        }
-        settings.SetUser("Software\\HARVOLD\\ModuleSettings\\Werk", "Database", path);
+        site = Write(dir.filePath("site.sqlite"));
+        bytes = FileBytes(site);
+        modified = QFileInfo(site).lastModified();
+        Open(site);
+    }
+
+    // Reading leaves the file as it was, and leaves no journal or other file beside it.
+    void TearDown() override
+    {
+        module.reset();
+        EXPECT_EQ(FileBytes(site), bytes);
+        EXPECT_EQ(QFileInfo(site).lastModified(), modified);
+        EXPECT_EQ(QDir(dir.path()).entryList({ "*-*" }, QDir::Files), QStringList());
+    }
+
+    void Open(const QString& path)
+    {
         module = std::make_unique<SqliteDataModule>(DataModuleRegistration { "Werk", "4" });
         module->SetMessageHandler(&handler);
         qint32 status = 0;
-        ASSERT_EQ(module->Initialize(QString(), status), 1);
+        ASSERT_EQ(module->Initialize(path, status), 1);
         ASSERT_EQ(status, 1);
-    }
-
-    // A collection as the program passes it: one channel object per id, keyed by the id.
-    static ChannelCollection Request(const QStringList& ids)
-    {
-        ChannelCollection channels;
-        for (const QString& id : ids) {
-            auto channel = std::make_shared<DataMatrix>();
-            channel->SetChannelID(id);
-            channels.Add(channel, id);
-        }
-        return channels;
     }
 
     TempSettings settings;
     QTemporaryDir dir;
-    QString path;
+    QString site;
+    QByteArray bytes;
+    QDateTime modified;
     RecordingHandler handler;
     std::unique_ptr<SqliteDataModule> module;
 };
 
-TEST_F(SqliteDataModuleTest, OverviewDeliversOneChannelObjectPerChannelWithoutData)
+TEST_F(SqliteDataModuleTest, OverviewAndStructureListTheChannelsInTheirFormats)
 {
-    ChannelCollection channels;
-    channels.AddText("left over from an earlier call");
+    // The overview gives one channel object per channel, without data, in place of what the
+    // collection held.
+    ChannelCollection overview;
+    overview.AddText("left over from an earlier call");
     qint32 status = 0;
-    EXPECT_EQ(module->GetChannelOverview(channels, status), 1);
+    EXPECT_EQ(module->GetChannelOverview(overview, status), 1);
     EXPECT_EQ(status, 1);
-
-    const std::vector<std::tuple<QString, QString, QString, int>> expected = { { "301", "Leistung", "kW", 3 },
-        { "302", "cos phi", "", 8 }, { "303", "Phase L1", "kW", 3 }, { "304", "Leer", "kWh", 2 } };
-    ASSERT_EQ(channels.Count(), static_cast<qsizetype>(expected.size()));
-    for (size_t i = 0; i < expected.size(); ++i) {
-        const auto& [id, name, unit, type] = expected[i];
-        SCOPED_TRACE(id.toStdString());
-        const DataMatrixPtr channel = channels.Channel(static_cast<qsizetype>(i));
+    QStringList shown;
+    for (qsizetype i = 0; i < overview.Count(); ++i) {
+        const DataMatrixPtr channel = overview.Channel(i);
         ASSERT_TRUE(channel);
-        EXPECT_EQ(channels.Key(static_cast<qsizetype>(i)), id);
-        EXPECT_EQ(channel->ChannelID(), id);
-        EXPECT_EQ(channel->ChannelName(), name);
-        EXPECT_EQ(channel->Unit(), unit);
-        EXPECT_EQ(channel->DataType(), type);
+        EXPECT_EQ(overview.Key(i), channel->ChannelID());
         EXPECT_EQ(channel->ModuleAddress(), 4);
         EXPECT_FALSE(channel->DataBlock());
+        shown << QString("%1 %2 [%3] %4")
+                     .arg(channel->ChannelID(), channel->ChannelName(), channel->Unit())
+                     .arg(channel->DataType());
     }
-}
+    EXPECT_EQ(
+        shown, QStringList({ "301 Leistung [kW] 3", "302 cos phi [] 8", "303 Phase L1 [kW] 3", "304 Leer [kWh] 2" }));
 
-TEST_F(SqliteDataModuleTest, StructureListsParentsBeforeChildrenInTheStringFormats)
-{
-    QStringList categories { "stale" };
-    QStringList channels { "stale" };
-    qint32 status = 0;
+    // Parents come before their children. "$" inside a name would split it: it is written as
+    // "_". A category without a kind has four fields and shows as a plain category.
+    QStringList categories { "stale" }, channels { "stale" };
     EXPECT_EQ(module->GetChannelStructure(categories, channels, status), 1);
     EXPECT_EQ(status, 1);
-    // "$" inside a name would split it: it is written as "_". A category without a kind has
-    // four fields and shows as a plain category.
     EXPECT_EQ(categories,
         QStringList({ "10$Werk$$0$FOLDER", "40$Sonstiges$$0", "20$Halle _1$Nord$10$FOLDER",
             "30$Logger 7$Keller$20$MEASURING" }));
@@ -200,75 +193,58 @@ TEST_F(SqliteDataModuleTest, GetDataFillsEveryListedChannelAndEndsWithTheResolut
     }
 }
 
-TEST_F(SqliteDataModuleTest, GetDataReplacesOldBlocksAndIgnoresIdsWithoutAChannelObject)
+TEST_F(SqliteDataModuleTest, RepeatedCallsGiveEveryChannelANewBlockOfItsOwnSamples)
 {
-    ChannelCollection channels = Request({ "301" });
-    const MatrixBlockPtr old = MatrixBlock::Create(3, 2);
-    channels.Channel(0)->SetDataBlock(old);
-    qint32 status = 0;
-    // 302 is listed but not in the collection: nothing to fill, and no failure.
-    module->GetData("302;301", channels, Day + 1, Day + 2, status);
-    EXPECT_EQ(status, 1);
-    EXPECT_EQ(old->Rows(), 3);
-    EXPECT_NE(channels.Channel(0)->DataBlock(), old);
-    EXPECT_EQ(channels.Channel(0)->DataBlock()->Rows(), 0);
-    ASSERT_EQ(channels.Count(), 2);
-    // Only the delivered channel decides the resolution.
-    EXPECT_EQ(channels.Text(1), "SQLITE;900");
-}
-
-TEST_F(SqliteDataModuleTest, EachChannelGetsItsOwnSamplesAcrossRepeatedCalls)
-{
-    // The module keeps its work buffers between calls and channels; a shorter result must not
-    // carry rows of a longer one.
+    // The module keeps its work buffers between calls; a shorter result must not carry rows of a
+    // longer one, and a block handed out before stays as it was.
     ChannelCollection channels = Request({ "301", "302" });
     qint32 status = 0;
     module->GetData("301;302", channels, Day, Day + 1, status);
+    const MatrixBlockPtr old = channels.Channel("301")->DataBlock();
     module->GetData("302;301", channels, Day, Day + 2 * Quarter, status);
+    EXPECT_EQ(old->Rows(), PowerSamples);
+    ASSERT_EQ(channels.Channel("301")->DataBlock()->Rows(), 3);
+    EXPECT_EQ(channels.Channel("301")->DataBlock()->At(2, 1), 3.0);
     const MatrixBlockPtr cosPhi = channels.Channel("302")->DataBlock();
     ASSERT_EQ(cosPhi->Rows(), CosPhiSamples);
     for (int k = 0; k < CosPhiSamples; ++k) {
         EXPECT_NEAR(cosPhi->At(k, 0), Day + k * Minute, 1e-9);
         EXPECT_DOUBLE_EQ(cosPhi->At(k, 1), 0.05 - 0.02 * k);
     }
-    ASSERT_EQ(channels.Channel("301")->DataBlock()->Rows(), 3);
-    EXPECT_EQ(channels.Channel("301")->DataBlock()->At(2, 1), 3.0);
+
+    // 302 is listed but not in the collection: nothing to fill, no failure, and only the
+    // delivered channel decides the resolution.
+    ChannelCollection one = Request({ "301" });
+    module->GetData("302;301", one, Day + 1, Day + 2, status);
+    EXPECT_EQ(status, 1);
+    ASSERT_EQ(one.Count(), 2);
+    EXPECT_EQ(one.Channel(0)->DataBlock()->Rows(), 0);
+    EXPECT_EQ(one.Text(1), "SQLITE;900");
 }
 
-TEST(SqliteDataModuleHostile, OddRowsNeitherHangNorLeakIntoTheValues)
+TEST_F(SqliteDataModuleTest, OddRowsNeitherHangNorLeakIntoTheValues)
 {
-    TempSettings settings;
-    QTemporaryDir dir;
-    const QString path = dir.filePath("odd.sqlite");
-    {
-        LoggerDatabase db(path);
-        // Two categories that are each other's parent, one that is its own parent, and an orphan.
-        db.AddCategory(1, "A", "", 2, "FOLDER");
-        db.AddCategory(2, "B", "", 1, "FOLDER");
-        db.AddCategory(3, "C", "", 3, "FOLDER");
-        db.AddCategory(4, "Waise", "", 77, "MEASURING");
-        db.AddChannel(5, "Zyklus", "kW", 3, 4, 5);
-        db.AddChannel(6, "Kanal", "kW", 3, 4);
-        db.Exec("INSERT INTO samples VALUES (6, 1.0, 'kaputt'), (6, 2.0, 2.5), (6, 3.0, x'00ff')");
-        db.SetInfo("resolution", "schnell");
-    }
-    settings.SetUser("Software\\HARVOLD\\ModuleSettings\\Odd", "Database", path);
-    SqliteDataModule module(DataModuleRegistration { "Odd", "1" });
-    RecordingHandler handler;
-    module.SetMessageHandler(&handler);
-    qint32 status = 0;
-    ASSERT_EQ(module.Initialize(QString(), status), 1);
+    // Two categories that are each other's parent, one that is its own parent, an orphan, a
+    // channel that is its own parent, values that are no numbers and an unreadable resolution.
+    const QString odd = dir.filePath("odd.sqlite");
+    WriteDatabase(odd,
+        "INSERT INTO categories VALUES (1, 'A', '', 2, 'FOLDER', 0), (2, 'B', '', 1, 'FOLDER', 0),"
+        " (3, 'C', '', 3, 'FOLDER', 0), (4, 'Waise', '', 77, 'MEASURING', 0);"
+        "INSERT INTO channels VALUES (5, 'Zyklus', 'kW', 3, 4, 5, 0), (6, 'Kanal', 'kW', 3, 4, 0, 0);"
+        "INSERT INTO samples VALUES (6, 1.0, 'kaputt'), (6, 2.0, 2.5), (6, 3.0, x'00ff');"
+        "INSERT INTO info VALUES ('resolution', 'schnell')");
+    Open(odd);
     // The unreadable resolution is reported and counts as unknown.
     EXPECT_EQ(handler.CountAtLeast(2), 1);
 
     QStringList categories, channels;
-    EXPECT_EQ(module.GetChannelStructure(categories, channels, status), 1);
+    qint32 status = 0;
+    EXPECT_EQ(module->GetChannelStructure(categories, channels, status), 1);
     EXPECT_EQ(categories, QStringList({ "4$Waise$$77$MEASURING" }));
     EXPECT_EQ(channels, QStringList({ "6$Kanal$$4$0$0" }));
 
-    ChannelCollection data;
-    data.Add(std::make_shared<DataMatrix>(), "6");
-    module.GetData("6", data, 0.0, 10.0, status);
+    ChannelCollection data = Request({ "6" });
+    module->GetData("6", data, 0.0, 10.0, status);
     const MatrixBlockPtr block = data.Channel(0)->DataBlock();
     ASSERT_EQ(block->Rows(), 3);
     EXPECT_EQ(block->At(0, 1), -1e300);

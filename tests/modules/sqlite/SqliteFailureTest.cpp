@@ -7,14 +7,12 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <sqlite3.h>
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <random>
 
 namespace {
@@ -26,8 +24,6 @@ const QString ModuleKey = QStringLiteral("Software\\HARVOLD\\ModuleSettings\\Wer
 class SqliteFailureTest : public ::testing::Test
 {
 protected:
-    void SetUp() override { ASSERT_TRUE(dir.isValid()); }
-
     std::unique_ptr<SqliteDataModule> MakeModule(const QString& database)
     {
         settings.SetUser(ModuleKey, "Database", database);
@@ -36,32 +32,29 @@ protected:
         return module;
     }
 
-    QString WriteSite(const QString& name, int extraSamples = 0)
+    // The site with 20000 more samples, so that the file spans many pages.
+    QString WriteBigSite(const QString& name)
     {
         const QString path = dir.filePath(name);
-        LoggerDatabase db(path);
-        Write(db);
-        if (extraSamples > 0) {
-            db.Exec("BEGIN");
-            db.Exec(QString("WITH RECURSIVE k(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM k WHERE n < %1) "
-                            "INSERT INTO samples SELECT 305, %2 + n / 1440.0, n * 0.5 FROM k")
-                        .arg(extraSamples)
-                        .arg(Day + 1));
-            db.Exec("COMMIT");
-        }
+        WriteDatabase(path,
+            Sql()
+                + QString("WITH RECURSIVE k(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM k WHERE n < 20000) "
+                          "INSERT INTO samples SELECT 305, %1 + n / 1440.0, n * 0.5 FROM k")
+                      .arg(Day + 1));
         return path;
     }
 
-    static void WriteFile(const QString& path, const QByteArray& bytes)
+    QString WriteFile(const QString& name, const QByteArray& bytes)
     {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        QFile file(dir.filePath(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
         file.write(bytes);
+        return file.fileName();
     }
 
     // After a failed Initialize every other operation fails quietly too, and GetData still
     // hands back empty blocks and its closing text.
-    void ExpectNoUsefulAnswers(SqliteDataModule& module)
+    static void ExpectNoUsefulAnswers(SqliteDataModule& module)
     {
         qint32 status = 1;
         ChannelCollection overview;
@@ -74,8 +67,7 @@ protected:
         EXPECT_NE(status, 1);
         EXPECT_TRUE(categories.isEmpty());
 
-        ChannelCollection data;
-        data.Add(std::make_shared<DataMatrix>(), "301");
+        ChannelCollection data = Request({ "301" });
         module.GetData("301", data, Day - 1, Day + 1, status);
         EXPECT_NE(status, 1);
         ASSERT_EQ(data.Count(), 2);
@@ -96,100 +88,63 @@ protected:
 
 TEST_F(SqliteFailureTest, UnusableFilesGiveAStatusAndALogLine)
 {
+    std::mt19937_64 random(7);
+    QByteArray noise(64 * 1024, Qt::Uninitialized);
+    for (char& b : noise)
+        b = static_cast<char>(random());
+    const QByteArray whole = FileBytes(WriteBigSite("whole.sqlite"));
+    WriteDatabase(dir.filePath("crm.sqlite"), "CREATE TABLE customers (id INTEGER PRIMARY KEY, name TEXT)", false);
+    WriteDatabase(dir.filePath("old.sqlite"),
+        "CREATE TABLE categories (id, name, remark, parent, kind, path_id);"
+        "CREATE TABLE channels (id, name, unit, data_type, category, parent_channel, path_id);"
+        "CREATE TABLE samples (channel, time)",
+        false);
     const struct
     {
         const char* name;
-        std::function<QString()> make; // returns the configured database
+        QString database;
         qint32 expected;
     } cases[] = {
-        { "nothing configured", [] { return QString(); }, SqliteDataModule::NoDatabase },
-        { "missing file", [&] { return dir.filePath("nowhere.sqlite"); }, SqliteDataModule::FileMissing },
-        { "a folder", [&] { return dir.path(); }, SqliteDataModule::FileMissing },
-        { "random bytes",
-            [&] {
-                std::mt19937_64 random(7);
-                QByteArray bytes(64 * 1024, Qt::Uninitialized);
-                for (char& b : bytes)
-                    b = static_cast<char>(random());
-                WriteFile(dir.filePath("random.sqlite"), bytes);
-                return dir.filePath("random.sqlite");
-            },
+        { "nothing configured", QString(), SqliteDataModule::NoDatabase },
+        { "missing file", dir.filePath("nowhere.sqlite"), SqliteDataModule::FileMissing },
+        { "a folder", dir.path(), SqliteDataModule::FileMissing },
+        { "random bytes", WriteFile("random.sqlite", noise), SqliteDataModule::Corrupt },
+        { "a CSV file", WriteFile("export.sqlite", "Zeit;Leistung [kW]\n01.01.2025 00:15;12,5\n"),
             SqliteDataModule::Corrupt },
-        { "a CSV file",
-            [&] {
-                WriteFile(dir.filePath("export.sqlite"), "Zeit;Leistung [kW]\n01.01.2025 00:15;12,5\n");
-                return dir.filePath("export.sqlite");
-            },
+        { "truncated database", WriteFile("truncated.sqlite", whole.left(whole.size() / 3)),
             SqliteDataModule::Corrupt },
-        { "truncated database",
-            [&] {
-                const QString whole = WriteSite("whole.sqlite", 20000);
-                const QByteArray bytes = FileBytes(whole);
-                WriteFile(dir.filePath("truncated.sqlite"), bytes.left(bytes.size() / 3));
-                return dir.filePath("truncated.sqlite");
-            },
-            SqliteDataModule::Corrupt },
-        { "empty file",
-            [&] {
-                WriteFile(dir.filePath("empty.sqlite"), QByteArray());
-                return dir.filePath("empty.sqlite");
-            },
-            SqliteDataModule::ForeignSchema },
-        { "another application's database",
-            [&] {
-                LoggerDatabase db(dir.filePath("crm.sqlite"), false);
-                db.Exec("CREATE TABLE customers (id INTEGER PRIMARY KEY, name TEXT)");
-                return dir.filePath("crm.sqlite");
-            },
-            SqliteDataModule::ForeignSchema },
-        { "samples without values",
-            [&] {
-                LoggerDatabase db(dir.filePath("old.sqlite"), false);
-                db.Exec("CREATE TABLE categories (id, name, remark, parent, kind, path_id);"
-                        "CREATE TABLE channels (id, name, unit, data_type, category, parent_channel, path_id);"
-                        "CREATE TABLE samples (channel, time)");
-                return dir.filePath("old.sqlite");
-            },
-            SqliteDataModule::ForeignSchema },
+        { "empty file", WriteFile("empty.sqlite", QByteArray()), SqliteDataModule::ForeignSchema },
+        { "another application's database", dir.filePath("crm.sqlite"), SqliteDataModule::ForeignSchema },
+        { "samples without values", dir.filePath("old.sqlite"), SqliteDataModule::ForeignSchema },
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         handler.lines.clear();
-        const QString database = c.make();
-        const QByteArray before = FileBytes(database);
-        auto module = MakeModule(database);
+        const QByteArray before = FileBytes(c.database);
+        auto module = MakeModule(c.database);
         qint32 status = 0;
+        // The self-check does not need the database.
+        EXPECT_EQ(module->SelfCheck(status), 1);
+        EXPECT_TRUE(handler.lines.empty());
         EXPECT_EQ(module->Initialize(QString(), status), c.expected);
         EXPECT_EQ(status, c.expected);
         ASSERT_GE(handler.CountAtLeast(3), 1);
         EXPECT_EQ(handler.lines.front().source, "SqliteDataModule.Initialize");
         EXPECT_EQ(handler.lines.front().level, 3);
-        if (!database.isEmpty()) {
-            EXPECT_TRUE(handler.lines.front().text.contains(database)) << handler.lines.front().text.toStdString();
-        }
+        EXPECT_TRUE(handler.lines.front().text.contains(c.database)) << handler.lines.front().text.toStdString();
         ExpectNoUsefulAnswers(*module);
-        EXPECT_EQ(FileBytes(database), before);
+        EXPECT_EQ(FileBytes(c.database), before);
     }
-}
-
-TEST_F(SqliteFailureTest, SelfCheckDoesNotNeedTheDatabase)
-{
-    auto module = MakeModule(dir.filePath("nowhere.sqlite"));
-    qint32 status = 0;
-    EXPECT_EQ(module->SelfCheck(status), 1);
-    EXPECT_EQ(status, 1);
-    EXPECT_TRUE(handler.lines.empty());
 }
 
 TEST_F(SqliteFailureTest, ALockedDatabaseFailsWithinTheBusyTimeoutAndRecovers)
 {
-    const QString path = WriteSite("site.sqlite");
+    const QString path = Write(dir.filePath("site.sqlite"));
     settings.SetUser(ModuleKey, "BusyTimeout", "50");
     auto module = MakeModule(path);
 
-    sqlite3* writer = nullptr;
-    ASSERT_EQ(sqlite3_open_v2(QFile::encodeName(path).constData(), &writer, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
-    const auto exec = [&](const char* sql) { return sqlite3_exec(writer, sql, nullptr, nullptr, nullptr); };
+    const SqliteConnection writer = OpenWriter(path);
+    const auto exec = [&](const char* sql) { return sqlite3_exec(writer.get(), sql, nullptr, nullptr, nullptr); };
 
     // Locked while the module opens the file.
     ASSERT_EQ(exec("BEGIN EXCLUSIVE"), SQLITE_OK);
@@ -203,9 +158,7 @@ TEST_F(SqliteFailureTest, ALockedDatabaseFailsWithinTheBusyTimeoutAndRecovers)
     // Between calls the module holds no lock, so the writer gets its lock at once; reading
     // during the writer's transaction fails, and the channels are left empty.
     ASSERT_EQ(exec("BEGIN EXCLUSIVE"), SQLITE_OK);
-    ChannelCollection data;
-    data.Add(std::make_shared<DataMatrix>(), "301");
-    data.Add(std::make_shared<DataMatrix>(), "302");
+    ChannelCollection data = Request({ "301", "302" });
     module->GetData("301;302", data, Day - 1, Day + 1, status);
     EXPECT_EQ(status, SqliteDataModule::Locked);
     EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), 0);
@@ -218,43 +171,15 @@ TEST_F(SqliteFailureTest, ALockedDatabaseFailsWithinTheBusyTimeoutAndRecovers)
     module->GetData("301;302", data, Day - 1, Day + 1, status);
     EXPECT_EQ(status, 1);
     EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), PowerSamples);
-    sqlite3_close(writer);
-}
-
-TEST_F(SqliteFailureTest, ReadingLeavesTheFileAndItsFolderAsTheyWere)
-{
-    const QString path = WriteSite("site.sqlite");
-    const QByteArray before = FileBytes(path);
-    const QDateTime modified = QFileInfo(path).lastModified();
-    {
-        auto module = MakeModule(path);
-        qint32 status = 0;
-        ASSERT_EQ(module->Initialize(QString(), status), 1);
-        ChannelCollection overview;
-        module->GetChannelOverview(overview, status);
-        QStringList categories, channels;
-        module->GetChannelStructure(categories, channels, status);
-        ChannelCollection data;
-        data.Add(std::make_shared<DataMatrix>(), "301");
-        module->GetData("301", data, Day - 1, Day + 1, status);
-        double date = 0;
-        module->GetFirstDate("301", date);
-        EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), PowerSamples);
-    }
-    EXPECT_EQ(FileBytes(path), before);
-    EXPECT_EQ(QFileInfo(path).lastModified(), modified);
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList({ "site.sqlite" }));
 }
 
 TEST_F(SqliteFailureTest, AnInterruptedWriteIsLeftForTheWriterToUndo)
 {
     // A logger that crashed inside a transaction leaves a hot journal. Rolling it back means
     // writing the database, which a reader must not do: it refuses the file instead.
-    const QString original = WriteSite("site.sqlite", 20000);
-    sqlite3* writer = nullptr;
-    ASSERT_EQ(
-        sqlite3_open_v2(QFile::encodeName(original).constData(), &writer, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(writer, "PRAGMA cache_size = 10; BEGIN; UPDATE samples SET value = -value;", nullptr,
+    const QString original = WriteBigSite("site.sqlite");
+    SqliteConnection writer = OpenWriter(original);
+    ASSERT_EQ(sqlite3_exec(writer.get(), "PRAGMA cache_size = 10; BEGIN; UPDATE samples SET value = -value;", nullptr,
                   nullptr, nullptr),
         SQLITE_OK);
     ASSERT_TRUE(QFile::exists(original + "-journal"));
@@ -262,8 +187,8 @@ TEST_F(SqliteFailureTest, AnInterruptedWriteIsLeftForTheWriterToUndo)
     const QString path = dir.filePath("crashed/site.sqlite");
     ASSERT_TRUE(QFile::copy(original + "-journal", path + "-journal"));
     ASSERT_TRUE(QFile::copy(original, path));
-    sqlite3_exec(writer, "ROLLBACK", nullptr, nullptr, nullptr);
-    sqlite3_close(writer);
+    sqlite3_exec(writer.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    writer.reset();
 
     const QByteArray database = FileBytes(path);
     const QByteArray journal = FileBytes(path + "-journal");

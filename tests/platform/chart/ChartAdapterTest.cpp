@@ -25,6 +25,12 @@ protected:
     }
     QCPGraph* Graph(int series) const { return chart.Plot()->graph(series); }
     double Stored(int series, int point) const { return Graph(series)->data()->at(point)->value; }
+    void Show(double xMax, double yMax)
+    {
+        chart.SetAxisRange(ChartAxis::X, 1, xMax);
+        chart.SetAxisRange(ChartAxis::Y1, 0, yMax);
+        chart.Replot();
+    }
 
     // True when a pixel within `radius` of `at` shows the primary colour given: its channels
     // that are full in `color` stand well above the others (lines are antialiased).
@@ -33,15 +39,13 @@ protected:
         for (int dy = -radius; dy <= radius; ++dy)
             for (int dx = -radius; dx <= radius; ++dx) {
                 const QColor pixel = image.pixelColor(int(at.x()) + dx, int(at.y()) + dy);
-                const int channels[3][2] = { { color.red(), pixel.red() }, { color.green(), pixel.green() },
-                    { color.blue(), pixel.blue() } };
                 int high = 255, low = 0;
-                for (const auto& [wanted, seen] : channels) {
+                for (const auto& [wanted, seen] : { std::pair { color.red(), pixel.red() },
+                         { color.green(), pixel.green() }, { color.blue(), pixel.blue() } })
                     if (wanted > 127)
                         high = std::min(high, seen);
                     else
                         low = std::max(low, seen);
-                }
                 if (high > 150 && high - low > 60)
                     return true;
             }
@@ -51,48 +55,7 @@ protected:
     ChartAdapter chart;
 };
 
-TEST_F(ChartAdapterTest, ValuesRoundTripWithHiddenPointsAsGaps)
-{
-    chart.OpenData(2, 5);
-    EXPECT_EQ(chart.Value(1, 4), ChartAdapter::HiddenPoint); // new points start hidden
-    chart.SetValue(0, 1, 3.5);
-    chart.SetValue(0, 2, ChartAdapter::HiddenPoint);
-    EXPECT_EQ(chart.Value(0, 1), 3.5);
-    EXPECT_TRUE(std::isnan(Stored(0, 2)));
-    EXPECT_EQ(chart.Value(0, 2), ChartAdapter::HiddenPoint);
-    for (int i = 0; i < 5; ++i)
-        EXPECT_EQ(Graph(0)->data()->at(i)->key, i + 1);
-
-    // Out of range: ignored, neutral answers.
-    chart.SetValue(0, 5, 1.0);
-    chart.SetValue(7, 0, 1.0);
-    EXPECT_EQ(chart.Value(0, 5), 0.0);
-    EXPECT_EQ(chart.Value(-1, 0), 0.0);
-    EXPECT_EQ(Graph(0)->data()->size(), 5);
-}
-
-TEST_F(ChartAdapterTest, OpenDataGrowsAndShrinksKeepingValues)
-{
-    chart.OpenData(1, 3);
-    const std::vector<double> values { 1, 2, 3 };
-    chart.SetValues(0, values);
-
-    chart.OpenData(3, 5);
-    ASSERT_EQ(chart.SeriesCount(), 3);
-    ASSERT_EQ(chart.Plot()->graphCount(), 3);
-    EXPECT_EQ(chart.PointCount(), 5);
-    EXPECT_EQ(chart.Value(0, 2), 3.0);
-    EXPECT_EQ(chart.Value(0, 3), ChartAdapter::HiddenPoint);
-    EXPECT_EQ(chart.Value(2, 0), ChartAdapter::HiddenPoint);
-    EXPECT_EQ(Graph(2)->data()->size(), 5);
-
-    chart.OpenData(1, 2);
-    EXPECT_EQ(chart.Plot()->graphCount(), 1);
-    EXPECT_EQ(Graph(0)->data()->size(), 2);
-    EXPECT_EQ(chart.Value(0, 1), 2.0);
-}
-
-TEST_F(ChartAdapterTest, SetValuesWritesInPlace)
+TEST_F(ChartAdapterTest, ValuesRoundTripInPlaceWithHiddenPointsAsGapsAndSurviveResizing)
 {
     constexpr int n = 1000;
     chart.OpenData(1, n);
@@ -103,15 +66,29 @@ TEST_F(ChartAdapterTest, SetValuesWritesInPlace)
     values[10] = ChartAdapter::HiddenPoint;
     chart.SetValues(0, values);
     EXPECT_EQ(&*Graph(0)->data()->constBegin(), first);
-    EXPECT_EQ(Graph(0)->data()->size(), n);
     EXPECT_EQ(chart.Value(0, 999), 499.5);
     EXPECT_TRUE(std::isnan(Stored(0, 10)));
+    EXPECT_EQ(chart.Value(0, 10), ChartAdapter::HiddenPoint);
+    for (int i : { 0, 1, 999 })
+        EXPECT_EQ(Graph(0)->data()->at(i)->key, i + 1);
+    chart.SetValues(0, std::vector<double> { -1, -2 }); // a shorter span rewrites its prefix only
+    chart.SetValue(0, 3, 3.5);
+    EXPECT_TRUE(chart.Value(0, 1) == -2.0 && chart.Value(0, 2) == 1.0 && chart.Value(0, 3) == 3.5);
+    // Out of range: ignored, neutral answers.
+    chart.SetValue(0, n, 1.0);
+    chart.SetValue(7, 0, 1.0);
+    EXPECT_TRUE(chart.Value(0, n) == 0.0 && chart.Value(-1, 0) == 0.0 && Graph(0)->data()->size() == n);
 
-    // A shorter span rewrites its prefix only.
-    const std::vector<double> head { -1, -2 };
-    chart.SetValues(0, head);
-    EXPECT_EQ(chart.Value(0, 1), -2.0);
+    chart.OpenData(3, n + 5); // new points start hidden
+    ASSERT_EQ(chart.Plot()->graphCount(), 3);
     EXPECT_EQ(chart.Value(0, 2), 1.0);
+    EXPECT_EQ(chart.Value(0, n), ChartAdapter::HiddenPoint);
+    EXPECT_EQ(chart.Value(2, 0), ChartAdapter::HiddenPoint);
+    EXPECT_EQ(Graph(2)->data()->size(), n + 5);
+    chart.OpenData(1, 2);
+    EXPECT_EQ(chart.Plot()->graphCount(), 1);
+    EXPECT_EQ(Graph(0)->data()->size(), 2);
+    EXPECT_EQ(chart.Value(0, 1), -2.0);
 }
 
 TEST_F(ChartAdapterTest, GalleriesAndStylesMapToGraphStyles)
@@ -126,18 +103,15 @@ TEST_F(ChartAdapterTest, GalleriesAndStylesMapToGraphStyles)
     chart.SetSeriesGallery(1, ChartGallery::Bar);
     EXPECT_EQ(Graph(1)->lineStyle(), QCPGraph::lsStepCenter);
     EXPECT_NE(Graph(1)->brush().style(), Qt::NoBrush);
-    chart.SetAxisRange(ChartAxis::X, 1, 100000); // bars too dense to fill one by one
-    chart.Replot();
+    Show(100000, 10); // bars too dense to fill one by one
     EXPECT_EQ(Graph(1)->lineStyle(), QCPGraph::lsImpulse);
-    chart.SetAxisRange(ChartAxis::X, 1, 10);
-    chart.Replot();
+    Show(10, 10);
     EXPECT_EQ(Graph(1)->lineStyle(), QCPGraph::lsStepCenter);
 
     chart.SetSeriesGallery(2, ChartGallery::Lines);
     chart.SetGallery(ChartGallery::Step); // series 3 follows the chart
     EXPECT_EQ(Graph(2)->lineStyle(), QCPGraph::lsLine);
     EXPECT_EQ(Graph(3)->lineStyle(), QCPGraph::lsStepLeft);
-
     chart.SetSeriesLineStyle(2, ChartLineStyle::DashDot);
     chart.SetSeriesColor(2, Qt::magenta);
     EXPECT_EQ(Graph(2)->pen().style(), Qt::DashDotLine);
@@ -145,24 +119,17 @@ TEST_F(ChartAdapterTest, GalleriesAndStylesMapToGraphStyles)
     EXPECT_TRUE(Graph(2)->pen().isCosmetic());
 }
 
-TEST_F(ChartAdapterTest, SecondAxisAppearsWithItsFirstSeries)
+TEST_F(ChartAdapterTest, PixelConversionsRoundTripOnBothAxesAndTheSecondAxisAppearsWithItsFirstSeries)
 {
     chart.OpenData(2, 10);
     EXPECT_FALSE(chart.AxisVisible(ChartAxis::Y2));
     chart.SetSeriesAxis(1, ChartAxis::Y2);
     EXPECT_TRUE(chart.AxisVisible(ChartAxis::Y2));
     EXPECT_EQ(Graph(1)->valueAxis(), chart.Plot()->yAxis2);
-    EXPECT_EQ(chart.SeriesAxis(1), ChartAxis::Y2);
-}
-
-TEST_F(ChartAdapterTest, PixelConversionsRoundTripOnBothAxes)
-{
     chart.SetAxisRange(ChartAxis::X, 1, 101);
     chart.SetAxisRange(ChartAxis::Y1, 0, 10);
     chart.SetAxisRange(ChartAxis::Y2, -50, 50);
-    chart.SetAxisVisible(ChartAxis::Y2, true);
     chart.Replot();
-
     for (int axis : { ChartAxis::Y1, ChartAxis::Y2 }) {
         const QPointF pixel = chart.PointToPixel(20, 5, axis);
         ASSERT_TRUE(chart.PlotArea().contains(pixel.toPoint()));
@@ -184,25 +151,17 @@ TEST_F(ChartAdapterTest, HitTestFindsNearestVisiblePoint)
         rising[size_t(i)] = i;
     chart.SetValues(0, rising);
     chart.SetValues(1, flat);
-    chart.SetAxisRange(ChartAxis::X, 1, 100);
-    chart.SetAxisRange(ChartAxis::Y1, 0, 100);
-    chart.Replot();
-
+    Show(100, 100);
     const QPointF near30 = chart.PointToPixel(31, 30, ChartAxis::Y1) + QPointF(2, -1);
-    ChartHit hit = chart.HitTest(near30);
-    EXPECT_EQ(hit.kind, ChartHit::Point);
-    EXPECT_EQ(hit.series, 0);
-    EXPECT_EQ(hit.point, 30);
-
+    const ChartHit hit = chart.HitTest(near30);
+    EXPECT_TRUE(hit.kind == ChartHit::Point && hit.series == 0 && hit.point == 30) << hit.series << ' ' << hit.point;
     chart.SetValue(0, 30, ChartAdapter::HiddenPoint);
     EXPECT_EQ(chart.HitTest(near30).kind, ChartHit::PlotArea);
     chart.SetValue(0, 30, 30);
     chart.SetSeriesVisible(0, false);
     EXPECT_EQ(chart.HitTest(near30).kind, ChartHit::PlotArea);
-
-    hit = chart.HitTest(chart.PointToPixel(61, 80, ChartAxis::Y1));
-    EXPECT_EQ(hit.series, 1);
-    EXPECT_EQ(hit.point, 60);
+    const ChartHit flatHit = chart.HitTest(chart.PointToPixel(61, 80, ChartAxis::Y1));
+    EXPECT_TRUE(flatHit.series == 1 && flatHit.point == 60) << flatHit.series << ' ' << flatHit.point;
     EXPECT_EQ(chart.HitTest(QPointF(1, 1)).kind, ChartHit::None);
 }
 
@@ -220,12 +179,10 @@ TEST_F(ChartAdapterTest, TitlesTakeRoomAndLegendListsVisibleSeries)
     chart.Replot();
     EXPECT_EQ(chart.PlotArea().top(), plain.top());
     EXPECT_GT(chart.PlotArea().left(), plain.left());
-    EXPECT_EQ(chart.Title(2), QStringLiteral("Load"));
 
     chart.OpenData(3, 10);
-    chart.SetSeriesLegend(0, QStringLiteral("P1"));
-    chart.SetSeriesLegend(1, QStringLiteral("P2"));
-    chart.SetSeriesLegend(2, QStringLiteral("P3"));
+    for (int series = 0; series < 3; ++series)
+        chart.SetSeriesLegend(series, QStringLiteral("P%1").arg(series + 1));
     chart.SetSeriesVisible(1, false);
     chart.SetLegend(true);
     QCPLegend* legend = chart.Plot()->legend;
@@ -242,9 +199,7 @@ TEST_F(ChartAdapterTest, ToolTipRequestCarriesTheHit)
         &chart, &ChartAdapter::ToolTipRequested, [&](const ChartHit& hit, const QPointF&) { hits.push_back(hit); });
     chart.OpenData(1, 10);
     chart.SetValue(0, 4, 0.5);
-    chart.SetAxisRange(ChartAxis::X, 1, 10);
-    chart.SetAxisRange(ChartAxis::Y1, 0, 1);
-    chart.Replot();
+    Show(10, 1);
     const QPoint pixel = chart.PointToPixel(5, 0.5, ChartAxis::Y1).toPoint();
     QHelpEvent rest(QEvent::ToolTip, pixel, chart.Plot()->mapToGlobal(pixel));
     QApplication::sendEvent(chart.Plot(), &rest);
@@ -252,31 +207,27 @@ TEST_F(ChartAdapterTest, ToolTipRequestCarriesTheHit)
     chart.SetToolTips(true);
     QApplication::sendEvent(chart.Plot(), &rest);
     ASSERT_EQ(hits.size(), 1u);
-    EXPECT_EQ(hits[0].kind, ChartHit::Point);
-    EXPECT_EQ(hits[0].point, 4);
+    EXPECT_TRUE(hits[0].kind == ChartHit::Point && hits[0].point == 4) << hits[0].kind << ' ' << hits[0].point;
 }
 
 TEST_F(ChartAdapterTest, LabelHandlerRewritesTickLabels)
 {
-    std::vector<std::pair<int, double>> calls;
+    int xCalls = 0;
     chart.SetLabelHandler([&](int axis, double value, const QString& text) {
-        calls.emplace_back(axis, value);
+        if (axis == ChartAxis::X) {
+            ++xCalls;
+            EXPECT_EQ(value, std::round(value)); // point numbers
+        }
         return QStringLiteral("<%1>").arg(text);
     });
     chart.SetAxisRange(ChartAxis::X, 1, 37);
     chart.Replot();
     const QVector<QString> labels = chart.Plot()->xAxis->tickVectorLabels();
     ASSERT_FALSE(labels.isEmpty());
+    EXPECT_GT(xCalls, 0);
     for (const QString& label : labels)
         EXPECT_TRUE(label.startsWith(QLatin1Char('<')) && label.endsWith(QLatin1Char('>'))) << label.toStdString();
     EXPECT_TRUE(chart.Plot()->yAxis->tickVectorLabels().first().startsWith(QLatin1Char('<')));
-    bool sawX = false;
-    for (const auto& [axis, value] : calls)
-        if (axis == ChartAxis::X) {
-            sawX = true;
-            EXPECT_EQ(value, std::round(value)); // point numbers
-        }
-    EXPECT_TRUE(sawX);
 
     // Wide date labels get fewer ticks, so that they stand side by side.
     chart.SetLabelHandler([](int axis, double, const QString& text) {
@@ -333,26 +284,19 @@ TEST_F(ChartAdapterTest, PictureShowsSeriesGapsConstantLinesAndAnnotations)
 {
     chart.OpenData(1, 100);
     std::vector<double> values(100, 5.0);
-    for (int i = 40; i < 60; ++i)
-        values[size_t(i)] = ChartAdapter::HiddenPoint;
+    std::fill(values.begin() + 40, values.begin() + 60, ChartAdapter::HiddenPoint);
     chart.SetValues(0, values);
     chart.SetSeriesColor(0, Qt::red);
-    chart.SetAxisRange(ChartAxis::X, 1, 100);
-    chart.SetAxisRange(ChartAxis::Y1, 0, 10);
-
     const int line = chart.AddConstantLine();
-    EXPECT_EQ(line, 0);
     chart.SetConstantLineAxis(line, ChartAxis::X);
     chart.SetConstantLineValue(line, 80);
     chart.SetConstantLineColor(line, Qt::green);
-
     ChartAnnotation* box = chart.Annotations().AddText();
     box->SetBackColor(Qt::blue);
     box->SetGeometry(100, 100, 80, 30);
-    chart.Replot();
+    Show(100, 10);
+    EXPECT_FALSE(HasColorNear(chart.ToImage(800, 500), chart.PointToPixel(80, 8, ChartAxis::Y1), Qt::green));
 
-    const QImage hiddenLine = chart.ToImage(800, 500);
-    EXPECT_FALSE(HasColorNear(hiddenLine, chart.PointToPixel(80, 8, ChartAxis::Y1), Qt::green));
     chart.SetConstantLineHidden(line, false);
     chart.Replot();
     const QImage image = chart.ToImage(800, 500);
@@ -360,7 +304,6 @@ TEST_F(ChartAdapterTest, PictureShowsSeriesGapsConstantLinesAndAnnotations)
     EXPECT_FALSE(HasColorNear(image, chart.PointToPixel(50, 5, ChartAxis::Y1), Qt::red, 3)); // the gap
     EXPECT_TRUE(HasColorNear(image, chart.PointToPixel(80, 8, ChartAxis::Y1), Qt::green));
     EXPECT_TRUE(HasColorNear(image, QPointF(140, 115), Qt::blue));
-
     box->SetLeft(-1000); // parked
     EXPECT_FALSE(HasColorNear(chart.ToImage(800, 500), QPointF(140, 115), Qt::blue));
 }
@@ -377,8 +320,7 @@ TEST_F(ChartAdapterTest, SvgHoldsTheChartAndAnnotationText)
     QFile svg(file);
     ASSERT_TRUE(svg.open(QIODevice::ReadOnly));
     const QByteArray content = svg.readAll();
-    EXPECT_TRUE(content.contains("<svg"));
-    EXPECT_TRUE(content.contains("Peak load"));
+    EXPECT_TRUE(content.contains("<svg") && content.contains("Peak load"));
     EXPECT_FALSE(chart.SaveSvg(dir.filePath(QStringLiteral("missing/chart.svg")), 640, 400));
 }
 
