@@ -451,8 +451,6 @@ ChartAdapter::ChartAdapter(QWidget* parent)
     setFocusProxy(plot);
 
     plot->addLayer(ChartLayer::Depth, plot->layer(QStringLiteral("background")), QCustomPlot::limAbove);
-    plot->addLayer(ChartLayer::Annotations, plot->layer(QStringLiteral("main")), QCustomPlot::limAbove);
-    plot->layer(ChartLayer::Annotations)->setMode(QCPLayer::lmBuffered);
     plot->layer(ChartLayer::Overlay)->setMode(QCPLayer::lmBuffered);
     plot->setCurrentLayer(QStringLiteral("main"));
 

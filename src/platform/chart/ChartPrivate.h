@@ -15,8 +15,10 @@
 // Layer names of the chart, bottom to top where they matter.
 namespace ChartLayer {
 inline const QString Depth = QStringLiteral("depth"); // above "background"
-inline const QString Annotations = QStringLiteral("annotations"); // above "main"
 inline const QString Overlay = QStringLiteral("overlay"); // the library's top layer
+// Annotations share the top layer with the cross hairs: each buffered layer is one more
+// picture to clear and compose at every replot, and both change without the curves.
+inline const QString Annotations = Overlay;
 } // namespace ChartLayer
 
 // The plotting widget; tells whether a single layer can be replotted on its own.
