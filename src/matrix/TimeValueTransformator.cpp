@@ -118,7 +118,11 @@ void TimeValueTransformator::Init(double dateFrom, double dateTo, const QString&
     }
 
     auto cells = FreshMemory::Zeros<std::vector<double>>(static_cast<std::size_t>(rows));
-    m_steps = FreshMemory::Zeros<std::vector<Step>>(static_cast<std::size_t>(rows));
+    // The steps of the last grid are overwritten where they fit, as at every navigation step.
+    if (m_steps.capacity() >= static_cast<std::size_t>(rows))
+        m_steps.assign(static_cast<std::size_t>(rows), Step{0, 0});
+    else
+        m_steps = FreshMemory::Zeros<std::vector<Step>>(static_cast<std::size_t>(rows));
     // Each row is computed from the one before, so months of unequal length stay exact.
     double next = dateFrom;
     for (std::size_t i = 0; i < cells.size(); ++i) {

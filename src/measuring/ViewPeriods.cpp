@@ -206,26 +206,20 @@ std::vector<qsizetype> RoundTimeRows(std::span<const double> times, qsizetype fi
     if (step->ms < D) {
         const std::int64_t aligned = (from + step->ms - 1) / step->ms * step->ms;
         tick = double(aligned / D) + double(aligned % D) / double(D);
-    } else {
+    } else if (step->unit == U::Day || step->unit == U::Week) {
         double day = Calendar::FromParts(parts.year, parts.month, parts.day);
-        if (step->unit == U::Day) {
-            if (Calendar::ToMilliseconds(day) < from)
-                day += 1;
-            tick = day;
-        } else if (step->unit == U::Week) {
-            // Weeks start on Monday (weekday 2, Sunday being 1).
-            if (Calendar::ToMilliseconds(day) < from)
-                day += 1;
-            tick = day + double((9 - Calendar::Weekday(day)) % 7);
-        } else {
-            const int months = step->unit == U::Month ? step->count : 12 * step->count;
-            // Months counted from January of year 0, so that quarters begin in January, April ...
-            std::int64_t index = std::int64_t(parts.year) * 12 + parts.month - 1;
-            if (Calendar::ToMilliseconds(Calendar::FromParts(parts.year, parts.month, 1)) < from)
-                ++index;
-            index = (index + months - 1) / months * months;
-            tick = Calendar::FromParts(int(index / 12), int(index % 12) + 1, 1);
-        }
+        if (Calendar::ToMilliseconds(day) < from)
+            day += 1;
+        // Weeks start on Monday (weekday 2, Sunday being 1).
+        tick = step->unit == U::Week ? day + double((9 - Calendar::Weekday(day)) % 7) : day;
+    } else {
+        const int months = step->unit == U::Month ? step->count : 12 * step->count;
+        // Months counted from January of year 0, so that quarters begin in January, April ...
+        std::int64_t index = std::int64_t(parts.year) * 12 + parts.month - 1;
+        if (Calendar::ToMilliseconds(Calendar::FromParts(parts.year, parts.month, 1)) < from)
+            ++index;
+        index = (index + months - 1) / months * months;
+        tick = Calendar::FromParts(int(index / 12), int(index % 12) + 1, 1);
     }
 
     const auto begin = times.begin() + first;
@@ -240,12 +234,7 @@ std::vector<qsizetype> RoundTimeRows(std::span<const double> times, qsizetype fi
         const qsizetype row = first + qsizetype(found - begin);
         if (row <= last && (rows.empty() || row > rows.back()))
             rows.push_back(row);
-        if (step->ms < D) {
-            const std::int64_t next = at + step->ms;
-            tick = double(next / D) + double(next % D) / double(D);
-        } else {
-            tick = Calendar::Add(step->unit, step->count, tick);
-        }
+        tick = Calendar::Add(step->unit, step->count, tick);
     }
     return rows;
 }
