@@ -573,20 +573,24 @@ double ChartAdapter::Value(int series, qsizetype point) const
 
 bool ChartAdapter::ValueRange(int axis, double& min, double& max) const
 {
-    bool found = false;
+    // Gaps are NaN, which fails both comparisons: the loop needs no test for them and no branch.
+    double low = std::numeric_limits<double>::infinity();
+    double high = -low;
     for (const ChartSeries& s : d->series) {
         if (s.axis != axis)
             continue;
         const QCPGraphDataContainer& data = *s.graph->data();
         for (auto it = data.constBegin(); it != data.constEnd(); ++it) {
-            if (std::isnan(it->value))
-                continue;
-            min = found ? std::min(min, it->value) : it->value;
-            max = found ? std::max(max, it->value) : it->value;
-            found = true;
+            const double value = it->value;
+            low = value < low ? value : low;
+            high = value > high ? value : high;
         }
     }
-    return found;
+    if (!(low <= high))
+        return false;
+    min = low;
+    max = high;
+    return true;
 }
 
 void ChartAdapter::SetValues(int series, std::span<const double> values)
