@@ -91,6 +91,31 @@ TEST_F(ChartAdapterTest, ValuesRoundTripInPlaceWithHiddenPointsAsGapsAndSurviveR
     EXPECT_EQ(chart.Value(0, 1), -2.0);
 }
 
+TEST_F(ChartAdapterTest, ValueRangeSpansTheShownValuesOfOneAxis)
+{
+    constexpr double Hidden = ChartAdapter::HiddenPoint;
+    chart.OpenData(3, 4);
+    chart.SetValues(0, std::vector<double> { Hidden, 2, -3, Hidden });
+    chart.SetValues(1, std::vector<double> { 7, Hidden, 0.5, Hidden });
+    chart.SetValues(2, std::vector<double> { 100, 200, 300, 400 });
+    chart.SetSeriesAxis(2, ChartAxis::Y2);
+    double min = 0, max = 0;
+    ASSERT_TRUE(chart.ValueRange(ChartAxis::Y1, min, max));
+    EXPECT_EQ(min, -3);
+    EXPECT_EQ(max, 7);
+    ASSERT_TRUE(chart.ValueRange(ChartAxis::Y2, min, max));
+    EXPECT_EQ(min, 100);
+    EXPECT_EQ(max, 400);
+
+    // Only gaps: nothing found, the bounds stay.
+    chart.SetValues(2, std::vector<double>(4, Hidden));
+    min = -1;
+    max = 1;
+    EXPECT_FALSE(chart.ValueRange(ChartAxis::Y2, min, max));
+    EXPECT_EQ(min, -1);
+    EXPECT_EQ(max, 1);
+}
+
 TEST_F(ChartAdapterTest, GalleriesAndStylesMapToGraphStyles)
 {
     chart.OpenData(4, 10);
