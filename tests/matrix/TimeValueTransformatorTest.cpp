@@ -61,19 +61,11 @@ std::vector<double> Values(const MatrixBlockPtr& block)
 
 } // namespace
 
-TEST(CalendarSeconds, WholeSecondsFloorTheMillisecondRoundedDateLikeSecondDiff)
+TEST(CalendarSeconds, WholeSecondsFloorTheMillisecondRoundedDate)
 {
-    for (auto [date, seconds] : {std::pair{0.0, 0LL}, {1.0, 86400LL}, {-1.25, -64800LL}, // 1899-12-29 06:00
+    for (auto [date, seconds] : {std::pair{1.0, 86400LL}, {-1.25, -64800LL}, {-2.75 + 0.0004 * Second, -108000LL},
                                  {D(1899, 12, 30, 0, 0, 1.9994), 1LL}, {D(1899, 12, 30, 0, 0, 1.9996), 2LL}})
         EXPECT_EQ(Calendar::WholeSeconds(date), seconds) << Text(date);
-
-    const double minute = D(2024, 5, 15, 13, 47);
-    const double dates[] = {0.0, -1.25, -2.75 + 0.0004 * Second, D(2024, 5, 15, 13, 47, 29.5),
-                            minute - 0.0004 * Second, minute - 0.0006 * Second, minute + 0.9996 * Second};
-    for (const double from : dates)
-        for (const double to : dates)
-            EXPECT_EQ(Calendar::WholeSeconds(to) - Calendar::WholeSeconds(from),
-                      Calendar::Diff(Calendar::Unit::Second, from, to)) << Text(from) << " to " << Text(to);
 }
 
 TEST(TimeGrid, AlignPullsDateFromBackToTheStartOfItsUnitButWeeksOnlyToTheDay)
@@ -88,8 +80,7 @@ TEST(TimeGrid, AlignPullsDateFromBackToTheStartOfItsUnitButWeeksOnlyToTheDay)
         TimeValueTransformator grid;
         grid.Init(date, date, QString::fromLatin1(c.unit), 1, c.align);
         ASSERT_EQ(grid.Time()->Rows(), 1) << c.unit;
-        EXPECT_EQ(Text(grid.DateFrom()), c.dateFrom) << c.unit;
-        EXPECT_EQ(Text(grid.Time()->At(0, 0)), c.dateFrom) << c.unit;
+        EXPECT_EQ(Text(grid.DateFrom()) + " " + Text(grid.Time()->At(0, 0)), c.dateFrom + " " + c.dateFrom) << c.unit;
         EXPECT_EQ(grid.Interval(), QString::fromLatin1(c.unit));
     }
 }
@@ -99,9 +90,7 @@ TEST(TimeGrid, StepCountRoundsHalfToEvenAndIsAtLeastOneWithRowsUpToTheEnd)
     const struct { const char* unit; double from, to; qint32 count; qsizetype rows; std::string end; } cases[] = {
         {"h", D(2024, 1, 1), D(2024, 1, 1, 5), 2, 2, "2024-01-01 04:00:00.000"},    // 2.5
         {"h", D(2024, 1, 1), D(2024, 1, 1, 7), 2, 4, "2024-01-01 08:00:00.000"},    // 3.5
-        {"h", D(2024, 1, 1), D(2024, 1, 1, 3), 2, 2, "2024-01-01 04:00:00.000"},    // 1.5
         {"h", D(2024, 1, 1), D(2024, 1, 1, 1), 2, 1, "2024-01-01 02:00:00.000"},    // 0.5 gives 0
-        {"h", D(2024, 1, 1), D(2024, 1, 1, 5), 3, 2, "2024-01-01 06:00:00.000"},    // 1.67
         {"h", D(2024, 1, 1), D(2024, 1, 1, 4), 3, 1, "2024-01-01 03:00:00.000"},    // 1.33
         {"h", D(2024, 1, 1, 5), D(2024, 1, 1), 1, 1, "2024-01-01 06:00:00.000"},    // backwards
         {"h", D(2024, 1, 1, 5), D(2024, 1, 1, 5), 1, 1, "2024-01-01 06:00:00.000"}, // empty window
@@ -115,7 +104,6 @@ TEST(TimeGrid, StepCountRoundsHalfToEvenAndIsAtLeastOneWithRowsUpToTheEnd)
         TimeValueTransformator grid;
         grid.Init(c.from, c.to, QString::fromLatin1(c.unit), c.count, false);
         EXPECT_EQ(grid.Time()->Rows(), c.rows) << c.unit << " " << Text(c.to);
-        EXPECT_EQ(grid.Time()->Columns(), 1);
         EXPECT_EQ(Text(grid.DateTo()), c.end) << c.unit << " " << Text(c.to);
         EXPECT_EQ(grid.IntervalCount(), c.count < 1 ? 1 : c.count);
         EXPECT_EQ(grid.Interval(), c.unit[0] == 'x' ? QStringLiteral("s") : QString::fromLatin1(c.unit));
@@ -137,17 +125,14 @@ TEST(TimeGrid, TimeBaseIsCopiedRowByRowAndSetsTheWindow)
     TimeValueTransformator grid;
     grid.Init(D(2000, 1, 1, 5, 20), D(2000, 1, 2), QStringLiteral("h"), 2, true, base);
     EXPECT_NE(grid.Time(), base);
-    EXPECT_EQ(grid.Time()->Columns(), 1);
     EXPECT_EQ(Texts(grid.Time()->Column(0)), (std::vector<std::string>{"2024-02-01 08:00:00.000",
                   "2024-02-01 09:30:00.000", "2024-02-01 12:00:00.000"}));
-    EXPECT_EQ(Text(grid.DateFrom()), "2024-02-01 08:00:00.000");
-    EXPECT_EQ(Text(grid.DateTo()), "2024-02-01 14:00:00.000");
+    EXPECT_EQ(Text(grid.DateFrom()) + " - " + Text(grid.DateTo()), "2024-02-01 08:00:00.000 - 2024-02-01 14:00:00.000");
 
     // An empty time base leaves the aligned start and one step.
     grid.Init(D(2000, 1, 1, 5, 20), D(2000, 1, 2), QStringLiteral("h"), 2, true, TimeBase({}));
     EXPECT_EQ(grid.Time()->Rows(), 0);
-    EXPECT_EQ(Text(grid.DateFrom()), "2000-01-01 05:00:00.000");
-    EXPECT_EQ(Text(grid.DateTo()), "2000-01-01 07:00:00.000");
+    EXPECT_EQ(Text(grid.DateFrom()) + " - " + Text(grid.DateTo()), "2000-01-01 05:00:00.000 - 2000-01-01 07:00:00.000");
 }
 
 TEST(GridAdd, StepsAreHalfOpenOnWholeSecondsOfTheMillisecondRoundedTime)
@@ -164,7 +149,7 @@ TEST(GridAdd, StepsAreHalfOpenOnWholeSecondsOfTheMillisecondRoundedTime)
              QStringLiteral("sum"), 2);
     const MatrixBlockPtr block = grid.Data(QStringLiteral("sum"));
     ASSERT_TRUE(block);
-    EXPECT_EQ(block->Name(), QStringLiteral("sum"));
+    EXPECT_EQ(block->Name(), QStringLiteral("sum")); // the script engine finds it by this name
     EXPECT_EQ(Values(block), (std::vector<double>{3, 4, 24}));
 }
 
@@ -174,21 +159,19 @@ TEST(GridAdd, EachAggregationSkipsNoValueSamplesAndEmptyStepsRepeatTheLastResult
     const auto source = Block({{D(2024, 1, 1, 0, 10), 5}, {D(2024, 1, 1, 0, 20), NoValue}, {D(2024, 1, 1, 0, 30), -3},
         {D(2024, 1, 1, 0, 40), 10}, {D(2024, 1, 1, 1, 10), NoValue}, {D(2024, 1, 1, 1, 50), NoValue},
         {D(2024, 1, 1, 3), 2}, {D(2024, 1, 1, 3, 59, 59), 7}});
-    const struct { qint32 aggregation; std::vector<double> values; } cases[] = {
-        {1, {0, 10, -1e300, -1e300, 7}},   {7, {0, 10, -1e300, -1e300, 7}},   {2, {0, 12, 0, 0, 9}},
-        {4, {0, 12, 0, 0, 9}},             {3, {0, 4, NoValue, NoValue, 4.5}}, {5, {0, 4, NoValue, NoValue, 4.5}},
-        {8, {0, 4, NoValue, NoValue, 4.5}}, {6, {0, -3, 1e300, 1e300, 2}},     {0, {0, 0, 0, 0, 0}},
-        {9, {0, 0, 0, 0, 0}}};
-    for (const auto& c : cases) {
-        TimeValueTransformator grid;
-        grid.Init(D(2023, 12, 31, 23), D(2024, 1, 1, 4), QStringLiteral("h"), 1, true);
-        grid.Add(*source, QStringLiteral("c"), c.aggregation);
-        const MatrixBlockPtr block = grid.Data(QStringLiteral("c"));
-        ASSERT_TRUE(block) << c.aggregation;
-        ASSERT_EQ(block->Columns(), 2);
-        EXPECT_EQ(Values(block), c.values) << "aggregation " << c.aggregation;
-        EXPECT_EQ(Texts(block->Column(0)), Texts(grid.Time()->Column(0)));
-    }
+    const struct { std::vector<qint32> aggregations; std::vector<double> values; } cases[] = {
+        {{1, 7}, {0, 10, -1e300, -1e300, 7}}, {{2, 4}, {0, 12, 0, 0, 9}}, {{3, 5, 8}, {0, 4, NoValue, NoValue, 4.5}},
+        {{6}, {0, -3, 1e300, 1e300, 2}},      {{0, 9}, {0, 0, 0, 0, 0}}};
+    for (const auto& c : cases)
+        for (const qint32 aggregation : c.aggregations) {
+            TimeValueTransformator grid;
+            grid.Init(D(2023, 12, 31, 23), D(2024, 1, 1, 4), QStringLiteral("h"), 1, true);
+            grid.Add(*source, QStringLiteral("c"), aggregation);
+            const MatrixBlockPtr block = grid.Data(QStringLiteral("c"));
+            ASSERT_TRUE(block && block->Columns() == 2) << aggregation;
+            EXPECT_EQ(Values(block), c.values) << "aggregation " << aggregation;
+            EXPECT_EQ(Texts(block->Column(0)), Texts(grid.Time()->Column(0)));
+        }
 }
 
 TEST(GridAdd, SourceIndexNeverMovesBackSoRowsOutOfOrderMissTheirStep)
@@ -210,9 +193,6 @@ TEST(GridAdd, SourceIndexNeverMovesBackSoRowsOutOfOrderMissTheirStep)
 
 TEST(GridBlocks, NamesKeepTheirFirstBlockEmptyGridsAddNothingAndClearKeepsTheGrid)
 {
-    TimeValueTransformator unset;
-    unset.Add(*Block({{D(2024, 1, 1), 1}}), QStringLiteral("a"), 2);
-    EXPECT_EQ(unset.Data(QStringLiteral("a")), nullptr);
     TimeValueTransformator grid;
     grid.Init(D(2024, 1, 1), D(2024, 1, 2), QStringLiteral("d"), 1, true, TimeBase({}));
     grid.Add(*Block({{D(2024, 1, 1), 1}}), QStringLiteral("a"), 2);
@@ -223,25 +203,20 @@ TEST(GridBlocks, NamesKeepTheirFirstBlockEmptyGridsAddNothingAndClearKeepsTheGri
     const MatrixBlockPtr first = grid.Data(QStringLiteral("a"));
     grid.Add(*Block({{D(2024, 1, 1), 5}}), QStringLiteral("a"), 2);
     EXPECT_EQ(grid.Data(QStringLiteral("a")), first);
-    EXPECT_EQ(grid.Data(QStringLiteral("b")), nullptr);
     // A source without a value column gives the carry only.
     MatrixBlock oneColumn(1, 1);
     oneColumn.At(0, 0) = D(2024, 1, 1, 0, 30);
     grid.Add(oneColumn, QStringLiteral("one"), 2);
-    grid.Add(MatrixBlock(), QStringLiteral("none"), 2);
     EXPECT_EQ(Values(grid.Data(QStringLiteral("one"))), (std::vector<double>{0, 0}));
-    EXPECT_EQ(Values(grid.Data(QStringLiteral("none"))), (std::vector<double>{0, 0}));
 
     // Init makes a new grid and keeps the blocks; Clear drops them and keeps the grid.
     const MatrixBlockPtr oldTime = grid.Time();
     grid.Init(D(2024, 1, 1), D(2024, 1, 1, 3), QStringLiteral("h"), 1, true);
-    EXPECT_NE(grid.Time(), oldTime);
-    EXPECT_EQ(grid.Data(QStringLiteral("a")), first);
-    EXPECT_EQ(Values(first), (std::vector<double>{0, 3}));
     const MatrixBlockPtr time = grid.Time();
+    EXPECT_TRUE(time != oldTime && grid.Data(QStringLiteral("a")) == first);
+    EXPECT_EQ(Values(first), (std::vector<double>{0, 3}));
     grid.Clear();
-    EXPECT_EQ(grid.Data(QStringLiteral("a")), nullptr);
-    EXPECT_EQ(grid.Time(), time);
+    EXPECT_TRUE(grid.Data(QStringLiteral("a")) == nullptr && grid.Time() == time);
     grid.Add(*Block({{D(2024, 1, 1, 2), 5}}), QStringLiteral("a"), 2);
     EXPECT_EQ(Values(grid.Data(QStringLiteral("a"))), (std::vector<double>{0, 0, 5}));
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the tests of the view document share: a generated logger module, a host that records
-// its messages, and a view with that module in a window of 1000 x 600 pixels.
+// Shared by the view tests: a generated logger module, a recording host, a view of 1000 x 600 pixels.
 #pragma once
 
 #include "Calendar.h"
@@ -21,9 +20,9 @@
 
 namespace measuring_fixture {
 
-inline double D(int year, int month, int day, int hour = 0, int minute = 0)
+inline double D(int year, int month, int day, int hour = 0, int minute = 0, int second = 0)
 {
-    return Calendar::FromParts(year, month, day, hour, minute);
+    return Calendar::FromParts(year, month, day, hour, minute, second);
 }
 
 // A logger with a power channel "L#1" (kW, the sample's hour of day) and a power factor
@@ -35,7 +34,7 @@ class GeneratedModule : public QObject, public DataModuleInterface
 
 public:
     explicit GeneratedModule(double resolution)
-        : m_resolution(resolution)
+        : seconds(resolution)
     { }
     void SetMessageHandler(MessageHandlerInterface*) override { }
     bool HasConfig() override { return false; }
@@ -56,16 +55,11 @@ public:
         }
         return status = 1;
     }
-    qint32 GetChannelStructure(QStringList& categories, QStringList& channels, qint32& status) override
-    {
-        categories = { "1$Site$$0" };
-        channels = { "L#1$Power$$1$0", "L#2$Power factor$$1$0" };
-        return status = 1;
-    }
+    qint32 GetChannelStructure(QStringList&, QStringList&, qint32& status) override { return status = 0; }
     qint32 GetData(const QString& list, ChannelCollection& channels, double from, double to, qint32& status) override
     {
         ++fetches;
-        const double step = m_resolution / 86400.0;
+        const double step = seconds / 86400.0;
         const double start = std::max(from, D(2009, 2, 1));
         const double end = std::min(to, D(2009, 3, 1));
         const qsizetype rows = end > start ? qsizetype(std::floor((end - start) / step + 1e-9)) : 0;
@@ -77,14 +71,12 @@ public:
             }
             channels.Channel(id)->SetDataBlock(block);
         }
-        channels.AddText("GEN;" + QString::number(m_resolution));
+        channels.AddText("GEN;" + QString::number(seconds)); // the time base in seconds
         return status = 1;
     }
     void ShowConfig() override { }
     int fetches = 0;
-
-private:
-    double m_resolution;
+    double seconds;
 };
 
 class Host : public MeasuringHost
@@ -107,7 +99,6 @@ protected:
         measuring.reset();
         g_cScriptEngine = nullptr;
     }
-    // A view on module "3" whose data come every `resolution` seconds.
     void Open(double resolution)
     {
         auto box = std::make_shared<ModuleBox>();
@@ -130,6 +121,7 @@ protected:
     }
     ctl_NavBar& Bar() { return *measuring->Window()->nav_Navigate(); }
     ChartAdapter& Chart() { return *measuring->Chart(); }
+    std::pair<double, double> Span() { return { Bar().DateFrom(), Bar().DateTo() }; }
     void Window(double from, double to)
     {
         Bar().SetDateFrom(from);

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The view document: curves from modules, the refresh rules, periods, zoom history, its file.
+// The view document: curves from modules, the refresh rules, periods, zoom history, its file;
+// and the rules of a time window: period starts, date formats, axis ticks, the zoom history text.
 #include "MeasuringFixture.h"
 #include "Numeric.h"
+#include "ViewPeriods.h"
 
+#include <QLocale>
 #include <QTemporaryDir>
 
 namespace {
@@ -12,19 +15,14 @@ using measuring_fixture::D;
 
 TEST_F(MeasuringTest, TheModulesTimeBaseSettlesTheResolution)
 {
-    const struct
-    {
-        double base;
-        const char* unit;
-        qint32 count;
-    } cases[] = { { 900, "n", 15 }, { 59, "s", 59 }, { 5400, "h", 2 } };
-    for (const auto& c : cases) {
-        Open(c.base);
+    for (const auto& [base, unit, count] :
+        { std::tuple(900.0, "n", 15), std::tuple(59.0, "s", 59), std::tuple(5400.0, "h", 2) }) {
+        Open(base);
         ASSERT_TRUE(Add("3$L#1", "|1|"));
         Day();
-        EXPECT_EQ(measuring->IntervalUnit(), c.unit) << c.base;
-        EXPECT_EQ(measuring->IntervalCount(), c.count) << c.base;
-        EXPECT_EQ(measuring->ToFile().intervalUnit, c.unit) << "the file keeps what the data settled";
+        EXPECT_EQ(measuring->IntervalUnit(), unit) << base;
+        EXPECT_EQ(measuring->IntervalCount(), count) << base;
+        EXPECT_EQ(measuring->ToFile().intervalUnit, unit) << "the file keeps what the data settled";
     }
 }
 
@@ -35,15 +33,11 @@ TEST_F(MeasuringTest, RefreshPutsTheChannelOnTheGridAndDraws)
     ASSERT_TRUE(curve);
     Window(D(2009, 2, 10, 0, 7) + 30 / 86400.0, D(2009, 2, 11));
     measuring->Refresh(true);
-    ASSERT_TRUE(curve->Result());
     ASSERT_EQ(Chart().PointCount(), 96);
     EXPECT_DOUBLE_EQ(Bar().DateFrom(), D(2009, 2, 10, 0, 7)) << "the window starts on a whole unit";
     EXPECT_EQ(Chart().Value(0, 40), 10.0) << "10:00 is hour 10";
-    EXPECT_EQ(curve->FindStatistic("1")->Value(), 23.0);
-    EXPECT_TRUE(measuring->FirstBlock());
     EXPECT_EQ(generated->fetches, 1);
     EXPECT_TRUE(host.messages.contains("LOG:Daten von Logger abholen")) << host.messages.join(" | ").toStdString();
-    EXPECT_TRUE(host.messages.contains("PROGRESS_END:UM"));
     EXPECT_EQ(host.messages.last(), "LOG:");
 
     // A cursor at a known time finds its row now and again after the window moved.
@@ -74,7 +68,6 @@ TEST_F(MeasuringTest, PowerFactorMovesAxesOnlyBesideAnotherCurve)
     Open(900);
     Curve* cosPhi = Add("3$L#2");
     Day();
-    EXPECT_EQ(cosPhi->YAxis(), 0);
     EXPECT_FALSE(Chart().AxisVisible(ChartAxis::Y2)) << "alone, nothing moves";
     EXPECT_NEAR(Chart().Value(cosPhi->SeriesID(), 0), FoldCosPhi(0.9), 1e-12) << "stored folded";
 
@@ -93,14 +86,11 @@ TEST_F(MeasuringTest, PeriodsPullBackAndMove)
     Add("3$L#1");
     Window(D(2009, 2, 10, 13, 20), D(2009, 2, 10, 15));
     measuring->ShowPeriod("d", 1);
-    EXPECT_EQ(Bar().DateFrom(), D(2009, 2, 10));
-    EXPECT_EQ(Bar().DateTo(), D(2009, 2, 11));
+    EXPECT_EQ(Span(), std::pair(D(2009, 2, 10), D(2009, 2, 11)));
     measuring->MoveToLast();
-    EXPECT_EQ(Bar().DateTo(), D(2009, 3, 1));
-    EXPECT_EQ(Bar().DateFrom(), D(2009, 2, 28));
+    EXPECT_EQ(Span(), std::pair(D(2009, 2, 28), D(2009, 3, 1)));
     measuring->ShowPeriod("", 0);
-    EXPECT_EQ(Bar().DateFrom(), D(2009, 2, 1));
-    EXPECT_EQ(Bar().DateTo(), D(2009, 3, 1));
+    EXPECT_EQ(Span(), std::pair(D(2009, 2, 1), D(2009, 3, 1)));
 }
 
 TEST_F(MeasuringTest, TwoZoomsAndTwoBacksRestoreWindowsAndRanges)
@@ -120,7 +110,6 @@ TEST_F(MeasuringTest, TwoZoomsAndTwoBacksRestoreWindowsAndRanges)
     EXPECT_FALSE(measuring->ZoomBackPossible());
     const QRect area = chart.PlotArea();
     measuring->ZoomTo(area.left() + 100, area.top() + 50, area.left() + 500, area.bottom() - 50);
-    EXPECT_TRUE(measuring->ZoomBackPossible());
     EXPECT_GT(Bar().DateFrom(), first[0]);
     chart.Replot();
     const auto second = state();
@@ -163,15 +152,13 @@ TEST_F(MeasuringTest, FileRoundTripKeepsCurvesStatisticsAndCursors)
     ASSERT_EQ(reopened.OpenFile(path, true), 0);
     ASSERT_EQ(reopened.Curves().size(), 1u);
     const Curve& back = *reopened.Curves().front();
-    EXPECT_TRUE(back.FindStatistic("1")->Used());
-    EXPECT_FALSE(back.FindStatistic("1")->Visible());
+    EXPECT_TRUE(back.FindStatistic("1")->Used() && !back.FindStatistic("1")->Visible());
     EXPECT_TRUE(back.FindStatistic("2")->Visible());
     EXPECT_FALSE(back.FindStatistic("3")->Used());
     ASSERT_EQ(back.Cursors().size(), 1u);
     EXPECT_EQ(back.Cursors().front()->Index(), 20) << "the cursor found its row again";
     EXPECT_EQ(back.Cursors().front()->CustomText(), "peak");
     EXPECT_EQ(reopened.StartDate(), D(2009, 2, 10));
-    EXPECT_FALSE(reopened.Changed());
 }
 
 TEST_F(MeasuringTest, NewCurvesTakeTheLeastUsedColour)
@@ -180,7 +167,6 @@ TEST_F(MeasuringTest, NewCurvesTakeTheLeastUsedColour)
     Curve* power = Add("3$L#1");
     Curve* factor = Add("3$L#2");
     ASSERT_TRUE(power && factor);
-    EXPECT_EQ(power->Properties().Color, CurveColors::PaletteColor(0));
     EXPECT_EQ(factor->Properties().Color, CurveColors::PaletteColor(1));
     EXPECT_EQ(measuring->NextFreeColor(), CurveColors::PaletteColor(2));
     power->Properties().Color = factor->Properties().Color = CurveColors::PaletteColor(2);
@@ -189,6 +175,120 @@ TEST_F(MeasuringTest, NewCurvesTakeTheLeastUsedColour)
     for (const char* key : { "3$L#1", "9$L#1", "3$X", "3" })
         EXPECT_FALSE(Add(key)) << key << ": shown already, unknown module or channel, or no key";
     EXPECT_EQ(measuring->Curves().size(), 2u);
+}
+
+using namespace ViewPeriods;
+
+TEST(ViewPeriods, PeriodStartsAreCutOrComposed)
+{
+    const double from = D(2009, 2, 18, 14, 37, 12);
+    const double end = D(2009, 3, 2, 9, 0);
+    EXPECT_EQ(PeriodStart("n", from, end), D(2009, 2, 18, 14, 37));
+    EXPECT_EQ(PeriodStart("h", from, end), D(2009, 2, 18, 14));
+    EXPECT_EQ(PeriodStart("d", from, end), D(2009, 2, 18));
+    EXPECT_EQ(PeriodStart("ww", from, end), D(2009, 2, 18));
+    EXPECT_EQ(PeriodStart("m", from, end), D(2009, 2, 28)) << "day 0 of the window end's month";
+    EXPECT_EQ(PeriodStart("yyyy", from, end), D(2008, 11, 30)) << "month 0, day 0 of the end's year";
+    EXPECT_EQ(PeriodStart("", from, end), from);
+}
+
+TEST(ViewPeriods, DateFormatsFollowUnitAndWindowLength)
+{
+    EXPECT_EQ(UnitFromPoints(86400, 1440), "n");
+    EXPECT_EQ(UnitFromPoints(86400, 24), "h");
+    EXPECT_EQ(UnitFromPoints(86400, 96), "") << "15 minutes has no unit of its own";
+    EXPECT_EQ(UnitFromPoints(365 * 86400.0, 12), "mm");
+    EXPECT_EQ(UnitFromPoints(86400, 0), "");
+    EXPECT_EQ(DateFormat(true, 365 * 86400, "", 12), "") << "the derived month unit has no format";
+    EXPECT_EQ(DateFormat(true, 3600, "", 60), ":nn") << "an empty unit comes from the points";
+
+    const std::tuple<const char*, qint64, const char*> axis[] = { { "s", 60, ":ss" }, { "s", 61, ":nn:ss" },
+        { "s", 86400, "hh:nn:ss" }, { "s", 86401, "dd.mm. hh:nn:ss" }, { "s", 31536001, "dd.mm.yy hh:nn:ss" },
+        { "n", 3600, ":nn" }, { "n", 3601, "hh:nn" }, { "h", 86401, "dd.mm. hh:nn" },
+        { "x", 31536001, "dd.mm.yy hh:nn" }, { "d", 2592000, "dd." }, { "d", 2592001, "dd.mm." },
+        { "d", 31536001, "dd.mm.yy" }, { "ww", 31536000, "\\K\\W ww" }, { "ww", 31536001, "\\K\\W ww\\, yy" },
+        { "m", 31536000, "mm" }, { "m", 31536001, "mm.yy" }, { "yyyy", 10, "yyyy" } };
+    for (const auto& [unit, seconds, format] : axis)
+        EXPECT_EQ(DateFormat(true, seconds, unit, 100), format) << unit << " " << seconds;
+
+    // Texts that stand alone follow the unit only.
+    const char* alone[][2] = { { "s", "dd.mm.yyyy hh:nn:ss" }, { "h", "dd.mm.yyyy hh:nn" }, { "d", "dd.mm.yyyy" },
+        { "ww", "\\K\\W ww" }, { "m", "mm.yyyy" }, { "yyyy", "yyyy" }, { "q", "" } };
+    for (const auto& [unit, format] : alone)
+        EXPECT_EQ(DateFormat(false, 999999999, unit, 1), format) << unit;
+    EXPECT_EQ(DateFormat(false, 86400, "", 96), "dd.mm.yyyy hh:nn:ss");
+}
+
+TEST(ViewPeriods, ZoomHistoryStacksAndRefusesBadEntries)
+{
+    const QString history = PushZoom(PushZoom("", { D(2009, 2, 1), D(2009, 3, 1), 0, 250.5, 0.5, 1.0 }), {});
+    EXPECT_TRUE(history.startsWith('\t'));
+    const auto older = LastZoom(PopZoom(history));
+    ASSERT_TRUE(older);
+    EXPECT_TRUE(older->hasY2 && older->y1Max == 250.5 && older->from == D(2009, 2, 1));
+    EXPECT_EQ(PopZoom(PopZoom(history)), "");
+    EXPECT_EQ(PopZoom("no tab"), "");
+    EXPECT_FALSE(LastZoom(""));
+    for (const char* bad : { "\t01.02.2009|02.02.2009|1|2|3", "\t01.02.2009|02.02.2009|x|2|3|4" })
+        EXPECT_FALSE(LastZoom(bad)) << bad;
+    const auto partial = LastZoom("\t01.02.2009|02.02.2009 12:00|1|2||");
+    ASSERT_TRUE(partial);
+    EXPECT_FALSE(partial->hasY2);
+    EXPECT_EQ(partial->to, D(2009, 2, 2, 12));
+
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const auto comma = LastZoom("\t01.02.2009|02.02.2009|1,5|2,25|0|1");
+    QLocale::setDefault(QLocale::c());
+    ASSERT_TRUE(comma);
+    EXPECT_EQ(comma->y1Max, 2.25);
+}
+
+// Rows for ticks over all of `count` times, one every `minutes` from `start`.
+std::vector<qsizetype> Ticks(double start, int count, int minutes, int most, std::vector<double>* times = nullptr)
+{
+    std::vector<double> rows;
+    for (int i = 0; i < count; ++i)
+        rows.push_back(Calendar::Add(Calendar::Unit::Minute, std::int64_t(i) * minutes, start));
+    if (times)
+        *times = rows;
+    return RoundTimeRows(rows, 0, count - 1, most);
+}
+
+TEST(ViewPeriods, TicksFallOnRoundTimes)
+{
+    // A week of quarter hours from Monday: one tick per midnight, or every second one.
+    std::vector<double> times;
+    EXPECT_EQ(Ticks(D(2025, 3, 10), 7 * 96, 15, 8, &times), std::vector<qsizetype>({ 0, 96, 192, 288, 384, 480, 576 }));
+    EXPECT_EQ(Ticks(D(2025, 3, 10), 7 * 96, 15, 4), std::vector<qsizetype>({ 0, 192, 384, 576 }));
+    const std::vector<qsizetype> inside = RoundTimeRows(times, 100, 300, 8);
+    EXPECT_TRUE(!inside.empty() && inside.front() >= 100 && inside.back() <= 300);
+
+    // Minutes from 00:07 for two hours, six labels: quarter hours from 00:15 on.
+    const std::vector<qsizetype> quarters = Ticks(D(2025, 3, 10, 0, 7), 120, 1, 9, &times);
+    ASSERT_FALSE(quarters.empty());
+    EXPECT_EQ(quarters.front(), 8);
+    for (const qsizetype row : quarters)
+        EXPECT_EQ(Calendar::Split(times[size_t(row)]).minute % 15, 0) << row;
+
+    // Five weeks of hours from a Wednesday: Mondays at midnight.
+    const std::vector<qsizetype> mondays = Ticks(D(2025, 3, 12), 35 * 24, 60, 6, &times);
+    ASSERT_EQ(mondays.size(), 5u);
+    for (const qsizetype row : mondays)
+        EXPECT_TRUE(Calendar::Weekday(times[size_t(row)]) == 2 && Calendar::Split(times[size_t(row)]).hour == 0) << row;
+
+    // A year of hours, seven labels: the first of every second month from January.
+    std::vector<int> starts;
+    for (const qsizetype row : Ticks(D(2023, 1, 1), 365 * 24, 60, 7, &times))
+        starts.push_back(Calendar::Split(times[size_t(row)]).month * 100 + Calendar::Split(times[size_t(row)]).day);
+    EXPECT_EQ(starts, std::vector<int>({ 101, 301, 501, 701, 901, 1101 }));
+
+    // Ticks need time and room.
+    EXPECT_EQ(Ticks(D(2025, 1, 1), 4, 60, 10, &times), std::vector<qsizetype>({ 0, 1, 2, 3 }))
+        << "hourly rows: each once, though half hours would fit";
+    EXPECT_TRUE(RoundTimeRows(times, 2, 2, 10).empty()) << "a single row spans no time";
+    EXPECT_TRUE(RoundTimeRows(times, 0, 3, 0).empty());
+    EXPECT_TRUE(RoundTimeRows({}, 0, 3, 5).empty());
+    EXPECT_TRUE(Ticks(D(2025, 1, 1), 5, 0, 5).empty()) << "rows all at one time";
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "Calendar.h"
 
 #include <QLocale>
-#include <QTime>
 
 #include <cfloat>
 #include <initializer_list>
@@ -32,22 +31,16 @@ struct Case
     const char* expected;
 };
 
-std::string Trace(const Case& c)
+void Expect(bool dates, std::initializer_list<Case> cases)
 {
-    return (Of(c.locale).Locale().name() + u'|' + c.mask.toString() + u'|' + QString::number(c.value)).toStdString();
+    for (const Case& c : cases) {
+        const Formatter& f = Of(c.locale);
+        EXPECT_EQ((dates ? f.FormatDate(c.value, c.mask) : f.FormatNumber(c.value, c.mask)).toStdString(), c.expected)
+            << (f.Locale().name() + u'|' + c.mask.toString() + u'|' + QString::number(c.value)).toStdString();
+    }
 }
-
-void ExpectNumbers(std::initializer_list<Case> cases)
-{
-    for (const Case& c : cases)
-        EXPECT_EQ(Of(c.locale).FormatNumber(c.value, c.mask).toStdString(), c.expected) << Trace(c);
-}
-
-void ExpectDates(std::initializer_list<Case> cases)
-{
-    for (const Case& c : cases)
-        EXPECT_EQ(Of(c.locale).FormatDate(c.value, c.mask).toStdString(), c.expected) << Trace(c);
-}
+const auto ExpectNumbers = [](std::initializer_list<Case> cases) { Expect(false, cases); };
+const auto ExpectDates = [](std::initializer_list<Case> cases) { Expect(true, cases); };
 
 const auto At
     = [](int y, int m, int d, int h = 0, int n = 0, int s = 0) { return Calendar::FromParts(y, m, d, h, n, s); };
@@ -60,40 +53,30 @@ const double kTue = At(2009, 2, 3, 14, 5, 7);
 TEST(FormatterNumber, DigitsSeparatorsAndLiteralsFollowTheMaskAndRoundingGoesHalfAwayFromZeroAsTyped)
 {
     ExpectNumbers({ { De, 1234567.891, u"#,##0.00", "1.234.567,89" }, { En, 1234567.891, u"#,##0.00", "1,234,567.89" },
-        { De, 999.999, u"#,##0.00", "1.000,00" }, { De, -1234.5, u"#,##0.00", "-1.234,50" },
-        { En, 1234.5, u"0.00", "1234.50" }, { De, 12, u"#000", "012" }, { De, 0, u"#", "" }, { De, 0, u"#0", "0" },
-        { De, 1e20, u"0", "100000000000000000000" }, { De, 2, u"0.##", "2," }, { De, 1.2, u"0.0#", "1,2" },
-        { De, 0.5, u"#.##", ",5" }, { De, 12.5, u".00", "12,50" }, { De, 1234567, u"000-00", "12345-67" },
-        { De, 42, u"000-00", "000-42" }, { De, 12.5, u"0.00 \"kW\"", "12,50 kW" },
-        { En, 12.5, u"0.00 \"kW\"", "12.50 kW" }, { De, 3, u"0.00 X²", "3,00 X²" },
+        { De, 999.999, u"#,##0.00", "1.000,00" }, { De, 12, u"#000", "012" }, { De, 0, u"#", "" },
+        { De, 0, u"#0", "0" }, { De, 1e20, u"0", "100000000000000000000" }, { De, 2, u"0.##", "2," },
+        { De, 1.2, u"0.0#", "1,2" }, { De, 0.5, u"#.##", ",5" }, { De, 1234567, u"000-00", "12345-67" },
+        { De, 42, u"000-00", "000-42" }, { En, 12.5, u"0.00 \"kW\"", "12.50 kW" }, { De, 3, u"0.00 X²", "3,00 X²" },
         { De, 5, u"0 \"0#.,%\"", "5 0#.,%" }, { De, 5, u"0 EUR", "5 EUR" }, { De, 3, u"00\\d ", "03d " },
-        { De, 125, u"00\\s", "125s" }, { De, 5, u"\\00", "05" }, { De, 0.5, u"0\\%", "1%" }, { En, 5, u",0", ",5" } });
-    // 2.345, 1.005 and 2.675 are stored slightly below the typed half and must still round up.
-    ExpectNumbers({ { De, 0.5, u"0", "1" }, { De, 2.5, u"0", "3" }, { De, -2.5, u"0", "-3" },
-        { De, 1234.5, u"0", "1235" }, { De, -0.25, u"0.0", "-0,3" }, { De, 0.125, u"0.00", "0,13" },
-        { De, 0.124, u"0.00", "0,12" }, { De, 0.96, u"0.#", "1," }, { De, 2.345, u"0.00", "2,35" },
-        { De, 1.005, u"0.00", "1,01" }, { De, 2.675, u"0.00", "2,68" }, { De, -2.345, u"0.00", "-2,35" },
-        { De, 2.3449, u"0.00", "2,34" }, { En, 0.1 + 0.2, u"0.000000", "0.300000" } });
+        { De, 5, u"\\00", "05" }, { De, 0.5, u"0\\%", "1%" }, { En, 5, u",0", ",5" } });
+    // 2.345 and 1.005 are stored slightly below the typed half and must still round up.
+    ExpectNumbers({ { De, 0.5, u"0", "1" }, { De, -2.5, u"0", "-3" }, { De, -0.25, u"0.0", "-0,3" },
+        { De, 0.125, u"0.00", "0,13" }, { De, 0.96, u"0.#", "1," }, { De, 2.345, u"0.00", "2,35" },
+        { De, 1.005, u"0.00", "1,01" }, { De, 2.3449, u"0.00", "2,34" }, { En, 0.1 + 0.2, u"0.000000", "0.300000" } });
 }
 
-TEST(FormatterNumber, SectionsAreChosenBySignAndRoundedValueAndNegativesKeepTheirSign)
+TEST(FormatterNumber, SectionsGoBySignAndRoundedValueCommasScalePercentMultipliesAndEPrintsAnExponent)
 {
     const QStringView three = u"0.00;(0.00);\"null\"";
     ExpectNumbers({ { De, 1.5, three, "1,50" }, { De, -1.5, three, "(1,50)" }, { De, 0, three, "null" },
         { De, 0.004, three, "null" }, { De, -0.004, three, "null" }, { De, 0.005, three, "0,01" },
-        { De, -0.005, three, "(0,01)" }, { De, -3, u"0;(0);\"null\";\"Text\"", "(3)" },
-        { De, 0, u"0;(0);\"null\";\"Text\"", "null" }, { De, 5, u"0\";\"", "5;" }, { De, -5, u"0\\;0", "-0;5" },
-        { De, -1.5, u"0.00 \"kW\"", "-1,50 kW" }, { De, -5, u"(0)", "-(5)" }, { De, -0.4, u"0", "-0" },
-        { De, -0.4, u"0;(0)", "(0)" }, { De, -0.0, u"0", "0" }, { De, -1, u"0.0;;", "-1,0" },
+        { De, -0.005, three, "(0,01)" }, { De, -3, u"0;(0);\"null\";\"Text\"", "(3)" }, { De, 5, u"0\";\"", "5;" },
+        { De, -5, u"0\\;0", "-0;5" }, { De, -1.5, u"0.00 \"kW\"", "-1,50 kW" }, { De, -5, u"(0)", "-(5)" },
+        { De, -0.4, u"0", "-0" }, { De, -0.4, u"0;(0)", "(0)" }, { De, -0.0, u"0", "0" }, { De, -1, u"0.0;;", "-1,0" },
         { De, 0, u"0.0;;", "0,0" } });
-}
-
-TEST(FormatterNumber, TrailingCommasScaleByThousandPercentByHundredAndEPrintsAnExponent)
-{
     ExpectNumbers({ { De, 1234567, u"0,", "1235" }, { De, 1234567890, u"0,,", "1235" },
-        { De, 12345, u"0,.00", "12,35" }, { De, 1234567, u"#,##0,", "1.235" }, { En, 1500, u"0, \"k\"", "2 k" },
-        { De, 0.125, u"0%", "13%" }, { De, 0.0123, u"0.0%", "1,2%" }, { De, 1, u"0.00 %", "100,00 %" },
-        { En, 12345, u"0.00E+00", "1.23E+04" }, { De, 12345, u"0.00E+00", "1,23E+04" },
+        { De, 12345, u"0,.00", "12,35" }, { De, 1234567, u"#,##0,", "1.235" }, { De, 0.125, u"0%", "13%" },
+        { De, 1, u"0.00 %", "100,00 %" }, { De, 12345, u"0.00E+00", "1,23E+04" },
         { En, 0.000123, u"0.00E+00", "1.23E-04" }, { En, 12345, u"0.00E-00", "1.23E04" },
         { En, 0.000123, u"0.00E-00", "1.23E-04" }, { En, -12345, u"0.00E+00", "-1.23E+04" },
         { En, 0, u"0.0e+0", "0.0e+0" }, { En, 12345, u"00.0E+00", "12.3E+03" }, { En, 9.999, u"0.00E+00", "1.00E+01" },
@@ -111,12 +94,11 @@ TEST(FormatterNumber, MoreAlternatingMasksThanTheCacheHoldsGiveStableResults)
 
 TEST(FormatterGeneralNumber, ShowsShortestDigitsThatReadBackAndExponentsOnlyAtExtremeMagnitudes)
 {
-    ExpectNumbers({ { De, 0.1, u"", "0,1" }, { De, 0.1 + 0.2, u"", "0,30000000000000004" },
-        { De, 1234567, u"", "1234567" }, { De, -2.5, u"", "-2,5" }, { De, -0.0, u"", "0" },
+    ExpectNumbers({ { De, 0.1 + 0.2, u"", "0,30000000000000004" }, { De, -2.5, u"", "-2,5" }, { De, -0.0, u"", "0" },
         { De, 0.0001, u"", "0,0001" }, { En, 123456789012345.0, u"", "123456789012345" }, { En, 1e15, u"", "1E+15" },
         { En, 1.5e-7, u"", "1.5E-07" }, { De, -2.5e-5, u"", "-2,5E-05" }, { En, 1e300, u"", "1E+300" } });
-    for (const double value : { 1.0 / 3, 0.1 + 0.2, 1e-5 / 3, 1e15 + 0.5, DBL_MAX, DBL_MIN,
-             std::numeric_limits<double>::denorm_min(), -987.654321, 4.35, 5e-5 }) {
+    for (const double value :
+        { 1.0 / 3, 1e-5 / 3, 1e15 + 0.5, DBL_MAX, DBL_MIN, std::numeric_limits<double>::denorm_min(), 4.35, 5e-5 }) {
         const QString text = Of(En).GeneralNumber(value); // none is 0, what a failed parse gives
         EXPECT_EQ(text.toDouble(), value) << text.toStdString();
     }
@@ -126,20 +108,17 @@ TEST(FormatterDate, TokensSeparatorsAndLiteralsFollowTheMaskAndLocale)
 {
     const double morning = At(2009, 2, 3, 9, 5), sunday = At(2009, 2, 8);
     ExpectDates({ { De, kTue, u"d.m.yy", "3.2.09" }, { De, kTue, u"DD.MM.YYYY", "03.02.2009" },
-        { De, At(1999, 12, 31), u"yy yyyy", "99 1999" }, { De, kTue, u"y", "34" },
         { De, At(2008, 12, 31), u"y", "366" }, { De, kTue, u"h:n:s", "14:5:7" },
         { En, kTue, u"dddd, mmmm d, yyyy", "Tuesday, February 3, 2009" }, { En, kTue, u"ddd mmm", "Tue Feb" },
-        { De, kTue, u"dddd, d. mmmm yyyy", "Dienstag, 3. Februar 2009" }, { De, sunday, u"dddd", "Sonntag" },
-        { De, kTue, u"dd/mm/yyyy", "03.02.2009" }, { En, kTue, u"dd/mm/yyyy", "03/02/2009" },
-        { De, kTue, u"dd\\/mm", "03/02" }, { De, kTue, u"w", "3" }, { De, sunday, u"w", "1" },
-        { De, kTue, u"\\Qq", "Q1" }, { De, At(2009, 9, 30), u"\\Qq", "Q3" }, { De, At(2009, 12, 31), u"\\Qq", "Q4" },
-        { En, kTue, u"h:nn AM/PM", "2:05 PM" }, { En, At(2009, 2, 3, 0, 30), u"h:nn AM/PM", "12:30 AM" },
-        { En, At(2009, 2, 3, 12), u"h:nn AM/PM", "12:00 PM" }, { En, morning, u"hh:nn am/pm", "09:05 am" },
-        { En, kTue, u"h A/P", "2 P" }, { En, morning, u"h a/p", "9 a" }, { En, kTue, u"h AMPM", "2 PM" },
-        { En, kTue, u"h", "14" }, { En, kTue, u"(dd.mm.yyyy hh:nn)", "(03.02.2009 14:05)" } });
+        { De, kTue, u"dddd, d. mmmm yyyy", "Dienstag, 3. Februar 2009" }, { De, kTue, u"dd/mm/yyyy", "03.02.2009" },
+        { En, kTue, u"dd/mm/yyyy", "03/02/2009" }, { De, kTue, u"dd\\/mm", "03/02" }, { De, kTue, u"w", "3" },
+        { De, sunday, u"w", "1" }, { De, kTue, u"\\Qq", "Q1" }, { De, At(2009, 12, 31), u"\\Qq", "Q4" },
+        { En, At(2009, 2, 3, 0, 30), u"h:nn AM/PM", "12:30 AM" }, { En, At(2009, 2, 3, 12), u"h:nn AM/PM", "12:00 PM" },
+        { En, morning, u"hh:nn am/pm", "09:05 am" }, { En, kTue, u"h A/P", "2 P" }, { En, kTue, u"h AMPM", "2 PM" },
+        { En, kTue, u"(dd.mm.yyyy hh:nn)", "(03.02.2009 14:05)" } });
     // m right after an hour means minutes.
-    ExpectDates({ { De, kTue, u"hh:mm", "14:05" }, { De, kTue, u"yyyy-mm-dd hh:mm:ss", "2009-02-03 14:05:07" },
-        { De, kTue, u"h \\U\\h\\r mm", "14 Uhr 05" }, { De, kTue, u"mm", "02" }, { De, kTue, u"mm hh", "02 14" },
+    ExpectDates({ { De, kTue, u"yyyy-mm-dd hh:mm:ss", "2009-02-03 14:05:07" },
+        { De, kTue, u"h \\U\\h\\r mm", "14 Uhr 05" }, { De, kTue, u"mm hh", "02 14" },
         { De, kTue, u"hh dd mm", "14 03 02" }, { De, kTue, u"hh:mm mm", "14:05 02" } });
     // The ISO week crosses year ends.
     const QStringView week = u"\\K\\W ww\\, yy";
@@ -147,28 +126,16 @@ TEST(FormatterDate, TokensSeparatorsAndLiteralsFollowTheMaskAndLocale)
         { De, At(2008, 12, 29), week, "KW 1, 08" }, { De, At(2009, 2, 10), u"\"KW\" ww", "KW 7" } });
 }
 
-TEST(FormatterDate, QuarterHourStepsShowWholeMinutes)
-{
-    // Adding 1/96 day 96 times collects rounding error; the clock must not show it.
-    double date = At(2009, 2, 3);
-    for (int step = 1; step <= 96; ++step) {
-        date += 1.0 / 96;
-        const QString expected = QTime(0, 0).addSecs(step * 15 * 60).toString(u"hh:mm:ss");
-        ASSERT_EQ(Of(De).FormatDate(date, u"hh:nn:ss").toStdString(), expected.toStdString()) << "step " << step;
-    }
-    EXPECT_EQ(Of(De).FormatDate(date, u"dd.mm.yyyy").toStdString(), "04.02.2009");
-}
-
 TEST(FormatterDate, NamedFormsAndTheGeneralDateFollowTheLocale)
 {
     // Short time counts 24 hours in every locale; the general form drops midnight and day zero.
     ExpectDates({ { De, kTue, u"Short Date", "03.02.2009" }, { En, kTue, u"Short Date", "2/3/2009" },
-        { Gb, kTue, u"Short Date", "03/02/2009" }, { De, kTue, u"Short Time", "14:05" },
-        { En, kTue, u"Short Time", "14:05" }, { Gb, kTue, u"short time", "14:05" },
-        { De, kTue, u"Long Time", "14:05:07" }, { En, kTue, u"Long Time", "2:05:07 PM" },
-        { De, kTue, u"General Date", "03.02.2009 14:05:07" }, { En, kTue, u"general date", "2/3/2009 2:05:07 PM" },
-        { De, kTue, u"", "03.02.2009 14:05:07" }, { De, At(2009, 2, 3), u"", "03.02.2009" },
-        { De, At(1899, 12, 30, 14, 5, 7), u"", "14:05:07" }, { De, 0, u"", "00:00:00" } });
+        { Gb, kTue, u"Short Date", "03/02/2009" }, { En, kTue, u"Short Time", "14:05" },
+        { Gb, kTue, u"short time", "14:05" }, { De, kTue, u"Long Time", "14:05:07" },
+        { En, kTue, u"Long Time", "2:05:07 PM" }, { De, kTue, u"General Date", "03.02.2009 14:05:07" },
+        { En, kTue, u"general date", "2/3/2009 2:05:07 PM" }, { De, kTue, u"", "03.02.2009 14:05:07" },
+        { De, At(2009, 2, 3), u"", "03.02.2009" }, { De, At(1899, 12, 30, 14, 5, 7), u"", "14:05:07" },
+        { De, 0, u"", "00:00:00" } });
     EXPECT_EQ(Of(De).GeneralDate(kTue).toStdString(), "03.02.2009 14:05:07");
     // Only the whole mask names a form.
     EXPECT_EQ(Of(De).FormatDate(kTue, u"(Short Date)").toStdString().find("03.02.2009"), std::string::npos);

@@ -17,14 +17,13 @@ constexpr double kInf = std::numeric_limits<double>::infinity();
 
 TEST(Numeric, IsNumericAcceptsOneNumberWithBlanksAroundWhoseValueIsTheLeadingNumber)
 {
-    for (const char16_t* text : {u"0", u" 42 ", u"\r\n42\t", u"-3.5", u"+3.5", u"1E3", u"1e+3", u"2.5e-3", u".5",
-                                 u"-.5", u"5.", u"007", u"123456789012345678901234567890"}) {
+    for (const char16_t* text :
+         {u"0", u"\r\n42\t", u"-3.5", u"+3.5", u"1E3", u"2.5e-3", u".5", u"5.", u"123456789012345678901234567890"}) {
         EXPECT_TRUE(IsNumeric(text)) << Quoted(text);
         EXPECT_EQ(LeadingNumber(text), QString::fromUtf16(text).trimmed().toDouble()) << Quoted(text);
     }
-    for (const char16_t* text : {u"", u" ", u"12abc", u"abc", u"1.2.3", u"e5", u"-", u".", u"-.", u"1e", u"1e+",
-                                 u"1e3.5", u"1 2", u"- 1", u"1-", u"--1", u"+-1", u"1e3e4", u"0x10", u"1,2,3",
-                                 u"\u0661\u0662", u"\u00a042"})
+    for (const char16_t* text : {u"", u" ", u"12abc", u"1.2.3", u"e5", u"-", u".", u"1e", u"1e3.5", u"1 2", u"- 1",
+                                 u"1-", u"+-1", u"0x10", u"1,2,3", u"\u0661\u0662", u"\u00a042"})
         EXPECT_FALSE(IsNumeric(text)) << Quoted(text);
 
     // The locale's decimal separator counts as the point, once.
@@ -40,13 +39,12 @@ TEST(Numeric, IsNumericAcceptsOneNumberWithBlanksAroundWhoseValueIsTheLeadingNum
 TEST(Numeric, LeadingNumberReadsUpToTheFirstOtherCharacterSkippingBlanks)
 {
     const struct { const char16_t* text; double value; } cases[] = {
-        {u"12abc", 12.0}, {u" -4.5kW", -4.5}, {u"1.2.3", 1.2}, {u"3,5", 3.0}, {u"0x10", 0.0}, {u"12-3", 12.0},
-        {u"123456789.987654321", 123456789.987654321}, {u"1 2 3", 123.0}, {u"\t1\t0 . 5 x", 10.5}, {u"- 4", -4.0},
-        {u"1 e 3", 1000.0}, {u"2e - 2", 0.02}, {u"1\r\n2", 12.0}, {u"2.5e+2x", 250.0}, {u"1E-3", 0.001},
-        {u"1e", 1.0}, {u"1e+", 1.0}, {u"1ex", 1.0}, {u"1e3.5", 1000.0}, // an exponent counts only with digits
-        {u"", 0.0}, {u"abc", 0.0}, {u"-.e5", 0.0}, {u"e3", 0.0}, {u"kW 12", 0.0}, {u"\u0661", 0.0}, {u"\u00a042", 0.0},
-        {u"1e400", kInf}, {u"-1e400", -kInf}, {u"1e99999999999999999999999", kInf}, {u"1e-400", 0.0},
-        {u"-1e-99999999999999999999999", 0.0}, {u"0e99999999999999999999999", 0.0}, {u"1.7e308", 1.7e308}};
+        {u"12abc", 12.0}, {u" -4.5kW", -4.5}, {u"1.2.3", 1.2}, {u"3,5", 3.0}, {u"0x10", 0.0},
+        {u"123456789.987654321", 123456789.987654321}, {u"\t1\t0 . 5 x", 10.5}, {u"- 4", -4.0}, {u"1 e 3", 1000.0},
+        {u"2e - 2", 0.02}, {u"1\r\n2", 12.0}, {u"2.5e+2x", 250.0}, {u"1e+", 1.0}, {u"1e3.5", 1000.0}, // exponent digits
+        {u"", 0.0}, {u"-.e5", 0.0}, {u"kW 12", 0.0}, {u"\u0661", 0.0}, {u"\u00a042", 0.0}, {u"1e400", kInf},
+        {u"-1e400", -kInf}, {u"1e99999999999999999999999", kInf}, {u"1e-400", 0.0}, {u"0e99999999999999999999999", 0.0},
+        {u"1.7e308", 1.7e308}};
     for (const auto& c : cases)
         EXPECT_EQ(LeadingNumber(c.text), c.value) << Quoted(c.text);
 

@@ -41,38 +41,26 @@ public:
     qint32 Initialize(const QString&, qint32& status) override
     {
         Enter("Initialize");
-        const QVariantMap script = Script();
-        if (++m_initCalls <= script.value(S::InitFailures, 0).toInt())
-            return status = script.value(S::InitStatus, -7).toInt();
-        return status = 1;
+        return status = ++m_initCalls <= Script().value(S::InitFailures, 0).toInt() ? -7 : 1;
     }
     qint32 GetChannelOverview(ChannelCollection& channels, qint32& status) override
     {
         Enter("GetChannelOverview");
-        const QVariantMap script = Script();
-        status = script.value(S::OverviewStatus, 1).toInt();
-        if (status != 1)
-            return status;
-        const QStringList ids = script.value(S::Overview, QStringList{"1001", "1002"}).toStringList();
-        for (const QString& id : ids) {
+        for (const QString& id : Script().value(S::Overview, QStringList{"1001", "1002"}).toStringList()) {
             auto channel = std::make_shared<DataMatrix>();
             channel->SetChannelID(id);
             channel->SetChannelName("Channel " + id);
-            channel->SetUnit("kW");
             channels.Add(channel, id);
         }
-        return status;
+        return status = 1;
     }
     qint32 GetChannelStructure(QStringList& categories, QStringList& channels, qint32& status) override
     {
         Enter("GetChannelStructure");
         const QVariantMap script = Script();
-        status = script.value(S::StructureStatus, 1).toInt();
-        if (status != 1)
-            return status;
         categories = script.value(S::Categories, QStringList{"1$Site$$0"}).toStringList();
         channels = script.value(S::Channels, QStringList{"1001$Power$$1$0", "1002$Energy$$1$0"}).toStringList();
-        return status;
+        return status = script.value(S::StructureStatus, 1).toInt();
     }
     qint32 GetData(const QString&, ChannelCollection& channels, double, double, qint32& status) override
     {

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How tests steer the test data module: each module object reads its script, by the name it
-// was registered with, from a property of the application object, and counts its calls there.
-// Plug-in and test share the one application object of the process.
+// How tests steer the test data module: each module object reads its script, by the name it was
+// registered with, from a property of the application object (which plug-in and test share), and
+// counts its calls there.
 #pragma once
 
 #include <QCoreApplication>
-#include <QString>
 #include <QStringList>
 #include <QVariantMap>
 
@@ -13,9 +12,7 @@ namespace TestModuleScript {
 
 // Script entries; a missing entry takes the default named here.
 inline constexpr char SelfCheck[] = "selfCheck";             ///< int returned by SelfCheck, 1
-inline constexpr char InitFailures[] = "initFailures";       ///< Initialize fails this many times first, 0
-inline constexpr char InitStatus[] = "initStatus";           ///< what a failing Initialize returns, -7
-inline constexpr char OverviewStatus[] = "overviewStatus";   ///< int, 1
+inline constexpr char InitFailures[] = "initFailures";       ///< Initialize returns -7 this many times first, 0
 inline constexpr char StructureStatus[] = "structureStatus"; ///< int, 1
 inline constexpr char Overview[] = "overview";               ///< channel ids, {"1001", "1002"}
 inline constexpr char Categories[] = "categories";           ///< category strings, {"1$Site$$0"}
@@ -26,37 +23,32 @@ inline constexpr char AnnounceOnConfig[] = "announceOnConfig"; ///< ShowConfig s
 // "GetChannelOverview", "GetChannelStructure", "HasConfig", "ShowConfig", "SetMessageHandler".
 inline constexpr char Throws[] = "throws";
 
-inline QByteArray ScriptProperty(const QString& name)
+inline QByteArray Property(const char* kind, const QString& name)
 {
-    return "soranoTestModule/" + name.toUtf8();
-}
-
-inline QByteArray CallsProperty(const QString& name)
-{
-    return "soranoTestModuleCalls/" + name.toUtf8();
+    return kind + name.toUtf8();
 }
 
 inline QVariantMap Script(const QString& name)
 {
-    return qApp->property(ScriptProperty(name).constData()).toMap();
-}
-
-inline void SetScript(const QString& name, const QVariantMap& script)
-{
-    qApp->setProperty(ScriptProperty(name).constData(), script);
-    qApp->setProperty(CallsProperty(name).constData(), QVariantMap());
-}
-
-inline void CountCall(const QString& name, const QString& operation)
-{
-    QVariantMap calls = qApp->property(CallsProperty(name).constData()).toMap();
-    calls[operation] = calls.value(operation).toInt() + 1;
-    qApp->setProperty(CallsProperty(name).constData(), calls);
+    return qApp->property(Property("soranoTestModule/", name).constData()).toMap();
 }
 
 inline int Calls(const QString& name, const QString& operation)
 {
-    return qApp->property(CallsProperty(name).constData()).toMap().value(operation).toInt();
+    return qApp->property(Property("soranoTestModuleCalls/", name).constData()).toMap().value(operation).toInt();
+}
+
+inline void SetScript(const QString& name, const QVariantMap& script)
+{
+    qApp->setProperty(Property("soranoTestModule/", name).constData(), script);
+    qApp->setProperty(Property("soranoTestModuleCalls/", name).constData(), QVariantMap());
+}
+
+inline void CountCall(const QString& name, const QString& operation)
+{
+    QVariantMap calls = qApp->property(Property("soranoTestModuleCalls/", name).constData()).toMap();
+    calls[operation] = calls.value(operation).toInt() + 1;
+    qApp->setProperty(Property("soranoTestModuleCalls/", name).constData(), calls);
 }
 
 } // namespace TestModuleScript

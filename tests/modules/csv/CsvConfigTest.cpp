@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which folder the CSV module reads, how its configuration dialog changes it, and the plug-in
-// that creates the module.
+// The CSV module's folder, its configuration dialog and the plug-in that creates the module.
 #include "CsvFolder.h"
 #include "RegistryKey.h"
 #include "TempSettings.h"
@@ -35,7 +34,7 @@ struct TwoTrees
     QString first = folder.Path("a"), second = folder.Path("b");
 };
 
-QString OnlyChannel(CsvDataModule& module)
+QString OnlyChannel(DataModuleInterface& module)
 {
     ChannelCollection channels;
     qint32 status = 0;
@@ -61,34 +60,6 @@ void WithDialog(CsvDataModule& module, const std::function<void(frm_CsvConfig&)>
 
 } // namespace
 
-TEST(CsvConfig, TheFolderComesFromParamThenUserThenMachineSettings)
-{
-    TwoTrees trees;
-    const struct
-    {
-        const char* name;
-        QString user, machine, param, expected;
-    } cases[] = {
-        { "user only", trees.first, "", "", trees.first },
-        { "machine only", "", trees.second, "", trees.second },
-        { "user before machine", trees.second, trees.first, "", trees.second },
-        { "param before both", trees.first, trees.first, trees.second, trees.second },
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        TempSettings settings;
-        if (!c.user.isEmpty())
-            settings.SetUser(ModuleKey, "Folder", c.user);
-        if (!c.machine.isEmpty())
-            settings.SetMachine(ModuleKey, "Folder", c.machine);
-        CsvDataModule module(DataModuleRegistration { "Werk", "4" });
-        qint32 status = 0;
-        EXPECT_EQ(module.Initialize(c.param, status), 1);
-        EXPECT_EQ(module.Folder(), QDir::cleanPath(c.expected));
-        EXPECT_EQ(OnlyChannel(module), c.expected == trees.first ? "Erster" : "Zweiter");
-    }
-}
-
 TEST(CsvConfig, TheDialogStoresTheUsersFolderAndAnnouncesAChangeOnce)
 {
     TwoTrees trees;
@@ -101,7 +72,6 @@ TEST(CsvConfig, TheDialogStoresTheUsersFolderAndAnnouncesAChangeOnce)
     ASSERT_EQ(module.Initialize(QString(), status), 1);
     EXPECT_EQ(OnlyChannel(module), "Erster");
 
-    // Without a language offset the dialog speaks German.
     WithDialog(module, [&](frm_CsvConfig& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "CSV-Dateien");
         auto* edit = dialog.findChild<QLineEdit*>("txt_Folder");
@@ -117,17 +87,8 @@ TEST(CsvConfig, TheDialogStoresTheUsersFolderAndAnnouncesAChangeOnce)
     EXPECT_EQ(handler.messages[0], std::make_pair(QString("CHANNELS_CHANGED"), QString("4")));
     EXPECT_EQ(OnlyChannel(module), "Zweiter");
 
-    // OK on the same folder, and a cancelled change: no message, no change. English at 1000.
-    for (const auto& [offset, title] :
-        { std::pair<QString, QString> { "1000", "CSV files" }, { "0", "CSV-Dateien" } }) {
-        settings.SetMachine("Software\\HARVOLD\\Sorano\\Settings", "LangOffset", offset);
-        QString seen;
-        WithDialog(module, [&](frm_CsvConfig& dialog) {
-            seen = dialog.windowTitle();
-            dialog.accept();
-        });
-        EXPECT_EQ(seen, title) << offset.toStdString();
-    }
+    // OK on the same folder, and a cancelled change: no message, no change.
+    WithDialog(module, [&](frm_CsvConfig& dialog) { dialog.accept(); });
     WithDialog(module, [&](frm_CsvConfig& dialog) {
         dialog.findChild<QLineEdit*>("txt_Folder")->setText(trees.first);
         dialog.reject();
@@ -140,6 +101,11 @@ TEST(CsvConfig, TheDialogStoresTheUsersFolderAndAnnouncesAChangeOnce)
     EXPECT_EQ(module.Folder(), QDir::cleanPath(trees.first));
     EXPECT_EQ(OnlyChannel(module), "Erster");
     EXPECT_EQ(handler.messages.size(), 2u);
+
+    // A param wins over the user's folder and the machine-wide one.
+    settings.SetUser(ModuleKey, "Folder", trees.first);
+    EXPECT_EQ(module.Initialize(trees.second, status), 1);
+    EXPECT_EQ(OnlyChannel(module), "Zweiter");
 }
 
 // The built plug-in, loaded as the program loads it, declares its ProgID and creates working
@@ -155,21 +121,13 @@ TEST(CsvPlugin, DeclaresItsProgIdAndCreatesWorkingModulesForItOnly)
     EXPECT_EQ(factory->CreateModule("", { "Werk", "4" }), nullptr);
 
     TempSettings settings;
-    CsvFolder folder;
-    folder.Write("L.csv", "timestamp;P [kW];Q\n2023-01-01 00:00;1;2\n");
-    settings.SetUser(ModuleKey, "Folder", folder.Root());
-    for (const QString progId : { "Sorano.CSV", "sorano.csv" }) {
-        SCOPED_TRACE(progId.toStdString());
-        std::unique_ptr<QObject> object(factory->CreateModule(progId, { "Werk", "4" }));
-        auto* module = qobject_cast<DataModuleInterface*>(object.get());
-        ASSERT_TRUE(module);
-        EXPECT_GE(object->metaObject()->indexOfMethod("ShowConfig()"), 0);
-        qint32 status = 0;
-        EXPECT_EQ(module->Initialize(QString(), status), 1);
-        ChannelCollection channels;
-        EXPECT_EQ(module->GetChannelOverview(channels, status), 1);
-        ASSERT_EQ(channels.Count(), 2);
-        const ChannelCollection data = Read(*module, { channels.Key(1) }, D(2023, 1, 1), D(2023, 1, 2));
-        EXPECT_EQ(SamplesOf(data, 0), (Samples { { D(2023, 1, 1), 2 } }));
-    }
+    TwoTrees trees;
+    settings.SetUser(ModuleKey, "Folder", trees.first);
+    std::unique_ptr<QObject> object(factory->CreateModule("sorano.csv", { "Werk", "4" }));
+    auto* module = qobject_cast<DataModuleInterface*>(object.get());
+    ASSERT_TRUE(module);
+    EXPECT_GE(object->metaObject()->indexOfMethod("ShowConfig()"), 0);
+    qint32 status = 0;
+    EXPECT_EQ(module->Initialize(QString(), status), 1);
+    EXPECT_EQ(OnlyChannel(*module), "Erster");
 }

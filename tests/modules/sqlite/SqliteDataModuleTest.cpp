@@ -1,19 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The SQLite module on a healthy database: overview, structure, periods and GetData.
+// The SQLite module on a healthy database (overview, structure, periods, GetData) and on files it
+// cannot use (a status and a log line, and no write to the file).
 #include "SqliteDataModule.h"
+#include "Calendar.h"
 #include "LoggerDatabase.h"
 #include "TempSettings.h"
 
-#include "Calendar.h"
-
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 namespace {
 
@@ -59,8 +61,7 @@ protected:
 
 TEST_F(SqliteDataModuleTest, OverviewAndStructureListTheChannelsInTheirFormats)
 {
-    // The overview gives one channel object per channel, without data, in place of what the
-    // collection held.
+    // One channel object per channel, without data, in place of what the collection held.
     ChannelCollection overview;
     overview.AddText("left over from an earlier call");
     qint32 status = 0;
@@ -70,7 +71,6 @@ TEST_F(SqliteDataModuleTest, OverviewAndStructureListTheChannelsInTheirFormats)
     for (qsizetype i = 0; i < overview.Count(); ++i) {
         const DataMatrixPtr channel = overview.Channel(i);
         ASSERT_TRUE(channel);
-        EXPECT_EQ(overview.Key(i), channel->ChannelID());
         EXPECT_EQ(channel->ModuleAddress(), 4);
         EXPECT_FALSE(channel->DataBlock());
         shown << QString("%1 %2 [%3] %4")
@@ -80,8 +80,7 @@ TEST_F(SqliteDataModuleTest, OverviewAndStructureListTheChannelsInTheirFormats)
     EXPECT_EQ(
         shown, QStringList({ "301 Leistung [kW] 3", "302 cos phi [] 8", "303 Phase L1 [kW] 3", "304 Leer [kWh] 2" }));
 
-    // Parents come before their children. "$" inside a name would split it: it is written as
-    // "_". A category without a kind has four fields and shows as a plain category.
+    // Parents first; "$" in a name is written as "_"; a category without a kind has four fields.
     QStringList categories { "stale" }, channels { "stale" };
     EXPECT_EQ(module->GetChannelStructure(categories, channels, status), 1);
     EXPECT_EQ(status, 1);
@@ -95,62 +94,46 @@ TEST_F(SqliteDataModuleTest, OverviewAndStructureListTheChannelsInTheirFormats)
 TEST_F(SqliteDataModuleTest, FirstAndLastDateComeFromTheSamplesOrStayUntouched)
 {
     constexpr double Untouched = -7.0;
-    const struct
-    {
-        QString channel;
-        double first, last;
-    } cases[] = {
+    // 304 has no samples, "Leistung" names no channel.
+    const std::tuple<QString, double, double> cases[] = {
         { "301", Day, Day + (PowerSamples - 1) * Quarter },
         { " 302 ", Day, Day + (CosPhiSamples - 1) * Minute },
-        { "304", Untouched, Untouched }, // a channel without samples
-        { "999", Untouched, Untouched }, // no such channel
+        { "304", Untouched, Untouched },
         { "Leistung", Untouched, Untouched },
-        { "", Untouched, Untouched },
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.channel.toStdString());
-        double first = Untouched;
-        double last = Untouched;
-        module->GetFirstDate(c.channel, first);
-        module->GetLastDate(c.channel, last);
-        EXPECT_DOUBLE_EQ(first, c.first);
-        EXPECT_DOUBLE_EQ(last, c.last);
+    for (const auto& [channel, expectedFirst, expectedLast] : cases) {
+        double first = Untouched, last = Untouched;
+        module->GetFirstDate(channel, first);
+        module->GetLastDate(channel, last);
+        EXPECT_DOUBLE_EQ(first, expectedFirst) << channel.toStdString();
+        EXPECT_DOUBLE_EQ(last, expectedLast) << channel.toStdString();
     }
     EXPECT_EQ(handler.lines.size(), 0u);
 }
 
 TEST_F(SqliteDataModuleTest, GetDataReadsTheInclusiveWindowInTimeOrder)
 {
-    const struct
-    {
-        const char* name;
-        double from, to;
-        int firstIndex, rows;
-    } cases[] = {
-        { "whole period", Day, Day + (PowerSamples - 1) * Quarter, 0, PowerSamples },
-        { "wider than the data", Day - 30, Day + 30, 0, PowerSamples },
-        // The bounds as the program's calendar computes them: both ends belong to the window.
+    // Name, window, index of the first sample in it and their count.
+    const std::tuple<const char*, double, double, int, int> cases[] = {
         { "calendar bounds", Calendar::FromParts(2025, 1, 1, 0, 15), Calendar::FromParts(2025, 1, 1, 1, 30), 1, 6 },
-        // Bounds that miss a sample by microseconds still take it; by a second they do not.
         { "bounds microseconds off", Day + Quarter + 1e-10, Day + 6 * Quarter - 1e-10, 1, 6 },
         { "bounds a second inside", Day + Quarter + 1.0 / 86400, Day + 6 * Quarter - 1.0 / 86400, 2, 4 },
         { "one sample", Day + 2 * Quarter, Day + 2 * Quarter, 2, 1 },
         { "between samples", Day + 2.25 * Quarter, Day + 2.75 * Quarter, 0, 0 },
-        { "after the data", Day + 1, Day + 2, 0, 0 },
         { "reversed window", Day + 1, Day, 0, 0 },
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, from, to, firstIndex, rows] : cases) {
+        SCOPED_TRACE(name);
         ChannelCollection channels = Request({ "301" });
         qint32 status = 0;
-        module->GetData("301", channels, c.from, c.to, status);
+        module->GetData("301", channels, from, to, status);
         EXPECT_EQ(status, 1);
         const MatrixBlockPtr block = channels.Channel(0)->DataBlock();
         ASSERT_TRUE(block);
         ASSERT_EQ(block->Columns(), 2);
-        ASSERT_EQ(block->Rows(), c.rows);
-        for (int r = 0; r < c.rows; ++r) {
-            const int k = c.firstIndex + r;
+        ASSERT_EQ(block->Rows(), rows);
+        for (int r = 0; r < rows; ++r) {
+            const int k = firstIndex + r;
             EXPECT_NEAR(block->At(r, 0), Day + k * Quarter, 1e-9) << "row " << r;
             EXPECT_EQ(block->At(r, 1), k == NullSample ? -1e300 : 1.5 * k) << "row " << r;
         }
@@ -160,43 +143,34 @@ TEST_F(SqliteDataModuleTest, GetDataReadsTheInclusiveWindowInTimeOrder)
 
 TEST_F(SqliteDataModuleTest, GetDataFillsEveryListedChannelAndEndsWithTheResolution)
 {
-    const struct
-    {
-        QString list;
-        std::vector<int> rows; // per channel of the collection, in order
-        QString last;
-    } cases[] = {
+    // The finest resolution serves all channels; channels the database does not know get
+    // empty blocks and give no resolution.
+    const std::tuple<QString, std::vector<int>, QString> cases[] = {
         { "301", { PowerSamples }, "SQLITE;900" },
-        // Channels of different resolutions: the finest one serves them all.
-        { "301;302", { PowerSamples, CosPhiSamples }, "SQLITE;60" },
         { "302;301;303;304", { CosPhiSamples, PowerSamples, 0, 0 }, "SQLITE;60" },
-        // Channels the database does not know get empty blocks and give no resolution.
         { "999;abc", { 0, 0 }, "SQLITE;0" },
         { "999;301", { 0, PowerSamples }, "SQLITE;900" },
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.list.toStdString());
-        const QStringList ids = c.list.split(';');
+    for (const auto& [list, rows, last] : cases) {
+        SCOPED_TRACE(list.toStdString());
+        const QStringList ids = list.split(';');
         ChannelCollection channels = Request(ids);
         qint32 status = 0;
-        module->GetData(c.list, channels, Day - 1, Day + 1, status);
+        module->GetData(list, channels, Day - 1, Day + 1, status);
         EXPECT_EQ(status, 1);
         ASSERT_EQ(channels.Count(), ids.size() + 1);
         for (qsizetype i = 0; i < ids.size(); ++i) {
             const MatrixBlockPtr block = channels.Channel(i)->DataBlock();
             ASSERT_TRUE(block) << ids[i].toStdString();
-            EXPECT_EQ(block->Columns(), 2) << ids[i].toStdString();
-            EXPECT_EQ(block->Rows(), c.rows[i]) << ids[i].toStdString();
+            EXPECT_EQ(block->Rows(), rows[i]) << ids[i].toStdString();
         }
-        ASSERT_TRUE(channels.IsText(ids.size()));
-        EXPECT_EQ(channels.Text(ids.size()), c.last);
+        EXPECT_EQ(channels.Text(ids.size()), last);
     }
 }
 
 TEST_F(SqliteDataModuleTest, RepeatedCallsGiveEveryChannelANewBlockOfItsOwnSamples)
 {
-    // The module keeps its work buffers between calls; a shorter result must not carry rows of a
-    // longer one, and a block handed out before stays as it was.
+    // A shorter result carries no rows of a longer one; a block handed out before stays as it was.
     ChannelCollection channels = Request({ "301", "302" });
     qint32 status = 0;
     module->GetData("301;302", channels, Day, Day + 1, status);
@@ -212,8 +186,7 @@ TEST_F(SqliteDataModuleTest, RepeatedCallsGiveEveryChannelANewBlockOfItsOwnSampl
         EXPECT_DOUBLE_EQ(cosPhi->At(k, 1), 0.05 - 0.02 * k);
     }
 
-    // 302 is listed but not in the collection: nothing to fill, no failure, and only the
-    // delivered channel decides the resolution.
+    // 302 is listed but not in the collection: only the delivered channel gives the resolution.
     ChannelCollection one = Request({ "301" });
     module->GetData("302;301", one, Day + 1, Day + 2, status);
     EXPECT_EQ(status, 1);
@@ -224,8 +197,8 @@ TEST_F(SqliteDataModuleTest, RepeatedCallsGiveEveryChannelANewBlockOfItsOwnSampl
 
 TEST_F(SqliteDataModuleTest, OddRowsNeitherHangNorLeakIntoTheValues)
 {
-    // Two categories that are each other's parent, one that is its own parent, an orphan, a
-    // channel that is its own parent, values that are no numbers and an unreadable resolution.
+    // Parent cycles of categories and of a channel, an orphan, values that are no numbers and an
+    // unreadable resolution, which is reported and counts as unknown.
     const QString odd = dir.filePath("odd.sqlite");
     WriteDatabase(odd,
         "INSERT INTO categories VALUES (1, 'A', '', 2, 'FOLDER', 0), (2, 'B', '', 1, 'FOLDER', 0),"
@@ -234,7 +207,6 @@ TEST_F(SqliteDataModuleTest, OddRowsNeitherHangNorLeakIntoTheValues)
         "INSERT INTO samples VALUES (6, 1.0, 'kaputt'), (6, 2.0, 2.5), (6, 3.0, x'00ff');"
         "INSERT INTO info VALUES ('resolution', 'schnell')");
     Open(odd);
-    // The unreadable resolution is reported and counts as unknown.
     EXPECT_EQ(handler.CountAtLeast(2), 1);
 
     QStringList categories, channels;
@@ -251,6 +223,162 @@ TEST_F(SqliteDataModuleTest, OddRowsNeitherHangNorLeakIntoTheValues)
     EXPECT_EQ(block->At(1, 1), 2.5);
     EXPECT_EQ(block->At(2, 1), -1e300);
     EXPECT_EQ(data.Text(1), "SQLITE;0");
+}
+
+const QString ModuleKey = QStringLiteral("Software\\HARVOLD\\ModuleSettings\\Werk");
+
+class SqliteFailureTest : public ::testing::Test
+{
+protected:
+    std::unique_ptr<SqliteDataModule> MakeModule(const QString& database)
+    {
+        settings.SetUser(ModuleKey, "Database", database);
+        auto module = std::make_unique<SqliteDataModule>(DataModuleRegistration { "Werk", "4" });
+        module->SetMessageHandler(&handler);
+        return module;
+    }
+
+    // The site with 20000 more samples, so that the file spans many pages.
+    QString WriteBigSite(const QString& name)
+    {
+        const QString path = dir.filePath(name);
+        WriteDatabase(path,
+            Sql()
+                + QString("WITH RECURSIVE k(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM k WHERE n < 20000) "
+                          "INSERT INTO samples SELECT 305, %1 + n / 1440.0, n * 0.5 FROM k")
+                      .arg(Day + 1));
+        return path;
+    }
+
+    QString WriteFile(const QString& name, const QByteArray& bytes)
+    {
+        QFile file(dir.filePath(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(bytes);
+        return file.fileName();
+    }
+
+    TempSettings settings;
+    QTemporaryDir dir;
+    RecordingHandler handler;
+};
+
+TEST_F(SqliteFailureTest, UnusableFilesGiveAStatusAndALogLine)
+{
+    const QByteArray whole = FileBytes(WriteBigSite("whole.sqlite"));
+    WriteDatabase(dir.filePath("old.sqlite"),
+        "CREATE TABLE categories (id, name, remark, parent, kind, path_id);"
+        "CREATE TABLE channels (id, name, unit, data_type, category, parent_channel, path_id);"
+        "CREATE TABLE samples (channel, time)",
+        false);
+    const std::pair<QString, qint32> cases[] = {
+        { QString(), SqliteDataModule::NoDatabase },
+        { dir.filePath("nowhere.sqlite"), SqliteDataModule::FileMissing },
+        { dir.path(), SqliteDataModule::FileMissing },
+        { WriteFile("export.sqlite", QByteArray("01.01.2025 00:15;12,5\n").repeated(3000)), SqliteDataModule::Corrupt },
+        { WriteFile("truncated.sqlite", whole.left(whole.size() / 3)), SqliteDataModule::Corrupt },
+        { WriteFile("empty.sqlite", QByteArray()), SqliteDataModule::ForeignSchema },
+        { dir.filePath("old.sqlite"), SqliteDataModule::ForeignSchema },
+    };
+    for (const auto& [database, expected] : cases) {
+        SCOPED_TRACE(database.toStdString());
+        handler.lines.clear();
+        const QByteArray before = FileBytes(database);
+        auto module = MakeModule(database);
+        qint32 status = 0;
+        // The self-check does not need the database.
+        EXPECT_EQ(module->SelfCheck(status), 1);
+        EXPECT_TRUE(handler.lines.empty());
+        EXPECT_EQ(module->Initialize(QString(), status), expected);
+        EXPECT_EQ(status, expected);
+        ASSERT_GE(handler.CountAtLeast(3), 1);
+        EXPECT_EQ(handler.lines.front().source, "SqliteDataModule.Initialize");
+        EXPECT_EQ(handler.lines.front().level, 3);
+        EXPECT_TRUE(handler.lines.front().text.contains(database)) << handler.lines.front().text.toStdString();
+        // Every other operation fails the same way; GetData still hands back empty blocks and
+        // its closing text.
+        qint32 overviewStatus = 1, structureStatus = 1, dataStatus = 1;
+        ChannelCollection overview, data = Request({ "301" });
+        QStringList categories, channels;
+        module->GetChannelOverview(overview, overviewStatus);
+        module->GetChannelStructure(categories, channels, structureStatus);
+        module->GetData("301", data, Day - 1, Day + 1, dataStatus);
+        EXPECT_EQ(QList<qint32>({ overviewStatus, structureStatus, dataStatus }), QList<qint32>(3, expected));
+        EXPECT_EQ(overview.Count() + categories.size(), 0);
+        ASSERT_EQ(data.Count(), 2);
+        ASSERT_TRUE(data.Channel(0)->DataBlock());
+        EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), 0);
+        EXPECT_EQ(data.Text(1), "SQLITE;0");
+        double date = -3.0;
+        module->GetFirstDate("301", date);
+        module->GetLastDate("301", date);
+        EXPECT_EQ(date, -3.0);
+        EXPECT_EQ(FileBytes(database), before);
+    }
+}
+
+TEST_F(SqliteFailureTest, ALockedDatabaseFailsWithinTheBusyTimeoutAndRecovers)
+{
+    const QString path = Write(dir.filePath("site.sqlite"));
+    settings.SetUser(ModuleKey, "BusyTimeout", "50");
+    auto module = MakeModule(path);
+
+    const SqliteConnection writer = OpenWriter(path);
+    const auto exec = [&](const char* sql) { return sqlite3_exec(writer.get(), sql, nullptr, nullptr, nullptr); };
+
+    // Locked while the module opens the file.
+    ASSERT_EQ(exec("BEGIN EXCLUSIVE"), SQLITE_OK);
+    qint32 status = 0;
+    EXPECT_EQ(module->Initialize(QString(), status), SqliteDataModule::Locked);
+    ASSERT_EQ(handler.CountAtLeast(3), 1);
+    EXPECT_TRUE(handler.lines.back().text.contains("locked")) << handler.lines.back().text.toStdString();
+    ASSERT_EQ(exec("ROLLBACK"), SQLITE_OK);
+    EXPECT_EQ(module->Initialize(QString(), status), 1);
+
+    // Between calls the module holds no lock, so the writer gets its lock at once; reading
+    // during the writer's transaction fails, and the channels are left empty.
+    ASSERT_EQ(exec("BEGIN EXCLUSIVE"), SQLITE_OK);
+    ChannelCollection data = Request({ "301", "302" });
+    module->GetData("301;302", data, Day - 1, Day + 1, status);
+    EXPECT_EQ(status, SqliteDataModule::Locked);
+    EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), 0);
+    EXPECT_EQ(data.Channel(1)->DataBlock()->Rows(), 0);
+    EXPECT_TRUE(data.IsText(2));
+    EXPECT_EQ(handler.CountAtLeast(3), 2); // one line for the call, not one per channel
+    EXPECT_EQ(handler.lines.back().source, "SqliteDataModule.GetData");
+    ASSERT_EQ(exec("ROLLBACK"), SQLITE_OK);
+
+    module->GetData("301;302", data, Day - 1, Day + 1, status);
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), PowerSamples);
+}
+
+TEST_F(SqliteFailureTest, AnInterruptedWriteIsLeftForTheWriterToUndo)
+{
+    // A logger that crashed inside a transaction leaves a hot journal. Rolling it back means
+    // writing the database, which a reader must not do: it refuses the file instead.
+    const QString original = WriteBigSite("site.sqlite");
+    SqliteConnection writer = OpenWriter(original);
+    ASSERT_EQ(sqlite3_exec(writer.get(), "PRAGMA cache_size = 10; BEGIN; UPDATE samples SET value = -value;", nullptr,
+                  nullptr, nullptr),
+        SQLITE_OK);
+    ASSERT_TRUE(QFile::exists(original + "-journal"));
+    QDir(dir.path()).mkdir("crashed");
+    const QString path = dir.filePath("crashed/site.sqlite");
+    ASSERT_TRUE(QFile::copy(original + "-journal", path + "-journal"));
+    ASSERT_TRUE(QFile::copy(original, path));
+    sqlite3_exec(writer.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    writer.reset();
+
+    const QByteArray database = FileBytes(path);
+    const QByteArray journal = FileBytes(path + "-journal");
+    auto module = MakeModule(path);
+    qint32 status = 0;
+    EXPECT_EQ(module->Initialize(QString(), status), SqliteDataModule::CannotOpen);
+    ASSERT_EQ(handler.CountAtLeast(3), 1);
+    EXPECT_TRUE(handler.lines.back().text.contains("interrupted")) << handler.lines.back().text.toStdString();
+    EXPECT_EQ(FileBytes(path), database);
+    EXPECT_EQ(FileBytes(path + "-journal"), journal);
 }
 
 } // namespace
