@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Logging.h"
 #include "AppPaths.h"
 #include "Calendar.h"
 #include "Formatter.h"
-#include "Logging.h"
 #include "TempSettings.h"
 
 #include <QDate>
@@ -11,6 +11,12 @@
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <fcntl.h>
+#include <future>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -56,9 +62,8 @@ TEST_F(LoggingTest, LinesHaveTheFixedLayout)
     }
     const QString after = Stamp();
     const QStringList lines = ReadLines(logDir + "/Sorano.log");
-    const QString rests[] = {": --------- - ", "Main: bind matrix-engine - error 5 (Zugriff verweigert).",
-                             "Logging.Class_Terminate: app stop  - Sorano terminated.",
-                             "--------: --------- - ----------------"};
+    const QString rests[] = { ": --------- - ", "Main: bind matrix-engine - error 5 (Zugriff verweigert).",
+        "Logging.Class_Terminate: app stop  - Sorano terminated.", "--------: --------- - ----------------" };
     ASSERT_EQ(lines.size(), 4);
     for (int i = 0; i < 4; ++i) // each line starts with the general date of a moment during the test
         EXPECT_TRUE(lines[i] == before + ' ' + rests[i] || lines[i] == after + ' ' + rests[i])
@@ -74,7 +79,7 @@ TEST_F(LoggingTest, LevelsBelowTheLogModeAreDroppedButLevelFourIsAlwaysWritten)
     const QStringList lines = ReadLines(quiet.FileName());
     EXPECT_TRUE(lines.size() == 1 && lines[0].endsWith("A.B: kept - m")) << lines.join('\n').toStdString();
 
-    for (auto [mode, level] : {std::pair{"1", 1}, {"5", 5}, {"2x", 3}}) {
+    for (auto [mode, level] : { std::pair { "1", 1 }, { "5", 5 }, { "2x", 3 } }) {
         Set("LogMode", mode);
         EXPECT_EQ(Logging().Level(), level) << mode;
     }
@@ -83,10 +88,14 @@ TEST_F(LoggingTest, LevelsBelowTheLogModeAreDroppedButLevelFourIsAlwaysWritten)
 TEST_F(LoggingTest, FileNameFollowsFolderAndDailySettings)
 {
     const QString plain = logDir + "/Sorano.log", fallback = AppPaths::DataFolder() + "/Sorano.log";
-    const struct { const char* name; QString value, file; } cases[] = {
-        {"LogDaily", "1", logDir + "/Sorano-" + today + ".log"}, // only the exact text 1 selects daily files
-        {"LogDaily", "1 ", plain}, {"LogDaily", "01", plain},
-        {"LogPath", logDir + "\\", plain}, {"LogPath", logDir + "/gibt-es-nicht", fallback}};
+    const struct
+    {
+        const char* name;
+        QString value, file;
+    } cases[]
+        = { { "LogDaily", "1", logDir + "/Sorano-" + today + ".log" }, // only the exact text 1 selects daily files
+              { "LogDaily", "1 ", plain }, { "LogDaily", "01", plain }, { "LogPath", logDir + "\\", plain },
+              { "LogPath", logDir + "/gibt-es-nicht", fallback } };
     for (const auto& c : cases) {
         Set(c.name, c.value);
         EXPECT_EQ(Logging().FileName(), c.file) << c.name << "=" << c.value.toStdString();
@@ -121,6 +130,71 @@ TEST_F(LoggingTest, UnwritableFileLosesTheLineWithoutHarmAndFreeWriteLogNeedsALo
     g_cLogging = nullptr;
     const QStringList lines = ReadLines(log.FileName());
     EXPECT_TRUE(lines.size() == 1 && lines[0].endsWith("X.Y: somebody - listens")) << lines.join('\n').toStdString();
+}
+
+TEST_F(LoggingTest, ControlCharactersInTextsAreEscapedSoTheLogStaysText)
+{
+    {
+        Logging log;
+        log.WriteLog(QString::fromUtf8("Kanal\0A", 7), QString::fromUtf8("Wert \x01\x1f\x7f\u0085 \r\nzwei\tZeilen"),
+            QString("Csv\nLine"), 4);
+    }
+    QFile file(logDir + "/Sorano.log");
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray content = file.readAll();
+    EXPECT_FALSE(content.contains('\0'));
+    const QStringList lines = QString::fromUtf8(content).split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 3) << content.toStdString(); // the line and the two closing lines
+    EXPECT_TRUE(lines[0].endsWith("Csv\\x0ALine: Kanal\\0A - Wert \\x01\\x1F\\x7F\\x85 \\x0D\\x0Azwei\tZeilen"))
+        << lines[0].toStdString();
+}
+
+TEST_F(LoggingTest, PipeWithoutReaderIsSkippedWithOneLineOnStderr)
+{
+    const QString pipe = logDir + "/Sorano.log";
+    const QByteArray name = QFile::encodeName(pipe);
+    ASSERT_EQ(::mkfifo(name.constData(), 0600), 0);
+    Set("LogAppend", "0"); // a fresh log leaves the pipe a pipe
+
+    testing::internal::CaptureStderr();
+    auto logged = std::async(std::launch::async, [] {
+        Logging log;
+        for (int i = 0; i < 3; ++i)
+            log.WriteLog("line", QString::number(i), "X.Y", 4);
+    });
+    // Should the log wait for a reader after all, one comes, so that the test ends and fails.
+    int reader = -1;
+    if (logged.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
+        reader = ::open(name.constData(), O_RDONLY | O_NONBLOCK);
+        ADD_FAILURE() << "writing the log waited for a reader of the pipe";
+    }
+    logged.wait();
+    const std::string said = testing::internal::GetCapturedStderr();
+    if (reader >= 0)
+        ::close(reader);
+
+    EXPECT_EQ(QString::fromStdString(said).count('\n'), 1) << said;
+    EXPECT_NE(said.find(pipe.toStdString()), std::string::npos) << said;
+    struct stat status
+    {
+    };
+    ASSERT_EQ(::lstat(name.constData(), &status), 0);
+    EXPECT_TRUE(S_ISFIFO(status.st_mode));
+}
+
+TEST_F(LoggingTest, FreshLogEmptiesTheFileALinkNamesAndKeepsTheLink)
+{
+    WriteFile(logDir + "/real.log", "old line\n");
+    ASSERT_TRUE(QFile::link(logDir + "/real.log", logDir + "/Sorano.log"));
+    Set("LogAppend", "0");
+    {
+        Logging log;
+        log.WriteLog("new", "line", "X.Y", 4);
+    }
+    EXPECT_TRUE(QFileInfo(logDir + "/Sorano.log").isSymLink());
+    const QStringList lines = ReadLines(logDir + "/real.log");
+    ASSERT_EQ(lines.size(), 3) << lines.join('\n').toStdString();
+    EXPECT_TRUE(lines[0].endsWith("X.Y: new - line")) << lines[0].toStdString();
 }
 
 } // namespace
