@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "XmlTree.h"
 
+#include "SafeSave.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -18,8 +19,8 @@ namespace {
 // unread, so no entity declared in it is ever expanded and no external file is ever opened.
 // Comments, processing instructions and the declaration are dropped on reading; whitespace-
 // only text between elements is not kept (the writer indents anew).
-constexpr unsigned int ParseOptions = (pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute
-                                       | pugi::parse_eol)
+constexpr unsigned int ParseOptions
+    = (pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute | pugi::parse_eol)
     & ~(pugi::parse_doctype | pugi::parse_declaration | pugi::parse_pi | pugi::parse_comments);
 
 // Indentation costs one tab per level on every line, so deeply nested input would be
@@ -54,8 +55,8 @@ std::optional<QByteArray> RepairedUtf8(const char* text)
         ++p;
     if (!*p)
         return std::nullopt;
-    QStringDecoder decoder(QStringDecoder::Utf8,
-                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+    QStringDecoder decoder(
+        QStringDecoder::Utf8, QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
     const QString decoded = decoder.decode(QByteArrayView(text));
     if (!decoder.hasError())
         return std::nullopt;
@@ -130,7 +131,9 @@ int Depth(pugi::xml_node top)
 class ByteArrayWriter : public pugi::xml_writer
 {
 public:
-    explicit ByteArrayWriter(QByteArray& out) : m_out(out) {}
+    explicit ByteArrayWriter(QByteArray& out)
+        : m_out(out)
+    { }
     void write(const void* data, size_t size) override
     {
         m_out.append(static_cast<const char*>(data), static_cast<qsizetype>(size));
@@ -360,8 +363,7 @@ bool XmlDocument::Parse(const QByteArray& text, const QString& source)
             QString where = QStringLiteral("byte %1").arg(offset);
             if (result.encoding == pugi::encoding_utf8 && offset >= 0 && offset <= text.size())
                 where = QStringLiteral("line %1, %2").arg(text.left(offset).count('\n') + 1).arg(where);
-            m_lastError
-                = QStringLiteral("Cannot read %1: %2 at %3").arg(source, FromUtf8(result.description()), where);
+            m_lastError = QStringLiteral("Cannot read %1: %2 at %3").arg(source, FromUtf8(result.description()), where);
         } else {
             m_lastError = QStringLiteral("Cannot read %1: it has no root element").arg(source);
         }
@@ -380,7 +382,7 @@ bool XmlDocument::SaveFile(const QString& path) const
         return false;
     }
 
-    QSaveFile file(path);
+    SafeSave file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         m_lastError = QStringLiteral("Cannot write %1: %2").arg(target, file.errorString());
         return false;

@@ -83,9 +83,9 @@ public:
     bool LoadString(const QByteArray& text);
 
     // Writes the document with a UTF-8 declaration, indented (unless it nests deeper than
-    // real documents do; then on one line, to keep the size linear). Atomic: a temporary file is
-    // renamed over the old one, so that a failed save leaves the old file whole. A document
-    // without a root element is not written (it could not be read back).
+    // real documents do; then on one line, to keep the size linear). Saved through SafeSave: a
+    // failed save leaves the old file whole, a link stays a link, a pipe or device is written
+    // in place. A document without a root element is not written (it could not be read back).
     bool SaveFile(const QString& path) const;
     QByteArray ToString() const;
 

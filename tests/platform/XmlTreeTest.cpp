@@ -3,10 +3,13 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QUrl>
 
 #include <gtest/gtest.h>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -38,9 +41,10 @@ TEST(XmlTree, ChildrenAreReachedByTagIndexAndCountAndRemovedWithTheirSubtree)
     EXPECT_EQ(root.NthChild("report", 1).Content(), "b");
     EXPECT_TRUE(root.NthChild("report", 2).IsNull() && root.NthChild("report", -1).IsNull());
     EXPECT_TRUE(root.NthChild(3).Tag() == "group" && root.NthChild(5).IsNull());
-    EXPECT_EQ(root.ChildContent("report", "x") + root.ChildContent("empty", "x") + root.ChildContent("absent", "x"),
-              "ax") << "an empty child is no missing child";
-    for (const char* value : {"1", "2"}) {
+    EXPECT_EQ(
+        root.ChildContent("report", "x") + root.ChildContent("empty", "x") + root.ChildContent("absent", "x"), "ax")
+        << "an empty child is no missing child";
+    for (const char* value : { "1", "2" }) {
         root.SetContent(value);
         root.SetAttribute("id", value);
     }
@@ -71,8 +75,7 @@ TEST(XmlTree, FindDescendantSearchesBelowTheNodeForAnExistingAttributeAndANullNo
     node.Remove();
     EXPECT_EQ(node.Tag() + node.Content() + node.ChildContent("c", "d") + node.Attribute("a", "d"), "dd");
     EXPECT_TRUE(node.NewChild("c", "t").IsNull() && node.ChildByTag("c").IsNull() && node.Parent().IsNull()
-                && node.NthChild("c", 0).IsNull() && node.NthChild(0).IsNull()
-                && node.FindDescendant("c", "a", "v").IsNull());
+        && node.NthChild("c", 0).IsNull() && node.NthChild(0).IsNull() && node.FindDescendant("c", "a", "v").IsNull());
     EXPECT_EQ(node.ChildCount("c") + node.ChildCount(), 0);
 }
 
@@ -101,8 +104,10 @@ TEST_F(XmlTreeFiles, ExternalAndInternalEntitiesAreNeverResolved)
 {
     ASSERT_TRUE(Write("secret.txt", "GEHEIM-4711"));
     const QByteArray url = QUrl::fromLocalFile(PathOf("secret.txt")).toEncoded();
-    ASSERT_TRUE(Write("doctype.xml", "<!DOCTYPE r [<!ENTITY xxe SYSTEM \"" + url + "\"><!ENTITY lol \"lol\">"
-                                     "<!ENTITY lol2 \"&lol;&lol;\">]><r a=\"&xxe;\"><x>&xxe;</x><y>&lol2;</y></r>"));
+    ASSERT_TRUE(Write("doctype.xml",
+        "<!DOCTYPE r [<!ENTITY xxe SYSTEM \"" + url
+            + "\"><!ENTITY lol \"lol\">"
+              "<!ENTITY lol2 \"&lol;&lol;\">]><r a=\"&xxe;\"><x>&xxe;</x><y>&lol2;</y></r>"));
     XmlDocument doc;
     ASSERT_TRUE(doc.LoadFile(PathOf("doctype.xml"))) << doc.LastError().toStdString();
     EXPECT_EQ(doc.RootNode().ChildContent("x"), "&xxe;");
@@ -114,9 +119,10 @@ TEST_F(XmlTreeFiles, BrokenOrTruncatedInputFailsNamesTheFileAndLeavesAnEmptyDocu
 {
     ASSERT_TRUE(QDir(dir.path()).mkdir("folder.xml"));
     const std::pair<QString, QByteArray> cases[] = { // a null content writes no file
-        {"folder.xml", QByteArray()}, {"declaration-only.xml", "<?xml version=\"1.0\"?>\n<!-- nichts -->"},
-        {"mismatch.xml", "<a><b></a></b>"}, {"truncated.xml", Sample.left(Sample.indexOf("</Messung>") + 9)},
-        {"garbage.bin", QByteArray("\x00\xff\xfe\x01\x89PNG\r\n\x1a\n", 10)}};
+        { "folder.xml", QByteArray() }, { "declaration-only.xml", "<?xml version=\"1.0\"?>\n<!-- nichts -->" },
+        { "mismatch.xml", "<a><b></a></b>" }, { "truncated.xml", Sample.left(Sample.indexOf("</Messung>") + 9) },
+        { "garbage.bin", QByteArray("\x00\xff\xfe\x01\x89PNG\r\n\x1a\n", 10) }
+    };
     for (const auto& [name, content] : cases) {
         SCOPED_TRACE(name.toStdString());
         ASSERT_TRUE(content.isNull() || Write(name, content));
@@ -150,6 +156,28 @@ TEST_F(XmlTreeFiles, SavingIsAtomicKeepsSpecialCharactersAndSkipsADocumentWithou
     doc.RootNode().Remove();
     EXPECT_FALSE(doc.SaveFile(PathOf("leer.xml")));
     EXPECT_FALSE(QFile::exists(PathOf("leer.xml")));
+}
+
+TEST_F(XmlTreeFiles, SavingKeepsALinkAndNeverReplacesAPipe)
+{
+    ASSERT_TRUE(Write("ziel.xml", Sample));
+    ASSERT_TRUE(QFile::link(PathOf("ziel.xml"), PathOf("verweis.xml")));
+    XmlDocument doc;
+    doc.CreateRoot("neu");
+    ASSERT_TRUE(doc.SaveFile(PathOf("verweis.xml"))) << doc.LastError().toStdString();
+    EXPECT_TRUE(QFileInfo(PathOf("verweis.xml")).isSymLink());
+    EXPECT_TRUE(Read(PathOf("ziel.xml")).contains("<neu"));
+
+    // A pipe that nobody reads: the save fails at once, names the file and leaves the pipe.
+    const QByteArray pipe = QFile::encodeName(PathOf("rohr.xml"));
+    ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
+    EXPECT_FALSE(doc.SaveFile(PathOf("rohr.xml")));
+    EXPECT_TRUE(doc.LastError().contains("rohr.xml")) << doc.LastError().toStdString();
+    struct stat status
+    {
+    };
+    ASSERT_EQ(::lstat(pipe.constData(), &status), 0);
+    EXPECT_TRUE(S_ISFIFO(status.st_mode));
 }
 
 } // namespace
