@@ -28,11 +28,10 @@ bool SameShape(const MeasuringFile& a, const MeasuringFile& b)
     for (qsizetype i = 0; i < a.curves.size(); ++i) {
         const MeasuringFile::Curve& c = a.curves[i];
         const MeasuringFile::Curve& d = b.curves[i];
-        if (c.visible != d.visible || c.yAxis != d.yAxis || c.channels.size() != d.channels.size()
-            || c.series.Gallery != d.series.Gallery || c.series.Color != d.series.Color
-            || c.series.LineWidth != d.series.LineWidth || c.series.LineStyle != d.series.LineStyle
-            || c.series.Marker != d.series.Marker || c.statistics.size() != d.statistics.size()
-            || c.cursors.size() != d.cursors.size())
+        // A missing axis is written as axis 0.
+        if (c.visible != d.visible || c.yAxis.value_or(0) != d.yAxis.value_or(0)
+            || c.channels.size() != d.channels.size() || c.series != d.series
+            || c.statistics.size() != d.statistics.size() || c.cursors.size() != d.cursors.size())
             return false;
         for (qsizetype s = 0; s < c.statistics.size(); ++s) {
             if (c.statistics[s].visible != d.statistics[s].visible)

@@ -16,13 +16,14 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
-#include <QDir>
 #include <QLocale>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QStatusBar>
@@ -30,6 +31,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 Project* g_cProject = nullptr;
 
@@ -78,6 +80,10 @@ bool Project::Terminate(bool force)
 {
     if (m_bTerminated)
         return true;
+    if (AnyRefreshing()) {
+        m_bTerminateWaiting = true;
+        return false;
+    }
     // Every view is asked, also after one refused; closing takes it out of the list.
     bool refused = false;
     std::vector<Measuring*> open;
@@ -124,13 +130,19 @@ qint32 Project::LoadDataModules()
         WriteLog(QStringLiteral("read data-module entry"),
             QStringLiteral("Configuration for data-module %1 = %2 read.").arg(name, data), source, LogLevel::Info);
         const QStringList parts = data.split(QLatin1Char(':'));
-        if (parts.size() != 2) {
+        bool numeric = false;
+        const qint32 address = parts.size() == 2 ? parts.at(1).trimmed().toInt(&numeric) : 0;
+        if (!numeric) {
             WriteLog(QStringLiteral("invalid module-registration"),
                 QStringLiteral("Invalid Module Registration %1 = %2.").arg(name, data), source, LogLevel::Skipped);
             continue;
         }
-        // Addresses are unique: a second registration of one is refused before it is bound.
-        if (const ModuleBoxPtr holder = m_colDataModules.Item(parts.at(1))) {
+        // Addresses are numbers, unique as numbers ("1" and "01" are one address): a second
+        // registration of one is refused before it is bound.
+        const auto taken = std::find_if(m_colDataModules.begin(), m_colDataModules.end(),
+            [address](const ModuleBoxPtr& box) { return box->Address().trimmed().toInt() == address; });
+        if (taken != m_colDataModules.end()) {
+            const ModuleBoxPtr& holder = *taken;
             WriteLog(QStringLiteral("duplicate module-address"),
                 QStringLiteral("Data-module %1 = %2 skipped: address %3 is already used by %4.")
                     .arg(name, data, parts.at(1), holder->Name()),
@@ -200,11 +212,12 @@ void Project::m_cMsgHandler_Message(const QString& name, const QString& params)
     } else if (name == QLatin1String("PROGRESS_UPDATE")) {
         const QStringList parts = params.split(QLatin1Char(';'));
         if (parts.size() == 2) {
-            // The fraction is written in the locale's decimal format.
+            // Views write the fraction with a point; a module may write a comma.
+            QString text = parts.at(1).trimmed();
+            if (!text.contains(QLatin1Char('.')))
+                text.replace(QLatin1Char(','), QLatin1Char('.'));
             bool ok = false;
-            double fraction = QLocale().toDouble(parts.at(1).trimmed(), &ok);
-            if (!ok)
-                fraction = QLocale::c().toDouble(parts.at(1).trimmed(), &ok);
+            const double fraction = QLocale::c().toDouble(text, &ok);
             if (ok) {
                 const int value = ClampToInt(std::clamp(fraction * 100.0, 0.0, 100.0));
                 if (value != bar->value())
@@ -241,9 +254,53 @@ QString Project::GetNewMeasuringID()
     return m_sMeasuringFileID;
 }
 
-void Project::UpdateToolStates()
+bool Project::SetCommandsEnabled(bool enabled)
+{
+    const bool was = !m_bBarBusy;
+    if (!m_mainWindow || enabled == was)
+        return was;
+    m_bBarBusy = !enabled;
+    // The menu bar and every command with it, so that no shortcut gets through either.
+    m_mainWindow->menuBar()->setEnabled(enabled);
+    for (QAction* action : m_mainWindow->findChildren<QAction*>())
+        if (!action->menu())
+            action->setEnabled(enabled);
+    if (enabled)
+        UpdateToolStates();
+    return was;
+}
+
+void Project::ShowError(const QString& text)
 {
     if (!m_mainWindow)
+        return;
+    QTimer::singleShot(0, this, [this, text] { QMessageBox::warning(m_mainWindow.get(), m_sApplicationName, text); });
+}
+
+bool Project::AnyRefreshing() const
+{
+    return std::any_of(
+        m_colMeasurings.begin(), m_colMeasurings.end(), [](const auto& measuring) { return measuring->Refreshing(); });
+}
+
+void Project::RunWaitingCloses()
+{
+    if (AnyRefreshing())
+        return;
+    const std::vector<Measuring*> waiting = std::exchange(m_colWaitingCloses, {});
+    for (Measuring* measuring : waiting) {
+        const bool open = std::any_of(m_colMeasurings.begin(), m_colMeasurings.end(),
+            [measuring](const auto& each) { return each.get() == measuring; });
+        if (open)
+            CloseMeasuring(*measuring, false);
+    }
+    if (std::exchange(m_bTerminateWaiting, false) && m_mainWindow)
+        m_mainWindow->close();
+}
+
+void Project::UpdateToolStates()
+{
+    if (!m_mainWindow || m_bBarBusy)
         return;
     const bool document = GetActiveMeasuring() != nullptr;
     for (const char* name : { "mnuFileClose", "mnuFileSave", "mnuFileSaveAs", "mnuFileExport" })
@@ -254,6 +311,11 @@ void Project::UpdateToolStates()
 bool Project::CloseMeasuring(Measuring& measuring, bool force)
 {
     Q_UNUSED(force);
+    if (measuring.Refreshing()) {
+        if (std::find(m_colWaitingCloses.begin(), m_colWaitingCloses.end(), &measuring) == m_colWaitingCloses.end())
+            m_colWaitingCloses.push_back(&measuring);
+        return false;
+    }
     bool close = true;
     if (!measuring.Temporary()) {
         const double choice = Settings::Number(Settings::Id::OnCloseMeasuring);
@@ -329,12 +391,16 @@ Measuring* Project::OpenMeasuring(const QString& fileName, bool temporary)
         return nullptr;
     }
     measuring->SetTemporary(temporary);
-    if (measuring->OpenFile(path, true) != 0) {
+    // Closes that came in during a refresh run once the code that refreshed has returned.
+    connect(measuring.get(), &Measuring::RefreshEnded, this, &Project::RunWaitingCloses, Qt::QueuedConnection);
+    // In the list while it loads, so that an end of the program waits for its refresh.
+    Measuring* opened = measuring.get();
+    m_colMeasurings.push_back(std::move(measuring));
+    if (opened->OpenFile(path, true) != 0) {
+        DropMeasuring(*opened);
         UpdateToolStates();
         return nullptr;
     }
-    Measuring* opened = measuring.get();
-    m_colMeasurings.push_back(std::move(measuring));
     if (!temporary)
         ShowInWindow(*opened);
     UpdateToolStates();

@@ -53,8 +53,13 @@ public:
     QString GetNewMeasuringID() override;
     // Enables the document tools when a view is active.
     void UpdateToolStates() override;
+    // The menu bar and every command of the main window, off while a view refreshes.
+    bool SetCommandsEnabled(bool enabled) override;
+    // A message box, shown after the refresh or other work that asked for it.
+    void ShowError(const QString& text) override;
     // Asks as "OnCloseMeasuring" says (0 save, 1 discard, else ask when changed) and closes
-    // the view; false keeps it open. A temporary view closes without a question.
+    // the view; false keeps it open. A temporary view closes without a question. A view that
+    // is refreshing is closed (and asked about) once its refresh is over.
     bool CloseMeasuring(Measuring& measuring, bool force) override;
 
     // --- documents
@@ -79,8 +84,13 @@ private:
     void ShowInWindow(Measuring& measuring);
     void DropMeasuring(Measuring& measuring);
     void DeleteDropped();
+    // Runs the closes and the end that came in while views were refreshing.
+    void RunWaitingCloses();
+    bool AnyRefreshing() const;
 
-    bool m_bBarBusy = false;
+    bool m_bBarBusy = false; // commands are off for a refresh
+    std::vector<Measuring*> m_colWaitingCloses;
+    bool m_bTerminateWaiting = false;
     QString m_sApplicationName;
     std::unique_ptr<frm_Main> m_mainWindow;
     QString m_sHelpFile;

@@ -8,9 +8,6 @@
 
 namespace {
 
-// A window so wide that it would need more rows than this is cut, instead of exhausting memory.
-constexpr std::int64_t MaxRows = 50'000'000;
-
 constexpr double MaximumStart = -1e300;
 constexpr double MinimumStart = 1e300;
 
@@ -34,19 +31,6 @@ double AlignDown(double date, Calendar::Unit unit)
         return Calendar::FromParts(p.year, 1, 1);
     }
     return date;
-}
-
-// Number of steps: units / count rounded to the nearest whole number, ties to the even one,
-// and at least 1.
-std::int64_t StepCount(std::int64_t units, std::int64_t count)
-{
-    if (units <= 0)
-        return 1;
-    std::int64_t steps = units / count;
-    const std::int64_t twiceRest = 2 * (units % count);
-    if (twiceRest > count || (twiceRest == count && steps % 2 != 0))
-        ++steps;
-    return std::clamp<std::int64_t>(steps, 1, MaxRows);
 }
 
 // Aggregates one step's values; samples equal to noValue take no part.
@@ -99,8 +83,31 @@ double Aggregate(std::span<const double> values, qint32 aggregation, double noVa
 
 } // namespace
 
+double TimeValueTransformator::AlignStart(double date, const QString& interval)
+{
+    return AlignDown(date, Calendar::ParseUnit(interval).value_or(Calendar::Unit::Second));
+}
+
+// Units / count rounded to the nearest whole number, ties to the even one, and at least 1.
+std::int64_t TimeValueTransformator::RowsBetween(
+    double dateFrom, double dateTo, const QString& interval, qint32 intervalCount, bool align)
+{
+    const Calendar::Unit unit = Calendar::ParseUnit(interval).value_or(Calendar::Unit::Second);
+    if (align)
+        dateFrom = AlignDown(dateFrom, unit);
+    const std::int64_t count = std::max<qint32>(intervalCount, 1);
+    const std::int64_t units = Calendar::Diff(unit, dateFrom, dateTo);
+    if (units <= 0)
+        return 1;
+    std::int64_t steps = units / count;
+    const std::int64_t twiceRest = 2 * (units % count);
+    if (twiceRest > count || (twiceRest == count && steps % 2 != 0))
+        ++steps;
+    return std::max<std::int64_t>(steps, 1);
+}
+
 void TimeValueTransformator::Init(double dateFrom, double dateTo, const QString& interval, qint32 intervalCount,
-                                  bool align, const MatrixBlockPtr& timeBase)
+    bool align, const MatrixBlockPtr& timeBase)
 {
     m_eUnit = Calendar::ParseUnit(interval).value_or(Calendar::Unit::Second);
     if (align)
@@ -114,13 +121,13 @@ void TimeValueTransformator::Init(double dateFrom, double dateTo, const QString&
             baseTimes = timeBase->Column(0);
         rows = static_cast<std::int64_t>(baseTimes.size());
     } else {
-        rows = StepCount(Calendar::Diff(m_eUnit, dateFrom, dateTo), m_lIntervalCount);
+        rows = std::min(RowsBetween(dateFrom, dateTo, interval, m_lIntervalCount, false), MaxRows);
     }
 
     auto cells = FreshMemory::Zeros<std::vector<double>>(static_cast<std::size_t>(rows));
     // The steps of the last grid are overwritten where they fit, as at every navigation step.
     if (m_steps.capacity() >= static_cast<std::size_t>(rows))
-        m_steps.assign(static_cast<std::size_t>(rows), Step{0, 0});
+        m_steps.assign(static_cast<std::size_t>(rows), Step { 0, 0 });
     else
         m_steps = FreshMemory::Zeros<std::vector<Step>>(static_cast<std::size_t>(rows));
     // Each row is computed from the one before, so months of unequal length stay exact.
@@ -131,7 +138,7 @@ void TimeValueTransformator::Init(double dateFrom, double dateTo, const QString&
         cells[i] = start;
         // Whole seconds, kept as milliseconds: a sample is at or past a bound when its time in
         // milliseconds reaches the bound's second, so Add needs no division per sample.
-        m_steps[i] = Step{Calendar::WholeSeconds(start) * 1000, Calendar::WholeSeconds(next) * 1000};
+        m_steps[i] = Step { Calendar::WholeSeconds(start) * 1000, Calendar::WholeSeconds(next) * 1000 };
     }
 
     m_dDateFrom = rows > 0 ? cells.front() : dateFrom;
@@ -160,7 +167,8 @@ void TimeValueTransformator::Add(const MatrixBlock& source, const QString& name,
     const qsizetype sourceRows = static_cast<qsizetype>(times.size());
 
     auto cells = FreshMemory::Zeros<std::vector<double>>(static_cast<std::size_t>(2 * rows));
-    double carry = 0.0;
+    // Rows before the first sample of the window are gaps: nothing was measured there.
+    double carry = noValue;
     // The source index only moves forward; its time is converted once per row.
     qsizetype index = 0;
     std::int64_t indexTime = sourceRows > 0 ? Calendar::ToMilliseconds(times[0]) : 0;

@@ -14,11 +14,22 @@
 class TimeValueTransformator
 {
 public:
+    // The most rows a grid takes, over all its blocks together: a refresh checks rows times
+    // curves against it before it fetches anything, and Init never makes more rows.
+    static constexpr std::int64_t MaxRows = 50'000'000;
+
+    // The first row's time of a grid aligned on that unit: the start of the date's minute,
+    // hour, day, month or year; a second stays, a week only loses its time of day.
+    static double AlignStart(double date, const QString& interval);
+    // The rows Init would make for that window without a time base, not capped.
+    static std::int64_t RowsBetween(
+        double dateFrom, double dateTo, const QString& interval, qint32 intervalCount, bool align);
+
     // Sets the grid up. With a time base the grid takes its column 0 row by row and the
     // dates only serve alignment; without one, steps of intervalCount units run from
     // dateFrom to dateTo. An unknown unit counts as "s", a count below 1 as 1.
     void Init(double dateFrom, double dateTo, const QString& interval, qint32 intervalCount, bool align,
-              const MatrixBlockPtr& timeBase = nullptr);
+        const MatrixBlockPtr& timeBase = nullptr);
 
     // Builds the grid block of a raw block (column 0 time, column 1 values, ascending) and
     // keeps it under name. aggregation is the channel's DataType. A name already in use keeps

@@ -20,6 +20,7 @@ class MeasuringHost;
 class TimeValueTransformator;
 class frm_GraphicView;
 class QPicture;
+class QTreeWidgetItem;
 
 class Measuring : public QObject
 {
@@ -93,6 +94,9 @@ public:
     // statistic lists read "|1|2|". Nothing when the module or channel is unknown.
     Curve* AddCurve(const QString& channelKey, bool loadData, const QString& usedStatistics,
         const QString& visibleStatistics, const SeriesProperties* properties);
+    // Adds a further channel "<address>$<id>" to a curve, which then shows their sum; false
+    // when the module or channel is unknown or the curve has it already.
+    bool AddChannel(Curve& curve, const QString& channelKey);
     qint32 NextFreeColor() const;
     double FirstDataDate() const;
     double LastDataDate() const;
@@ -101,6 +105,14 @@ public:
     void RemoveCursors(bool allCurves);
     // Selects the curve of a statistic tree node, as a click on it does.
     void NodeClick(const QString& tag);
+    // Treats the statistic tree's selected node as clicked, selecting the first when none is.
+    void SelectedNodeClick();
+
+    // True while a refresh runs: it lets window events through, and the view must stay.
+    bool Refreshing() const { return m_bRefreshing; }
+    // Why the last refresh showed no data for some channels (a module's read failed) or for
+    // the whole window (too many rows); empty when it got everything.
+    const QString& FetchError() const { return m_sFetchError; }
 
     // Redraws from what the curves hold, or fetches the current window anew.
     void Refresh(bool fetch);
@@ -145,7 +157,14 @@ public:
     qint32 OpenFile(const QString& path, bool hidden);
     qint32 SaveFile(const QString& path, bool keepName);
 
+signals:
+    // A refresh has ended; queued connections run after the code that asked for it.
+    void RefreshEnded();
+
 private:
+    // The channel object of "<address>$<id>" in one of this view's modules, with the logger
+    // exchanged for a temporary view; nothing when there is none.
+    DataMatrixPtr ResolveChannel(const QString& channelKey) const;
     // Wires the chart's mouse, key, tool tip and annotation events and the editor's end.
     void ConnectInteraction();
     void OnMousePressed(Qt::MouseButton button, const QPointF& pixel);
@@ -173,12 +192,21 @@ private:
     void Log(int stringId, const QString& argument = QString());
     void PutCursorsBack(const TimeValueTransformator& grid);
     void ApplyCosPhiAxes(Curve* single);
+    class RefreshScope;
+    // One GetData for the module's channels of the refresh (of one curve, or of all).
+    void Fetch(ModuleBox& box, Curve* curve, double dateFrom, double dateTo);
+    // The module's time base decides an empty resolution, once.
+    void SettleResolution(const ChannelCollection& collection);
+    // False, with a message, when rows times curves exceed what one grid may hold.
+    bool WithinGridBudget(std::int64_t rows, std::size_t curves);
     void ChooseFirstWindow(bool fromCreate);
     QString AxisLabel(int axis, double value, const QString& text) const;
     // Point numbers for the X ticks: the rows at round times of the first channel.
     std::vector<double> XTicks(double lower, double upper, int most) const;
     void UpdateCaption();
     void OnNavigate(int index);
+    // A check box of the statistic tree: shows or hides the curve, line or cursor it stands for.
+    void OnNodeChanged(QTreeWidgetItem* item);
     void OnVerticalMove(int axis, bool upper, bool lower, int direction);
     double PointCount() const;
 
@@ -211,6 +239,7 @@ private:
     MatrixBlockPtr m_cFirstBlock;
     std::unique_ptr<frm_GraphicView> m_cGraph;
     bool m_bRefreshing = false;
+    QString m_sFetchError;
     // Mouse gestures on the chart.
     int m_iDownX = 0;
     int m_iDownY = 0;

@@ -9,8 +9,12 @@
 #include <QString>
 #include <QStringList>
 
-// The member initialisers are what reading gives for an element that is missing from the
-// file. Texts and numbers without such a default keep the initialiser shown here.
+#include <optional>
+
+// Reading starts from the values of the view that is being filled: an element that is
+// missing and has no reading default keeps that value, and a missing group keeps all of its
+// own. A missing element with a reading default (a Boolean, a date) takes that default when
+// its group is there.
 struct MeasuringFile
 {
     // A customer's address; the file stores Name, FirstName, Street, Place and Memo.
@@ -51,28 +55,43 @@ struct MeasuringFile
         friend bool operator==(const Cursor&, const Cursor&) = default;
     };
 
+    // How a curve looks. Colour and width have no reading default: a file without them keeps
+    // what the new curve was given (its palette colour).
+    struct Series
+    {
+        qint32 gallery = 0;
+        std::optional<qint32> color;
+        std::optional<qint32> lineWidth;
+        qint32 lineStyle = 0;
+        bool marker = false;
+
+        friend bool operator==(const Series&, const Series&) = default;
+    };
+
+    // Without a value the curve keeps what it was made with from its channel.
     struct Curve
     {
-        QString name;
-        QString unit;
+        std::optional<QString> name;
+        std::optional<QString> unit;
         bool visible = true;
-        qint32 yAxis = 0;
-        // Channel keys "<module address>$<channel id>". Reading takes only the first channel
-        // element, and only when its text is not empty, so that a curve read back has one
-        // channel or none.
+        std::optional<qint32> yAxis;
+        // Channel keys "<module address>$<channel id>", in file order; a curve of several
+        // channels is their sum. Empty channel elements are not read.
         QStringList channels;
-        SeriesProperties series;
+        std::optional<Series> series; ///< nothing when the file has no series group
         QList<Statistic> statistics;
         QList<Cursor> cursors;
 
-        friend bool operator==(const Curve& a, const Curve& b)
-        {
-            return a.name == b.name && a.unit == b.unit && a.visible == b.visible && a.yAxis == b.yAxis
-                && a.channels == b.channels && a.series.Color == b.series.Color
-                && a.series.LineWidth == b.series.LineWidth && a.series.LineStyle == b.series.LineStyle
-                && a.series.Marker == b.series.Marker && a.series.Gallery == b.series.Gallery
-                && a.statistics == b.statistics && a.cursors == b.cursors;
-        }
+        friend bool operator==(const Curve&, const Curve&) = default;
+    };
+
+    // A value that was in the file but could not be read, and was replaced by its default.
+    struct Unreadable
+    {
+        QString element;
+        QString text;
+
+        friend bool operator==(const Unreadable&, const Unreadable&) = default;
     };
 
     QString name;
@@ -88,11 +107,14 @@ struct MeasuringFile
     bool annotationVisible = false;
     QString annotationPosition;
     QStringList modules; // module addresses as text, in file order
-    GraphProperties graph = BarChart();
+    GraphProperties graph;
     Address address;
     // False when the file has no curves group at all. Writing always writes the group.
     bool hasCurves = false;
     QList<Curve> curves;
+    // Filled by reading: start and end dates that are no dates, a resolution unit that isn't
+    // one. Not written.
+    QList<Unreadable> unreadable;
 
     // Every member compared, the chart properties with their fields the file doesn't store.
     friend bool operator==(const MeasuringFile& a, const MeasuringFile& b)
@@ -108,14 +130,5 @@ struct MeasuringFile
             && g.ShowYGrid2 == h.ShowYGrid2 && g.GridColor1 == h.GridColor1 && g.GridColor2 == h.GridColor2
             && g.Title == h.Title && g.Gallery == h.Gallery && a.address == b.address && a.hasCurves == b.hasCurves
             && a.curves == b.curves;
-    }
-
-private:
-    // A file without a gallery element shows bars, unlike a new view.
-    static GraphProperties BarChart()
-    {
-        GraphProperties graph;
-        graph.Gallery = 2;
-        return graph;
     }
 };

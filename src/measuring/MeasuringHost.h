@@ -16,7 +16,16 @@ public:
     // "LOG", "PROGRESS_START", "PROGRESS_UPDATE", "PROGRESS_END" with their texts.
     virtual void SendMessage(const QString& name, const QString& params) = 0;
     virtual void UpdateToolStates() { }
+    // The application's command bar, disabled by a view while it refreshes; returns the
+    // state it had, so that the caller can give it back.
+    virtual bool SetCommandsEnabled(bool enabled)
+    {
+        Q_UNUSED(enabled);
+        return true;
+    }
     virtual QString GetNewMeasuringID() { return QString(); }
+    // A message the user has to act on, shown once the work at hand has ended.
+    virtual void ShowError(const QString& text) { Q_UNUSED(text); }
     virtual void CallMenu(const QString& menu) { Q_UNUSED(menu); }
     virtual void ShowHelp(int contextId) { Q_UNUSED(contextId); }
     // False keeps the view open.

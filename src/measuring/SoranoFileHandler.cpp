@@ -82,21 +82,26 @@ void WriteDate(XmlNode& parent, const QString& tag, double date)
 void WriteCurve(XmlNode curves, const MeasuringFile::Curve& curve)
 {
     XmlNode node = curves.NewChild("curve");
-    WriteText(node, "name", curve.name);
-    WriteText(node, "unit", curve.unit);
+    WriteText(node, "name", curve.name.value_or(QString()));
+    WriteText(node, "unit", curve.unit.value_or(QString()));
     WriteBool(node, "visible", curve.visible);
-    WriteNumber(node, "y-axis", curve.yAxis);
+    WriteNumber(node, "y-axis", curve.yAxis.value_or(0));
 
     XmlNode channels = node.NewChild("channels");
     for (const QString& channel : curve.channels)
         WriteText(channels, "channel", channel);
 
-    XmlNode series = node.NewChild("series-properties");
-    WriteText(series, "gallery", GalleryWord(curve.series.Gallery));
-    WriteNumber(series, "color", curve.series.Color);
-    WriteNumber(series, "line-width", curve.series.LineWidth);
-    WriteText(series, "line-style", LineStyleWord(curve.series.LineStyle));
-    WriteBool(series, "marker", curve.series.Marker);
+    if (curve.series) {
+        const MeasuringFile::Series& look = *curve.series;
+        XmlNode series = node.NewChild("series-properties");
+        WriteText(series, "gallery", GalleryWord(look.gallery));
+        if (look.color)
+            WriteNumber(series, "color", *look.color);
+        if (look.lineWidth)
+            WriteNumber(series, "line-width", *look.lineWidth);
+        WriteText(series, "line-style", LineStyleWord(look.lineStyle));
+        WriteBool(series, "marker", look.marker);
+    }
 
     XmlNode statistics = node.NewChild("statistics");
     for (const MeasuringFile::Statistic& statistic : curve.statistics) {
@@ -157,14 +162,21 @@ void WriteDocument(XmlNode root, const MeasuringFile& file)
 }
 
 // ---------------------------------------------------------------------------------------
-// Reading. Elements are looked up by name, so their order is free. A missing element
-// gives the default of MeasuringFile or the one passed here; texts and numbers without a
-// default keep what the target holds.
+// Reading. Elements are looked up by name, so their order is free. A missing group is
+// skipped whole; a missing element of a present group takes its reading default where it
+// has one, and otherwise keeps what the target holds.
 
 void ReadText(const XmlNode& node, const QString& tag, QString& target)
 {
     if (const XmlNode child = node.ChildByTag(tag))
         target = child.Content();
+}
+
+std::optional<QString> OptionalText(const XmlNode& node, const QString& tag)
+{
+    if (const XmlNode child = node.ChildByTag(tag))
+        return child.Content();
+    return std::nullopt;
 }
 
 // Only the exact text "true" is true.
@@ -174,16 +186,35 @@ bool ReadBool(const XmlNode& node, const QString& tag, bool missing)
     return child ? child.Content() == QLatin1String("true") : missing;
 }
 
-void ReadNumber(const XmlNode& node, const QString& tag, qint32& target)
+std::optional<qint32> OptionalNumber(const XmlNode& node, const QString& tag)
 {
     if (const XmlNode child = node.ChildByTag(tag))
-        target = ClampToInt(LeadingNumber(child.Content()));
+        return ClampToInt(LeadingNumber(child.Content()));
+    return std::nullopt;
+}
+
+void ReadNumber(const XmlNode& node, const QString& tag, qint32& target)
+{
+    if (const std::optional<qint32> value = OptionalNumber(node, tag))
+        target = *value;
 }
 
 std::optional<double> ReadDate(const XmlNode& node, const QString& tag)
 {
     const XmlNode child = node.ChildByTag(tag);
     return child ? Calendar::ParseDate(child.Content()) : std::nullopt;
+}
+
+// A missing date or one that is no date reads as the present moment; the second is noted.
+double ReadDateOrNow(const XmlNode& node, const QString& tag, QList<MeasuringFile::Unreadable>& unreadable)
+{
+    const XmlNode child = node.ChildByTag(tag);
+    if (!child)
+        return Calendar::Now();
+    if (const std::optional<double> date = Calendar::ParseDate(child.Content()))
+        return *date;
+    unreadable.append({ tag, child.Content() });
+    return Calendar::Now();
 }
 
 // Visits the children of that name in order, walking the siblings once: counting and then
@@ -197,22 +228,26 @@ template<typename Visit> void ForEachChild(const XmlNode& parent, const char* ta
 MeasuringFile::Curve ReadCurve(const XmlNode& node)
 {
     MeasuringFile::Curve curve;
-    ReadText(node, "name", curve.name);
-    ReadText(node, "unit", curve.unit);
+    curve.name = OptionalText(node, "name");
+    curve.unit = OptionalText(node, "unit");
     curve.visible = ReadBool(node, "visible", true);
-    ReadNumber(node, "y-axis", curve.yAxis);
+    curve.yAxis = OptionalNumber(node, "y-axis");
 
-    // A curve is made from one channel; further channel elements are not read.
-    const QString channel = node.ChildByTag("channels").ChildContent("channel");
-    if (!channel.isEmpty())
-        curve.channels << channel;
+    ForEachChild(node.ChildByTag("channels"), "channel", [&curve](const XmlNode& item) {
+        const QString key = item.Content();
+        if (!key.isEmpty())
+            curve.channels << key;
+    });
 
-    const XmlNode series = node.ChildByTag("series-properties");
-    curve.series.Gallery = GalleryFromWord(series.ChildContent("gallery"));
-    ReadNumber(series, "color", curve.series.Color);
-    ReadNumber(series, "line-width", curve.series.LineWidth);
-    curve.series.LineStyle = LineStyleFromWord(series.ChildContent("line-style", "solid"));
-    curve.series.Marker = ReadBool(series, "marker", false);
+    if (const XmlNode series = node.ChildByTag("series-properties")) {
+        MeasuringFile::Series look;
+        look.gallery = GalleryFromWord(series.ChildContent("gallery"));
+        look.color = OptionalNumber(series, "color");
+        look.lineWidth = OptionalNumber(series, "line-width");
+        look.lineStyle = LineStyleFromWord(series.ChildContent("line-style", "solid"));
+        look.marker = ReadBool(series, "marker", false);
+        curve.series = look;
+    }
 
     ForEachChild(node.ChildByTag("statistics"), "statistic", [&curve](const XmlNode& item) {
         curve.statistics.append({ item.ChildContent("id"), ReadBool(item, "visible", false) });
@@ -241,32 +276,40 @@ bool ReadDocument(bool loaded, XmlDocument& doc, MeasuringFile& target)
     if (root.Tag() != RootTag)
         return false;
 
-    MeasuringFile file;
+    MeasuringFile file = target;
+    file.modules.clear();
+    file.hasCurves = false;
+    file.curves.clear();
+    file.unreadable.clear();
     ReadText(root, "name", file.name);
     ReadText(root, "remark", file.remark);
     file.autoScale = ReadBool(root, "autoscale", true);
     ReadText(root, "intervall-unit", file.intervalUnit);
+    if (!file.intervalUnit.isEmpty() && !Calendar::ParseUnit(file.intervalUnit))
+        file.unreadable.append({ QStringLiteral("intervall-unit"), file.intervalUnit });
     ReadNumber(root, "intervall-count", file.intervalCount);
     file.showStatistics = ReadBool(root, "showstatistics", true);
     file.viewMode = ViewModeFromWord(root.ChildContent("viewmode", "chart"));
     ReadText(root, "zoomhistory", file.zoomHistory);
-    file.startDate = ReadDate(root, "startdate").value_or(Calendar::Now());
-    file.endDate = ReadDate(root, "enddate").value_or(Calendar::Now());
+    file.startDate = ReadDateOrNow(root, "startdate", file.unreadable);
+    file.endDate = ReadDateOrNow(root, "enddate", file.unreadable);
 
-    const XmlNode annotation = root.ChildByTag("annotation");
-    file.annotationVisible = ReadBool(annotation, "visible", false);
-    ReadText(annotation, "position", file.annotationPosition);
+    if (const XmlNode annotation = root.ChildByTag("annotation")) {
+        file.annotationVisible = ReadBool(annotation, "visible", false);
+        ReadText(annotation, "position", file.annotationPosition);
+    }
 
     ForEachChild(
         root.ChildByTag("modules"), "module", [&file](const XmlNode& item) { file.modules << item.Content(); });
 
-    const XmlNode graph = root.ChildByTag("graph-properties");
-    file.graph.Gallery = GalleryFromWord(graph.ChildContent("gallery", "bar"));
-    file.graph.Legend = ReadBool(graph, "legend", false);
-    file.graph.View3D = ReadBool(graph, "display-3d", false);
-    file.graph.ShowYGrid1 = ReadBool(graph, "grid1", true);
-    file.graph.ShowYGrid2 = ReadBool(graph, "grid2", false);
-    ReadText(graph, "title", file.graph.Title);
+    if (const XmlNode graph = root.ChildByTag("graph-properties")) {
+        file.graph.Gallery = GalleryFromWord(graph.ChildContent("gallery", "bar"));
+        file.graph.Legend = ReadBool(graph, "legend", false);
+        file.graph.View3D = ReadBool(graph, "display-3d", false);
+        file.graph.ShowYGrid1 = ReadBool(graph, "grid1", true);
+        file.graph.ShowYGrid2 = ReadBool(graph, "grid2", false);
+        ReadText(graph, "title", file.graph.Title);
+    }
 
     const XmlNode address = root.ChildByTag("customer-address");
     ReadText(address, "name", file.address.Name);

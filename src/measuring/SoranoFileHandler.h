@@ -25,8 +25,9 @@ qint32 Save(const QString& path, const MeasuringFile& file);
 QByteArray SaveToBytes(const MeasuringFile& file);
 
 // Always 0: a file that is missing, can't be parsed or has another root leaves `file` as it
-// was, and the caller goes on with an empty view. Otherwise `file` is replaced by what the
-// file holds, with the reading defaults for what it lacks. `isViewFile` tells the two apart.
+// was, and the caller goes on with an empty view. Otherwise `file` takes what the file holds:
+// on entry it holds the view's own values, which stand where the file lacks a group or an
+// element without reading default. `isViewFile` tells the two apart.
 qint32 Load(const QString& path, MeasuringFile& file, bool* isViewFile = nullptr);
 // The same on bytes in memory; true when they are a view file and `file` was replaced.
 bool LoadFromBytes(const QByteArray& bytes, MeasuringFile& file);

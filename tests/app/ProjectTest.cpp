@@ -86,18 +86,18 @@ TEST_F(ProjectTest, CaptionIsTheConfiguredNameAndMessagesSetTheStatusTextAndTheP
 
 TEST_F(ProjectTest, RegistrationsAreBoundInOrderAndMalformedOrDuplicateOnesSkipped)
 {
-    const std::pair<const char*, const char*> registrations[]
-        = { { "Alpha", "Sorano.TestModule:1" }, { "Beta", "A:1:2" }, { "Delta", "Sorano.TestModule:1" },
-              { "Eps", "Sorano.TestModule:2" }, { "Gamma", "Sorano.TestModule" }, { "Kappa", "Sorano.TestModule:4" } };
+    const std::pair<const char*, const char*> registrations[] = { { "Alpha", "Sorano.TestModule:1" },
+        { "Beta", "A:1:2" }, { "Delta", "Sorano.TestModule:01" }, { "Eps", "Sorano.TestModule:2" },
+        { "Gamma", "Sorano.TestModule" }, { "Kappa", "Sorano.TestModule:4" }, { "Zeta", "Sorano.TestModule:zwei" } };
     QStringList expected;
     for (const auto& [name, data] : registrations) {
         Register(name, data, name == QLatin1String("Kappa") ? QVariantMap { { S::SelfCheck, 0 } } : QVariantMap {});
         expected << QString("read data-module entry - Configuration for data-module %1 = %2 read.").arg(name, data);
-        if (name == QLatin1String("Beta") || name == QLatin1String("Gamma"))
+        if (name == QLatin1String("Beta") || name == QLatin1String("Gamma") || name == QLatin1String("Zeta"))
             expected << QString("invalid module-registration - Invalid Module Registration %1 = %2.").arg(name, data);
         if (name == QLatin1String("Delta"))
-            expected << "duplicate module-address - Data-module Delta = Sorano.TestModule:1 skipped: address 1 is "
-                        "already used by Alpha.";
+            expected << "duplicate module-address - Data-module Delta = Sorano.TestModule:01 skipped: address 01 "
+                        "is already used by Alpha.";
     }
     S::SetScript("Eps", { { S::Throws, QStringList { "SetMessageHandler" } } });
     LogCapture log(roots);

@@ -59,14 +59,14 @@ MeasuringFile ExampleFile()
     file.graph.Gallery = 1;
     file.graph.Title = "Lastgang";
     file.hasCurves = true;
-    file.curves = { { "Wirkleistung", "kW", true, 0, { "3$4711#002" }, { .Gallery = 1 }, { { "max", true } },
-        { { Calendar::FromParts(2009, 2, 18, 11, 15), "", "", true } } } };
+    file.curves = { { "Wirkleistung", "kW", true, 0, { "3$4711#002" }, MeasuringFile::Series { 1, 255, 1, 0, false },
+        { { "max", true } }, { { Calendar::FromParts(2009, 2, 18, 11, 15), "", "", true } } } };
     return file;
 }
 
-MeasuringFile Read(const QString& xml)
+// Reads the document over what a view already holds.
+MeasuringFile Read(const QString& xml, MeasuringFile file = {})
 {
-    MeasuringFile file;
     EXPECT_TRUE(LoadFromBytes(xml.toUtf8(), file)) << xml.toStdString();
     return file;
 }
@@ -84,26 +84,63 @@ TEST(SoranoFileHandlerTest, ExampleFileIsWrittenAndReadBothWays)
     EXPECT_TRUE(Read(Example) == ExampleFile()) << SaveToBytes(Read(Example)).toStdString();
 }
 
-TEST(SoranoFileHandlerTest, MissingElementsReadAsTheirDefaults)
+TEST(SoranoFileHandlerTest, MissingGroupsKeepTheViewsValuesAndMissingElementsTakeTheirDefaults)
 {
-    const MeasuringFile empty = Read("<sorano-measuring/>");
-    EXPECT_TRUE(empty.autoScale && empty.showStatistics && empty.graph.ShowYGrid1 && !empty.hasCurves);
-    EXPECT_FALSE(empty.annotationVisible || empty.graph.Legend || empty.graph.View3D || empty.graph.ShowYGrid2);
+    // What the view holds before reading: none of it is a reading default.
+    MeasuringFile view;
+    view.name = "Neu";
+    view.remark = "Notiz";
+    view.intervalUnit = "h";
+    view.intervalCount = 2;
+    view.annotationVisible = true;
+    view.annotationPosition = "1;2;3;4";
+    view.graph.Gallery = 1;
+    view.graph.Legend = true;
+    view.graph.ShowYGrid1 = false;
+    view.graph.Title = "Titel";
+    view.address.Name = "Stadtwerke";
+
+    const MeasuringFile empty = Read("<sorano-measuring/>", view);
+    EXPECT_EQ(empty.name, "Neu");
+    EXPECT_EQ(empty.remark, "Notiz");
+    EXPECT_EQ(empty.intervalUnit, "h");
+    EXPECT_EQ(empty.intervalCount, 2);
+    EXPECT_TRUE(empty.annotationVisible) << "no annotation group: the view's note box stays";
+    EXPECT_EQ(empty.annotationPosition, "1;2;3;4");
+    EXPECT_EQ(empty.graph.Gallery, 1) << "no graph group: the view's chart type stays, not bars";
+    EXPECT_TRUE(empty.graph.Legend && !empty.graph.ShowYGrid1);
+    EXPECT_EQ(empty.graph.Title, "Titel");
+    EXPECT_EQ(empty.address.Name, "Stadtwerke");
+    EXPECT_TRUE(empty.autoScale && empty.showStatistics && !empty.hasCurves);
     EXPECT_EQ(empty.viewMode, 1);
-    EXPECT_EQ(empty.graph.Gallery, 2) << "a file without gallery shows bars";
     EXPECT_TRUE(IsNow(empty.startDate) && IsNow(empty.endDate));
+    EXPECT_TRUE(empty.unreadable.isEmpty());
+
+    // Present but empty groups: each element takes its reading default, or keeps the view's.
+    const MeasuringFile groups
+        = Read("<sorano-measuring><annotation/><graph-properties/><customer-address/></sorano-measuring>", view);
+    EXPECT_FALSE(groups.annotationVisible);
+    EXPECT_EQ(groups.annotationPosition, "1;2;3;4");
+    EXPECT_EQ(groups.graph.Gallery, 2) << "a graph group without gallery shows bars";
+    EXPECT_TRUE(!groups.graph.Legend && groups.graph.ShowYGrid1 && !groups.graph.ShowYGrid2 && !groups.graph.View3D);
+    EXPECT_EQ(groups.graph.Title, "Titel");
+    EXPECT_EQ(groups.address.Name, "Stadtwerke");
 
     const MeasuringFile sparse = Read("<sorano-measuring><curves><curve><statistics><statistic><id>9</id>"
                                       "</statistic></statistics><cursors><cursor><datetime>2020-01-02</datetime>"
-                                      "</cursor></cursors></curve></curves></sorano-measuring>");
-    ASSERT_EQ(sparse.curves.size(), 1);
+                                      "</cursor></cursors></curve><curve><series-properties/></curve></curves>"
+                                      "</sorano-measuring>");
+    ASSERT_EQ(sparse.curves.size(), 2);
     const MeasuringFile::Curve& curve = sparse.curves[0];
-    EXPECT_TRUE(curve.visible && curve.channels.isEmpty() && !curve.series.Marker);
-    EXPECT_EQ(curve.series.Gallery, 0);
-    EXPECT_EQ(curve.series.LineStyle, 0);
+    EXPECT_TRUE(curve.visible && curve.channels.isEmpty());
+    EXPECT_FALSE(curve.name || curve.unit || curve.yAxis) << "the curve keeps its channel's name, unit and axis";
+    EXPECT_FALSE(curve.series) << "no series group: the curve keeps its palette colour and look";
     EXPECT_TRUE(curve.statistics == QList<MeasuringFile::Statistic>({ { "9", false } }));
     ASSERT_EQ(curve.cursors.size(), 1);
     EXPECT_TRUE(curve.cursors[0].visible);
+    ASSERT_TRUE(sparse.curves[1].series);
+    EXPECT_TRUE(*sparse.curves[1].series == (MeasuringFile::Series { 0, std::nullopt, std::nullopt, 0, false }))
+        << "gallery, style and marker take their defaults; colour and width have none";
 }
 
 TEST(SoranoFileHandlerTest, EnumerationWordsBothWays)
@@ -132,6 +169,7 @@ TEST(SoranoFileHandlerTest, LenientReading)
 {
     const MeasuringFile file
         = Read("<sorano-measuring><autoscale>TRUE</autoscale><startdate>gestern</startdate>"
+               "<enddate>2020-01-01</enddate><intervall-unit>q</intervall-unit>"
                "<intervall-count>12abc</intervall-count><curves><curve><channels><channel>3$1#001</channel>"
                "<channel>3$1#002</channel></channels><statistics><statistic><id>unbekannt</id><visible>true</visible>"
                "</statistic></statistics><cursors><cursor><datetime></datetime></cursor><cursor><datetime>31.02.2020"
@@ -141,7 +179,9 @@ TEST(SoranoFileHandlerTest, LenientReading)
     EXPECT_TRUE(IsNow(file.startDate));
     EXPECT_EQ(file.intervalCount, 12);
     ASSERT_EQ(file.curves.size(), 1);
-    EXPECT_EQ(file.curves[0].channels, QStringList { "3$1#001" });
+    EXPECT_EQ(file.curves[0].channels, QStringList({ "3$1#001", "3$1#002" })) << "a sum curve keeps every channel";
+    EXPECT_TRUE(
+        file.unreadable == QList<MeasuringFile::Unreadable>({ { "intervall-unit", "q" }, { "startdate", "gestern" } }));
     EXPECT_TRUE(file.curves[0].statistics == QList<MeasuringFile::Statistic>({ { "unbekannt", true } }));
     ASSERT_EQ(file.curves[0].cursors.size(), 1);
     EXPECT_EQ(file.curves[0].cursors[0].customText, "A");
@@ -167,8 +207,8 @@ TEST(SoranoFileHandlerTest, SaveRoundTripFailuresAndOtherFiles)
     file.address.Street = "Ringstr. 4";
     file.address.Place = "12345 Neustadt";
     file.address.Memo = "Zeile 1\nZeile 2";
-    file.curves.append({ "Blindleistung", "kvar", false, 1, { "12$L1#5" }, { 0xC08040, 3, -1, true, 2 },
-        { { "1", false }, { "6", true } },
+    file.curves.append({ "Blindleistung", "kvar", false, 1, { "12$L1#5", "12$L1#6" },
+        MeasuringFile::Series { 2, 0xC08040, 3, -1, true }, { { "1", false }, { "6", true } },
         { file.curves[0].cursors[0], { Calendar::FromParts(2009, 2, 18, 23, 59, 59), "Spitze", "200;40", false } } });
 
     QTemporaryDir dir;

@@ -1,0 +1,438 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The refresh: one fetch per module, the time grid, the curves, axes and cursors.
+
+#include "Measuring.h"
+
+#include "Calendar.h"
+#include "ChannelTree.h"
+#include "ChartAdapter.h"
+#include "ChartAnnotation.h"
+#include "CurveColors.h"
+#include "Formatter.h"
+#include "Logging.h"
+#include "MeasuringHost.h"
+#include "Numeric.h"
+#include "ResStrings.h"
+#include "Settings.h"
+#include "SoranoFileHandler.h"
+#include "TimeValueTransformator.h"
+#include "ViewPeriods.h"
+#include "ctl_DynamicGrid.h"
+#include "ctl_NavBar.h"
+#include "ctl_VertNavBar.h"
+#include "frm_GraphicView.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QLocale>
+#include <QTreeWidget>
+
+#include <algorithm>
+#include <cmath>
+
+// --- refresh
+
+void Measuring::Log(int stringId, const QString& argument)
+{
+    QString text = GetResString(stringId);
+    text.replace(QLatin1Char('@'), argument);
+    m_cHost.SendMessage(QStringLiteral("LOG"), text);
+}
+
+void Measuring::Refresh(bool fetch)
+{
+    if (!m_cGraph)
+        return;
+    if (fetch) {
+        RefreshData(StartDate(), EndDate(), nullptr, true);
+        if (ViewMode() == frm_GraphicView::GridMode)
+            m_cGraph->grid_View()->Update(false);
+        return;
+    }
+    m_cGraphProperties.Apply(Chart(), TitleValues { m_cAddress.Name, m_sName, StartDate(), EndDate(), 0 });
+    if (ViewMode() == frm_GraphicView::GridMode)
+        m_cGraph->grid_View()->SetDateFormat(GetDateFormat(false));
+    for (const auto& curve : m_cCurves) {
+        if (ViewMode() == frm_GraphicView::ChartMode)
+            curve->UpdateChart(Chart(), m_bAutoScale);
+        else if (ViewMode() == frm_GraphicView::GridMode)
+            curve->UpdateGrid(m_cGraph->grid_View());
+        curve->UpdateStatistic(m_cGraph->trv_Statistics());
+    }
+    if (ViewMode() == frm_GraphicView::GridMode)
+        m_cGraph->grid_View()->Update(false);
+}
+
+void Measuring::ApplyCosPhiAxes(Curve* single)
+{
+    const auto isCosPhi = [](const Curve& curve) {
+        return !curve.Channels().empty() && curve.Channels().front().matrix->DataType() == DataMatrix::CosPhiType;
+    };
+    if (m_cCurves.size() < 2)
+        return;
+    const bool any = std::any_of(m_cCurves.begin(), m_cCurves.end(), [&](const auto& c) { return isCosPhi(*c); });
+    for (const auto& curve : m_cCurves) {
+        curve->SetFixedAxis(any);
+        if (any)
+            curve->SetYAxis(isCosPhi(*curve) ? 0 : 1);
+    }
+    if (any) {
+        Chart()->SetAxisVisible(ChartAxis::Y2, true);
+        if (single) {
+            single->SetFixedAxis(true);
+            single->SetYAxis(isCosPhi(*single) ? 0 : 1);
+        }
+    }
+}
+
+namespace {
+
+// The reason a module gave for a failed read: the third ";"-field of its trailing text, and
+// everything behind it.
+QString FetchErrorOf(const ChannelCollection& collection)
+{
+    const qsizetype last = collection.Count() - 1;
+    return collection.IsText(last) ? collection.Text(last).section(QLatin1Char(';'), 2) : QString();
+}
+
+} // namespace
+
+// Everything a refresh takes from the user while it runs, given back however it ends.
+class Measuring::RefreshScope
+{
+public:
+    explicit RefreshScope(Measuring& measuring)
+        : m_cMeasuring(measuring)
+        , m_cBar(*measuring.m_cGraph->nav_Navigate())
+        , m_cChart(*measuring.m_cGraph->chart_View())
+    {
+        measuring.m_bRefreshing = true;
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+        m_bCommands = measuring.m_cHost.SetCommandsEnabled(false);
+        m_bBar = m_cBar.Enabled();
+        m_cBar.SetEnabled(false);
+        m_cChart.setUpdatesEnabled(false);
+    }
+    ~RefreshScope()
+    {
+        m_cChart.setUpdatesEnabled(true);
+        m_cChart.Replot();
+        m_cBar.SetEnabled(m_bBar);
+        m_cMeasuring.m_cHost.SetCommandsEnabled(m_bCommands);
+        QGuiApplication::restoreOverrideCursor();
+        m_cMeasuring.m_bRefreshing = false;
+        emit m_cMeasuring.RefreshEnded();
+    }
+    RefreshScope(const RefreshScope&) = delete;
+    RefreshScope& operator=(const RefreshScope&) = delete;
+
+private:
+    Measuring& m_cMeasuring;
+    ctl_NavBar& m_cBar;
+    ChartAdapter& m_cChart;
+    bool m_bCommands = true;
+    bool m_bBar = true;
+};
+
+bool Measuring::WithinGridBudget(std::int64_t rows, std::size_t curves)
+{
+    const std::int64_t values = rows * std::max<std::int64_t>(1, std::int64_t(curves));
+    if (values <= TimeValueTransformator::MaxRows)
+        return true;
+    const QLocale locale;
+    QString text = GetResString(494);
+    text.replace(QStringLiteral("%s1"), locale.toString(qlonglong(rows)))
+        .replace(QStringLiteral("%s2"), QString::number(curves))
+        .replace(QStringLiteral("%v"), locale.toString(qlonglong(TimeValueTransformator::MaxRows)));
+    WriteLog(QStringLiteral("time grid too large"),
+        QStringLiteral("The measuring %1 would need %2 rows for %3 curves on its grid, more than %4 values; nothing "
+                       "was fetched.")
+            .arg(m_sName)
+            .arg(rows)
+            .arg(curves)
+            .arg(TimeValueTransformator::MaxRows),
+        QStringLiteral("Measuring.RefreshData"), LogLevel::Error);
+    m_sFetchError = text;
+    m_cHost.ShowError(text);
+    return false;
+}
+
+void Measuring::SettleResolution(const ChannelCollection& collection)
+{
+    const qint64 base = std::llround(GetDataResolution(collection));
+    if (!m_sIntervalUnit.isEmpty() || base < 1)
+        return;
+    if (base < 60) {
+        m_sIntervalUnit = QStringLiteral("s");
+        m_lIntervalCount = static_cast<qint32>(base);
+    } else if (base < 3600) {
+        m_sIntervalUnit = QStringLiteral("n");
+        m_lIntervalCount = static_cast<qint32>(std::llround(base / 60.0));
+    } else {
+        m_sIntervalUnit = QStringLiteral("h");
+        m_lIntervalCount = static_cast<qint32>(std::llround(base / 3600.0));
+    }
+}
+
+void Measuring::Fetch(ModuleBox& box, Curve* curve, double dateFrom, double dateTo)
+{
+    QStringList ids;
+    ChannelCollection collection;
+    const qint32 address = box.Address().toInt();
+    for (const auto& candidate : m_cCurves) {
+        if (curve && candidate.get() != curve)
+            continue;
+        for (const CurveChannel& channel : candidate->Channels())
+            if (channel.matrix->ModuleAddress() == address && !collection.Channel(channel.matrix->ChannelID())) {
+                ids << channel.matrix->ChannelID();
+                collection.Add(channel.matrix, channel.matrix->ChannelID());
+            }
+    }
+    Log(282, box.Name());
+    const qint32 status = box.GetData(ids.join(QLatin1Char(';')), collection, dateFrom, dateTo);
+    const qsizetype channels = GetDataChannelCount(collection);
+    bool failed = status != 1 && !ids.isEmpty();
+    for (qsizetype i = 0; i < channels; ++i) {
+        const DataMatrixPtr channel = collection.Channel(i);
+        if (!channel)
+            continue;
+        // A channel that couldn't be read is a gap over the whole window, never a value.
+        if (!channel->DataBlock()) {
+            channel->SetDataBlock(MatrixBlock::Create(0, 2));
+            failed = true;
+            continue;
+        }
+        // Power factors are kept folded from here on, before the grid exists.
+        if (channel->DataType() != DataMatrix::CosPhiType || channel->DataBlock()->Columns() < 2)
+            continue;
+        for (double& value : channel->DataBlock()->Column(1))
+            if (value != MatrixBlock::DefaultNoValue)
+                value = FoldCosPhi(value);
+    }
+    if (failed) {
+        QString reason = FetchErrorOf(collection);
+        if (reason.isEmpty())
+            reason = QStringLiteral("status %1").arg(status);
+        QString text = GetResString(495);
+        text.replace(QStringLiteral("%s1"), box.Name()).replace(QStringLiteral("%s2"), reason);
+        m_sFetchError += (m_sFetchError.isEmpty() ? QString() : QStringLiteral("\n")) + text;
+        WriteLog(QStringLiteral("data-module read failed"),
+            QStringLiteral("The data-module %1 (%2) could not read the data of the measuring %3: %4")
+                .arg(box.Name(), box.Address(), m_sName, reason),
+            QStringLiteral("Measuring.RefreshData"), LogLevel::Error);
+    }
+    SettleResolution(collection);
+}
+
+void Measuring::RefreshData(double dateFrom, double dateTo, Curve* curve, bool adjustAxes)
+{
+    if (!m_cGraph || m_bRefreshing)
+        return;
+    RefreshScope scope(*this);
+    frm_GraphicView& view = *m_cGraph;
+    ChartAdapter& chart = *view.chart_View();
+    ctl_NavBar& bar = *view.nav_Navigate();
+    m_sFetchError.clear();
+    Log(281);
+
+    // With a known resolution the window is fetched from the start of its first step, so that
+    // the first row holds what was measured in it; and a window too fine to hold is refused
+    // before anything is fetched.
+    const std::size_t curveCount = curve ? 1 : m_cCurves.size();
+    bool refused = false;
+    if (!m_sIntervalUnit.isEmpty()) {
+        const std::int64_t rows
+            = TimeValueTransformator::RowsBetween(dateFrom, dateTo, m_sIntervalUnit, m_lIntervalCount, true);
+        refused = !WithinGridBudget(rows, curveCount);
+        dateFrom = TimeValueTransformator::AlignStart(dateFrom, m_sIntervalUnit);
+    }
+    // One fetch per module, with all its channels of this refresh in one list.
+    if (!refused)
+        for (const ModuleBoxPtr& box : m_cDataModules)
+            Fetch(*box, curve, dateFrom, dateTo);
+
+    Log(283);
+    QString unit = m_sIntervalUnit;
+    qint32 count = m_lIntervalCount;
+    MatrixBlockPtr timeBase;
+    if (unit.isEmpty()) {
+        const DataMatrixPtr first = m_cCurves.empty() || m_cCurves.front()->Channels().empty()
+            ? nullptr
+            : m_cCurves.front()->Channels().front().matrix;
+        const MatrixBlockPtr block = first ? first->DataBlock() : nullptr;
+        if (!first) {
+            unit = QStringLiteral("n");
+            count = 1;
+        } else if (block && block->Rows() >= 2 && block->Columns() >= 1) {
+            unit = QStringLiteral("s");
+            count = static_cast<qint32>(
+                Calendar::WholeSeconds(block->At(1, 0)) - Calendar::WholeSeconds(block->At(0, 0)));
+            bar.SetDateFrom(block->At(0, 0));
+            timeBase = block;
+        } else {
+            unit = QStringLiteral("s");
+            count = static_cast<qint32>(Calendar::Diff(Calendar::Unit::Second, bar.DateFrom(), bar.DateTo()));
+        }
+    } else if (!refused) {
+        // The resolution may have been settled by the modules only now.
+        refused = !WithinGridBudget(
+            TimeValueTransformator::RowsBetween(bar.DateFrom(), bar.DateTo(), unit, count, true), curveCount);
+    }
+    TimeValueTransformator grid;
+    if (refused) {
+        // Nothing fetched: the curves are shown empty over the window.
+        for (const auto& each : m_cCurves)
+            for (const CurveChannel& channel : each->Channels())
+                channel.matrix->SetDataBlock(MatrixBlock::Create(0, 2));
+        grid.Init(bar.DateFrom(), bar.DateFrom(), unit, count, true, nullptr);
+    } else {
+        grid.Init(bar.DateFrom(), bar.DateTo(), unit, count, true, timeBase);
+    }
+
+    Log(284);
+    m_cGraphProperties.Apply(&chart, TitleValues { m_cAddress.Name, m_sName, bar.DateFrom(), bar.DateTo(), 0 });
+    if (!curve && !ZoomBackPossible() && m_bAutoScale) {
+        // Turned inside out, so that the first data widens the range from both sides.
+        chart.SetAxisRange(ChartAxis::Y1, 1000000, -1000000);
+        if (!chart.AxisTitle(ChartAxis::Y2).isEmpty())
+            chart.SetAxisRange(ChartAxis::Y2, 1000000, -1000000);
+    }
+    for (const auto& each : m_cCurves)
+        for (const auto& cursor : each->Cursors())
+            cursor->Hide();
+    ApplyCosPhiAxes(curve);
+
+    const auto update = [&](Curve& target) {
+        Log(285, target.Name());
+        if (target.UpdateData(dateFrom, dateTo, grid) != 0)
+            return;
+        target.UpdateChart(&chart, m_bAutoScale);
+        target.UpdateGrid(view.grid_View());
+        target.UpdateStatistic(view.trv_Statistics());
+    };
+    if (curve) {
+        update(*curve);
+    } else {
+        const QString progress = QStringLiteral("UM") + m_sID;
+        m_cHost.SendMessage(QStringLiteral("PROGRESS_START"), progress);
+        // Curves count from 1, so that the last update fills the bar. The fraction is
+        // written with a point, whatever the locale.
+        for (size_t i = 0; i < m_cCurves.size(); ++i) {
+            update(*m_cCurves[i]);
+            m_cHost.SendMessage(QStringLiteral("PROGRESS_UPDATE"),
+                progress + QLatin1Char(';') + QString::number(double(i + 1) / double(m_cCurves.size())));
+        }
+        m_cFirstBlock.reset();
+        if (!m_cCurves.empty() && !m_cCurves.front()->Channels().empty()
+            && m_cCurves.front()->Channels().front().matrix->DataBlock())
+            m_cFirstBlock = m_cCurves.front()->Channels().front().matrix->DataBlock()->Clone();
+        m_cHost.SendMessage(QStringLiteral("PROGRESS_END"), progress);
+    }
+
+    bar.SetDateFrom(grid.DateFrom());
+    bar.SetDateTo(grid.DateTo());
+    Log(286);
+    chart.SetAxisRange(ChartAxis::X, 0.5, std::max(1.0, PointCount()) + 0.5);
+    // With AutoScale both axes are fitted once more after the cursors; fitting them here too
+    // would only be done twice.
+    if (adjustAxes && !m_bAutoScale) {
+        AdjustAxis(ChartAxis::Y1);
+        if (!chart.AxisTitle(ChartAxis::Y2).isEmpty())
+            AdjustAxis(ChartAxis::Y2);
+    }
+
+    Log(287);
+    PutCursorsBack(grid);
+    view.grid_View()->SetDateFormat(GetDateFormat(false));
+    view.grid_View()->Update(true);
+    if (m_bAutoScale) {
+        AdjustAxis(ChartAxis::Y1);
+        AdjustAxis(ChartAxis::Y2);
+        RedrawCursors(); // they were placed on the scale before
+    }
+    // A failed read stays in the status line until the next refresh.
+    m_cHost.SendMessage(QStringLiteral("LOG"), m_sFetchError.section(QLatin1Char('\n'), 0, 0));
+}
+
+double Measuring::PointCount() const
+{
+    return Chart() ? double(Chart()->PointCount()) : 0.0;
+}
+
+void Measuring::PutCursorsBack(const TimeValueTransformator& grid)
+{
+    const MatrixBlockPtr& time = grid.Time();
+    std::vector<Cursor*> open;
+    for (const auto& curve : m_cCurves)
+        for (const auto& cursor : curve->Cursors()) {
+            cursor->SetIndex(-1);
+            open.push_back(cursor.get());
+        }
+    for (qsizetype row = 0; time && row < time->Rows() && !open.empty(); ++row) {
+        const qint64 second = Calendar::WholeSeconds(time->At(row, 0));
+        std::erase_if(open, [&](Cursor* cursor) {
+            if (Calendar::WholeSeconds(cursor->DateTime()) != second)
+                return false;
+            cursor->SetIndex(static_cast<qint32>(row));
+            return true;
+        });
+    }
+    ChartAdapter* chart = Chart();
+    for (const auto& curve : m_cCurves) {
+        for (qint32 position = static_cast<qint32>(curve->Cursors().size()); position >= 1; --position) {
+            Cursor& cursor = *curve->Cursors()[size_t(position - 1)];
+            if (cursor.Index() < 0 || !cursor.CursorStatistic().Visible()) {
+                cursor.Hide();
+                curve->RemoveCursor(position);
+                continue;
+            }
+            const double value = chart->Value(curve->SeriesID(), cursor.Index());
+            cursor.SetPoint(
+                cursor.Index(), value, static_cast<qint16>(curve->SeriesID()), curve->YAxis(), cursor.DateTime(), 0);
+        }
+    }
+}
+
+void Measuring::RedrawCursors()
+{
+    for (const auto& curve : m_cCurves) {
+        const bool cosPhi = curve->Result() && curve->Result()->DataType() == DataMatrix::CosPhiType;
+        for (const auto& cursor : curve->Cursors())
+            if (cursor->Index() >= 0 && cursor->CursorStatistic().Visible())
+                cursor->SetPoint(cursor->Index(), cursor->Value(), static_cast<qint16>(curve->SeriesID()),
+                    cursor->Axis(), cursor->DateTime(), cosPhi ? FoldCosPhi(cursor->Value()) : 0.0);
+    }
+}
+
+void Measuring::UpdateAxisTitles()
+{
+    ChartAdapter* chart = Chart();
+    if (!chart)
+        return;
+    QStringList units[2];
+    for (const auto& curve : m_cCurves) {
+        const int axis = curve->YAxis() < 0 ? 0 : curve->YAxis();
+        if (axis > 1)
+            continue;
+        const bool cosPhi
+            = !curve->Channels().empty() && curve->Channels().front().matrix->DataType() == DataMatrix::CosPhiType;
+        const QString unit = cosPhi ? QStringLiteral("cosphi") : curve->Unit();
+        if (!units[axis].contains(unit))
+            units[axis] << unit;
+    }
+    for (int axis : { ChartAxis::Y1, ChartAxis::Y2 }) {
+        QString title;
+        for (const QString& unit : units[axis])
+            title += (title.isEmpty() ? QString() : QStringLiteral("/ ")) + unit + QLatin1Char(' ');
+        const bool wasVisible = chart->AxisVisible(axis);
+        chart->SetAxisTitle(axis, title);
+        chart->SetAxisVisible(axis, !title.isEmpty());
+        if (!title.isEmpty() && !wasVisible)
+            AdjustAxis(axis);
+    }
+    m_cGraphProperties.ShowYGrid1 = m_cGraphProperties.ShowYGrid1 && chart->AxisVisible(ChartAxis::Y1);
+    m_cGraphProperties.ShowYGrid2 = m_cGraphProperties.ShowYGrid2 && chart->AxisVisible(ChartAxis::Y2);
+    m_cGraphProperties.ShowXGrid = m_cGraphProperties.ShowYGrid1 || m_cGraphProperties.ShowYGrid2;
+    m_cGraphProperties.Apply(chart, TitleValues { m_cAddress.Name, m_sName, StartDate(), EndDate(), 0 });
+    m_cGraph->AlignControls();
+}
