@@ -58,6 +58,12 @@ bool PlotWidget::BuffersReady()
     return !mPaintBuffers.isEmpty() && !hasInvalidatedPaintBuffers();
 }
 
+void PlotWidget::LayOutOnce()
+{
+    if (axisRect()->outerRect().isEmpty())
+        updateLayout();
+}
+
 // --- titles and the depth effect
 
 TitleElement::TitleElement(QCustomPlot* plot, int position)
@@ -242,7 +248,7 @@ ChartAdapter::ChartAdapter(QWidget* parent)
     }
 
     for (int axis = 0; axis < 3; ++axis) {
-        d->tickers[size_t(axis)] = QSharedPointer<LabelTicker>::create(axis, d->Axis(axis));
+        d->tickers[size_t(axis)] = QSharedPointer<LabelTicker>::create(axis, d->Axis(axis), d.get());
         d->Axis(axis)->setTicker(d->tickers[size_t(axis)]);
         d->ApplyGrid(axis);
         d->Axis(axis)->grid()->setVisible(true);
@@ -258,7 +264,10 @@ ChartAdapter::ChartAdapter(QWidget* parent)
     d->crossHair = new CrossHairItem(plot);
 
     // Bar drawing follows the point density of the range about to be drawn.
-    connect(plot, &QCustomPlot::beforeReplot, this, [this] { d->UpdateBars(); });
+    connect(plot, &QCustomPlot::beforeReplot, this, [this] {
+        d->plot->LayOutOnce();
+        d->UpdateBars();
+    });
     plot->installEventFilter(this);
     d->annotations = std::make_unique<ChartAnnotations>(this);
 }

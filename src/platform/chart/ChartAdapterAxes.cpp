@@ -9,14 +9,30 @@
 
 // --- ticks and labels
 
+int ChartPrivate::PlotWidth() const
+{
+    // The axis rect's own margins (tick labels, axis titles) as last laid out, and the side
+    // titles as they are now.
+    const QCPAxisRect* rect = plot->axisRect();
+    int margins = rect->outerRect().width() - rect->width();
+    for (const int position : { 0, 1 })
+        margins += titles[size_t(position)]->minimumOuterSizeHint().width();
+    return std::max(0, plot->viewport().width() - margins);
+}
+
 double LabelTicker::getTickStep(const QCPRange& range)
 {
-    // Date labels on the X axis are wide: as many ticks as their texts fit side by side.
-    if (m_axis == ChartAxis::X && m_handler && m_owner && m_owner->axisRect()) {
-        const QString sample = m_handler(m_axis, std::round(range.center()), QString());
-        const int width = QFontMetrics(m_owner->tickLabelFont()).horizontalAdvance(sample) + 24;
-        if (!sample.isEmpty())
-            setTickCount(std::clamp(m_owner->axisRect()->width() / width, 1, 10));
+    // Date labels on the X axis are wide: as many ticks as their texts fit side by side. Ticks
+    // are made before the layout places the axis rect, so its width is that of the viewport
+    // being drawn, not the present one (of another size after a resize or in a picture).
+    if (m_axis == ChartAxis::X && m_handler) {
+        QString sample;
+        for (const double point : { std::round(range.center()), std::ceil(range.lower), std::floor(range.upper) })
+            if (sample.isEmpty())
+                sample = m_handler(m_axis, point, QString());
+        const int width
+            = sample.isEmpty() ? 100 : QFontMetrics(m_owner->tickLabelFont()).horizontalAdvance(sample) + 24;
+        setTickCount(std::clamp(m_chart->PlotWidth() / width, 1, 10));
     }
     const double step = QCPAxisTicker::getTickStep(range);
     if (m_axis == ChartAxis::X)

@@ -12,7 +12,8 @@
 namespace {
 
 // Pictures show neither the cross hairs nor a stale layout; afterwards the widget's own
-// layout comes back.
+// layout comes back. Ticks and bars are chosen for the picture's size, as a replot of the
+// widget in that size would choose them.
 class ExportScope
 {
 public:
@@ -23,7 +24,11 @@ public:
         , m_resized(d.plot->viewport().size() != QSize(width, height))
     {
         m_crossHair->setVisible(false);
+        const QRect viewport = d.plot->viewport();
+        d.plot->setViewport(QRect(0, 0, width, height));
+        d.plot->LayOutOnce();
         d.UpdateBars();
+        d.plot->setViewport(viewport);
     }
     ~ExportScope()
     {

@@ -121,7 +121,7 @@ void ChartPrivate::ApplyStyle(ChartSeries& s) const
 bool ChartPrivate::DenseBars() const
 {
     const double points = plot->xAxis->range().size();
-    return points > 0 && plot->axisRect()->width() / points < 2.0;
+    return points > 0 && PlotWidth() / points < 2.0;
 }
 
 void ChartPrivate::ApplyBar(ChartSeries& s) const

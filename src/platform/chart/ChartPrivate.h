@@ -27,6 +27,9 @@ class PlotWidget : public QCustomPlot
 public:
     using QCustomPlot::QCustomPlot;
     bool BuffersReady();
+    // Lays the chart out once if it never was, so that the margins around the axis rect are
+    // known before the first ticks are chosen.
+    void LayOutOnce();
 };
 
 // Replots one buffered layer, or queues a full replot while the buffers are not set up (a
@@ -54,9 +57,10 @@ private:
 class LabelTicker : public QCPAxisTicker
 {
 public:
-    LabelTicker(int axis, QCPAxis* owner)
+    LabelTicker(int axis, QCPAxis* owner, const ChartPrivate* chart)
         : m_axis(axis)
         , m_owner(owner)
+        , m_chart(chart)
     { }
     void SetHandler(ChartAdapter::LabelHandler handler) { m_handler = std::move(handler); }
     void SetTickHandler(ChartAdapter::TickHandler handler) { m_tickHandler = std::move(handler); }
@@ -69,7 +73,8 @@ protected:
 
 private:
     int m_axis;
-    QCPAxis* m_owner; // the axis it labels, for its length and font
+    QCPAxis* m_owner; // the axis it labels, for its font
+    const ChartPrivate* m_chart; // for the room the axis gets
     ChartAdapter::LabelHandler m_handler;
     ChartAdapter::TickHandler m_tickHandler;
 };
@@ -197,4 +202,8 @@ struct ChartPrivate
     // Gives the graph keys 1..points, keeping the values it has and hiding new points.
     void Reshape(QCPGraph* graph) const;
     void SyncGeometry(const QRect& rect) const;
+    // The width the axis rect takes in a layout of the present viewport. Ticks and bars are
+    // chosen before the layout places the axis rect, whose width is then still that of the
+    // last layout (of another size after a resize, or of the widget while a picture is drawn).
+    int PlotWidth() const;
 };

@@ -3,12 +3,14 @@
 #include "ChartAdapter.h"
 #include "ChartAnnotation.h"
 
+#include <QApplication>
 #include <QTemporaryDir>
 #include <qcustomplot.h>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
 #include <vector>
 
 namespace {
@@ -43,6 +45,37 @@ protected:
                     return true;
             }
         return false;
+    }
+
+    // Date-wide X labels over a day of minutes, with as many evenly spaced ticks as the room allows.
+    static void DayAxis(ChartAdapter& target)
+    {
+        target.SetLabelHandler([](int axis, double, const QString& text) {
+            return axis == ChartAxis::X ? QStringLiteral("31.12. 23:45") : text;
+        });
+        target.SetXTickHandler([](double lower, double upper, int most) {
+            std::vector<double> at;
+            const double step = std::ceil((upper - lower) / most);
+            for (double p = std::ceil(lower); p <= upper; p += step)
+                at.push_back(p);
+            return at;
+        });
+        target.SetAxisRange(ChartAxis::X, 1, 1441);
+        target.SetAxisRange(ChartAxis::Y1, 0, 100);
+    }
+
+    // Columns crossed by a vertical grid line: mostly the grid colour from top to bottom.
+    static std::vector<int> GridColumns(const QImage& image)
+    {
+        std::vector<int> columns;
+        for (int x = 0; x < image.width(); ++x) {
+            int grid = 0;
+            for (int y = 0; y < image.height(); ++y)
+                grid += image.pixelColor(x, y) == QColor(200, 200, 200);
+            if (grid > image.height() / 4)
+                columns.push_back(x);
+        }
+        return columns;
     }
 
     ChartAdapter chart;
@@ -206,6 +239,43 @@ TEST_F(ChartAdapterTest, LabelAndTickHandlersShapeTheAxes)
     chart.Replot();
     EXPECT_FALSE(x.tickVector().isEmpty());
     EXPECT_NE(x.tickVector().first(), 4);
+}
+
+TEST_F(ChartAdapterTest, XTicksNeverGetFewerWhenTheChartGetsWider)
+{
+    // Widths in a mixed order: each is drawn by the replot its resize brings, right after another size.
+    DayAxis(chart);
+    std::map<int, qsizetype> ticks;
+    for (const int width : { 1600, 600, 2000, 900, 1200, 300, 1400 }) {
+        chart.resize(width, 400);
+        QApplication::processEvents();
+        ASSERT_EQ(chart.Plot()->viewport().width(), width);
+        ticks[width] = chart.Plot()->xAxis->tickVector().size();
+    }
+    qsizetype fewer = 0;
+    for (const auto& [width, count] : ticks) {
+        EXPECT_GE(count, fewer) << width << " pixels";
+        fewer = count;
+    }
+    EXPECT_GT(ticks[2000], ticks[300]);
+}
+
+TEST_F(ChartAdapterTest, PicturesTakeTheTicksTheWidgetHasInTheirSize)
+{
+    DayAxis(chart);
+    chart.resize(1200, 500);
+    QApplication::processEvents();
+    chart.Replot();
+    const std::vector<int> shown = GridColumns(chart.grab().toImage());
+    ASSERT_GE(shown.size(), 5u);
+
+    // A chart never shown, and one shown in another size.
+    ChartAdapter headless;
+    DayAxis(headless);
+    EXPECT_EQ(GridColumns(headless.ToImage(1200, 500)), shown);
+    chart.resize(500, 300);
+    QApplication::processEvents();
+    EXPECT_EQ(GridColumns(chart.ToImage(1200, 500)), shown);
 }
 
 TEST_F(ChartAdapterTest, ValueTicksKeepTheDecimalsOfTheirNeighbours)
