@@ -5,6 +5,7 @@
 #include "ChartAnnotation.h"
 #include "ChartPrivate.h"
 
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -270,6 +271,15 @@ ChartAdapter::ChartAdapter(QWidget* parent)
     });
     plot->installEventFilter(this);
     d->annotations = std::make_unique<ChartAnnotations>(this);
+
+    // A new axis range shows without a call to Replot: a replot is asked for at the next
+    // event-loop turn, and a Replot before then takes its place.
+    d->pendingReplot = new QTimer(this);
+    d->pendingReplot->setSingleShot(true);
+    d->pendingReplot->setInterval(0);
+    connect(d->pendingReplot, &QTimer::timeout, this, &ChartAdapter::Replot);
+    for (int axis = 0; axis < 3; ++axis)
+        connect(d->Axis(axis), qOverload<const QCPRange&>(&QCPAxis::rangeChanged), this, &ChartAdapter::Repaint);
 }
 
 ChartAdapter::~ChartAdapter()
@@ -451,11 +461,13 @@ void ChartAdapter::SetTitleFlags(int position, qint32 flags)
 
 void ChartAdapter::Replot()
 {
+    d->pendingReplot->stop();
     d->SyncGeometry(rect());
     d->plot->replot();
 }
 
 void ChartAdapter::Repaint()
 {
-    d->plot->replot(QCustomPlot::rpQueuedReplot);
+    if (!d->pendingReplot->isActive())
+        d->pendingReplot->start();
 }

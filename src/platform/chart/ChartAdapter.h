@@ -163,7 +163,8 @@ public:
     void SetTitle(int position, const QString& text);
     qint32 TitleFlags(int position) const;
     void SetTitleFlags(int position, qint32 flags);
-    // Replots now; Repaint asks for a replot at the next event-loop turn.
+    // Replots now; Repaint asks for a replot at the next event-loop turn, which a Replot before
+    // then takes the place of. A change of an axis range asks for one by itself.
     void Replot();
     void Repaint();
 

@@ -182,6 +182,7 @@ struct ChartPrivate
     bool toolTips = false;
     QPointF toolTipPixel;
     std::unique_ptr<ChartAnnotations> annotations;
+    QTimer* pendingReplot = nullptr; // runs while a replot is asked for
 
     // Axis by ChartAxis index, or null.
     QCPAxis* Axis(int axis) const;

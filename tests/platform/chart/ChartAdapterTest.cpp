@@ -278,6 +278,32 @@ TEST_F(ChartAdapterTest, PicturesTakeTheTicksTheWidgetHasInTheirSize)
     EXPECT_EQ(GridColumns(chart.ToImage(1200, 500)), shown);
 }
 
+TEST_F(ChartAdapterTest, NewAxisRangeIsDrawnOnceAtTheNextEventLoopTurn)
+{
+    chart.OpenData(1, 100);
+    std::vector<double> ramp(100);
+    for (size_t i = 0; i < ramp.size(); ++i)
+        ramp[i] = double(i);
+    chart.SetValues(0, ramp);
+    Show(100, 200);
+    QApplication::processEvents();
+    int replots = 0;
+    QObject::connect(chart.Plot(), &QCustomPlot::afterReplot, [&] { ++replots; });
+    const QImage before = chart.grab().toImage();
+
+    chart.SetAxisRange(ChartAxis::Y1, 0, 100);
+    chart.SetAxisMax(ChartAxis::Y2, 7);
+    QApplication::processEvents();
+    EXPECT_EQ(replots, 1);
+    EXPECT_TRUE(chart.grab().toImage() != before) << "the new range is drawn";
+
+    // A replot right after the change is the only one.
+    chart.SetAxisRange(ChartAxis::Y1, 0, 50);
+    chart.Replot();
+    QApplication::processEvents();
+    EXPECT_EQ(replots, 2);
+}
+
 TEST_F(ChartAdapterTest, ValueTicksKeepTheDecimalsOfTheirNeighbours)
 {
     // About 0.027 a tick would round to 0.025, whose labels need a third decimal.
