@@ -102,11 +102,13 @@ qint32 Curve::UpdateStatistic(QTreeWidget* tree)
             const int at = previous && previous->parent() == curveNode ? curveNode->indexOfChild(previous) + 1 : 0;
             curveNode->insertChild(at, node);
         }
-        // A power factor is shown as measured, like its cursors and table cells.
+        // The values of a power factor are shown as measured, like its cursors and table
+        // cells; its scatter, sum and count are no power factors and show as computed.
         double display = 0;
         const double value = statistic->Value();
-        if (m_cResult && m_cResult->DataType() == DataMatrix::CosPhiType && std::abs(value) <= 1)
-            display = FoldCosPhi(value);
+        if (m_cResult && m_cResult->DataType() == DataMatrix::CosPhiType && std::abs(value) <= 1
+            && statistic->IsValueStatistic())
+            display = MeasuredCosPhi(value);
         node->setText(0, statistic->Name() + QStringLiteral(" = ") + statistic->FormatedValue(m_sUnit, display));
         if (statistic->DisplayType() == Statistic::DisplayLine)
             SetCheckBox(node, statistic->Visible());
@@ -211,7 +213,7 @@ Cursor* Curve::SetCursor(qint32 row, ChartAdapter* chart, ChartAnnotations* anno
         const double date = block->At(row, 0);
         cursor->SetBoxPosition(QString());
         cursor->SetCustomText(QString());
-        const double display = m_cResult->DataType() == DataMatrix::CosPhiType ? FoldCosPhi(value) : 0.0;
+        const double display = m_cResult->DataType() == DataMatrix::CosPhiType ? MeasuredCosPhi(value) : 0.0;
         cursor->SetPoint(row, value, static_cast<qint16>(m_lSeriesID), YAxis(), date, display);
     }
     if (m_cTree)

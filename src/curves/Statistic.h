@@ -28,6 +28,14 @@ public:
     void SetUsed(bool used) { m_bUsed = used; }
     qint32 DisplayType() const { return m_lDisplayType; }
     void SetDisplayType(qint32 type) { m_lDisplayType = type; }
+    // True when the value is one of the curve's own values (maximum "1", mean "2", minimum
+    // "3", a cursor's), so that it is shown in the curve's measure; scatter, sum and count
+    // are not.
+    bool IsValueStatistic() const
+    {
+        return m_lDisplayType == DisplayCursor || m_sID == QLatin1String("1") || m_sID == QLatin1String("2")
+            || m_sID == QLatin1String("3");
+    }
     const QString& Name() const { return m_sName; }
     void SetName(const QString& name) { m_sName = name; }
     const QString& Icon() const { return m_sIcon; }

@@ -400,7 +400,7 @@ void Measuring::RedrawCursors()
         for (const auto& cursor : curve->Cursors())
             if (cursor->Index() >= 0 && cursor->CursorStatistic().Visible())
                 cursor->SetPoint(cursor->Index(), cursor->Value(), static_cast<qint16>(curve->SeriesID()),
-                    cursor->Axis(), cursor->DateTime(), cosPhi ? FoldCosPhi(cursor->Value()) : 0.0);
+                    cursor->Axis(), cursor->DateTime(), cosPhi ? MeasuredCosPhi(cursor->Value()) : 0.0);
     }
 }
 

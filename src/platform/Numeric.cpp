@@ -165,6 +165,11 @@ double FoldCosPhi(double x)
     return x > 0.0 ? 1.0 - x : -1.0 - x;
 }
 
+double MeasuredCosPhi(double stored)
+{
+    return stored == 0.0 ? 1.0 : FoldCosPhi(stored);
+}
+
 int ClampToInt(double x)
 {
     if (std::isnan(x))

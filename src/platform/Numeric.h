@@ -16,6 +16,10 @@ double LeadingNumber(QStringView text);
 // Within -1 to 1 the fold is its own inverse.
 double FoldCosPhi(double x);
 
+// A stored (folded) power factor as measured, for display: FoldCosPhi, except that a stored 0,
+// a power factor of exactly 1, shows as 1 and not as -1.
+double MeasuredCosPhi(double stored);
+
 // Whole part of x as an int, limited to the int range; NaN gives 0. For numbers read from
 // settings and messages, which may hold anything.
 int ClampToInt(double x);

@@ -17,6 +17,7 @@
 
 #include <cmath>
 #include <tuple>
+#include <utility>
 
 namespace measuring_fixture {
 
@@ -25,8 +26,9 @@ inline double D(int year, int month, int day, int hour = 0, int minute = 0, int 
     return Calendar::FromParts(year, month, day, hour, minute, second);
 }
 
-// A logger with a power channel "L#1" (kW, the sample's hour of day) and a power factor
-// "L#2" (0.9, delivered unfolded), one sample per `resolution` seconds through February 2009.
+// A logger with a power channel "L#1" (kW, the sample's hour of day), a power factor "L#2"
+// (0.9, delivered unfolded) and a reserve feed "L#3" (100 kW), one sample per `resolution`
+// seconds through February 2009. With a failure text set, reads fail with that reason.
 class GeneratedModule : public QObject, public DataModuleInterface
 {
     Q_OBJECT
@@ -44,8 +46,8 @@ public:
     qint32 Initialize(const QString&, qint32& status) override { return status = 1; }
     qint32 GetChannelOverview(ChannelCollection& channels, qint32& status) override
     {
-        for (const auto& [id, name, unit, type] :
-            { std::tuple("L#1", "Power", "kW", 3), std::tuple("L#2", "Power factor", "cos phi", 8) }) {
+        for (const auto& [id, name, unit, type] : { std::tuple("L#1", "Power", "kW", 3),
+                 std::tuple("L#2", "Power factor", "cos phi", 8), std::tuple("L#3", "Reserve", "kW", 3) }) {
             auto channel = std::make_shared<DataMatrix>();
             channel->SetChannelID(id);
             channel->SetChannelName(name);
@@ -59,6 +61,12 @@ public:
     qint32 GetData(const QString& list, ChannelCollection& channels, double from, double to, qint32& status) override
     {
         ++fetches;
+        if (!failure.isEmpty()) {
+            for (const QString& id : list.split(';', Qt::SkipEmptyParts))
+                channels.Channel(id)->SetDataBlock(nullptr);
+            channels.AddText("GEN;" + QString::number(seconds) + ";" + failure);
+            return status = 0;
+        }
         const double step = seconds / 86400.0;
         const double start = std::max(from, D(2009, 2, 1));
         const double end = std::min(to, D(2009, 3, 1));
@@ -67,7 +75,7 @@ public:
             auto block = MatrixBlock::Create(rows, 2);
             for (qsizetype i = 0; i < rows; ++i) {
                 block->At(i, 0) = start + double(i) * step;
-                block->At(i, 1) = id == "L#1" ? Calendar::Split(block->At(i, 0)).hour : 0.9;
+                block->At(i, 1) = id == "L#1" ? Calendar::Split(block->At(i, 0)).hour : id == "L#2" ? 0.9 : 100.0;
             }
             channels.Channel(id)->SetDataBlock(block);
         }
@@ -77,17 +85,28 @@ public:
     void ShowConfig() override { }
     int fetches = 0;
     double seconds;
+    QString failure;
 };
 
 class Host : public MeasuringHost
 {
 public:
     ModuleBoxes& DataModules() override { return modules; }
-    void SendMessage(const QString& name, const QString& params) override { messages << name + ":" + params; }
+    void SendMessage(const QString& name, const QString& params) override
+    {
+        messages << name + ":" + params;
+        if (!commands)
+            ++messagesWhileBusy;
+    }
     void CallMenu(const QString& menu) override { menus << menu; }
+    void ShowError(const QString& text) override { errors << text; }
+    bool SetCommandsEnabled(bool enabled) override { return std::exchange(commands, enabled); }
     ModuleBoxes modules;
     QStringList messages;
     QStringList menus;
+    QStringList errors;
+    bool commands = true;
+    int messagesWhileBusy = 0;
 };
 
 class MeasuringFixture : public ::testing::Test

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What a refresh shows and refuses: never a value that wasn't measured, failed reads as gaps
+// with their reason, grids too large for memory, the progress, power-factor statistics.
+#include "Formatter.h"
+#include "LogCapture.h"
+#include "MeasuringFixture.h"
+#include "Numeric.h"
+#include "ResStrings.h"
+
+#include <QTreeWidget>
+
+namespace {
+
+using RefreshTest = measuring_fixture::MeasuringFixture;
+using measuring_fixture::D;
+
+constexpr double NoValue = -1e300;
+
+TEST_F(RefreshTest, RowsThatWereNeverMeasuredAreGapsWhereverTheWindowStarts)
+{
+    Open(60);
+    Curve* curve = Add("3$L#1", "|1|2|3|");
+    measuring->SetIntervalUnit("n");
+    measuring->SetIntervalCount(1);
+    // A window starting between two samples, as a dragged time marker leaves it.
+    Window(D(2009, 2, 10, 10, 3) + 27 / 86400.0, D(2009, 2, 10, 11));
+    measuring->Refresh(true);
+    ASSERT_GT(Chart().PointCount(), 0);
+    EXPECT_EQ(Bar().DateFrom(), D(2009, 2, 10, 10, 3));
+    EXPECT_EQ(Chart().Value(curve->SeriesID(), 0), 10.0) << "the first row holds the sample of its minute";
+
+    // Before the first sample of the data: gaps, left out of the statistics.
+    measuring->SetIntervalUnit("h");
+    Window(D(2009, 1, 31, 20), D(2009, 2, 1, 4));
+    measuring->Refresh(true);
+    ASSERT_EQ(Chart().PointCount(), 8);
+    const MatrixBlockPtr result = curve->Result()->DataBlock();
+    for (qsizetype row = 0; row < 4; ++row) {
+        EXPECT_EQ(result->At(row, 1), NoValue) << row;
+        EXPECT_EQ(Chart().Value(curve->SeriesID(), row), ChartAdapter::HiddenPoint) << row;
+    }
+    EXPECT_EQ(result->At(5, 1), 1.0);
+    EXPECT_DOUBLE_EQ(curve->FindStatistic("2")->Value(), 1.5) << "the mean of 0, 1, 2, 3 alone";
+    EXPECT_EQ(curve->FindStatistic("3")->Value(), 0.0);
+}
+
+TEST_F(RefreshTest, AFailedReadIsAGapWithItsReasonInTheStatusLine)
+{
+    Open(900);
+    Curve* curve = Add("3$L#1", "|1|");
+    Day();
+    ASSERT_EQ(Chart().Value(curve->SeriesID(), 40), 10.0);
+    generated->failure = "database disk image is malformed (/data/site.sqlite)";
+    measuring->Refresh(true);
+    EXPECT_TRUE(measuring->FetchError().contains("database disk image is malformed"))
+        << measuring->FetchError().toStdString();
+    EXPECT_TRUE(measuring->FetchError().contains("Logger")) << "names the data source";
+    EXPECT_TRUE(host.messages.last().startsWith("LOG:") && host.messages.last().contains("malformed"))
+        << host.messages.last().toStdString();
+    for (qsizetype row : { 0, 40, 95 })
+        EXPECT_EQ(Chart().Value(curve->SeriesID(), row), ChartAdapter::HiddenPoint) << "no value, not an old one";
+
+    generated->failure.clear();
+    measuring->Refresh(true);
+    EXPECT_TRUE(measuring->FetchError().isEmpty());
+    EXPECT_EQ(host.messages.last(), "LOG:");
+    EXPECT_EQ(Chart().Value(curve->SeriesID(), 40), 10.0);
+}
+
+TEST_F(RefreshTest, AGridTooLargeForMemoryIsRefusedBeforeAnythingIsFetched)
+{
+    Open(1);
+    Add("3$L#1");
+    Add("3$L#3");
+    measuring->SetIntervalUnit("s");
+    measuring->SetIntervalCount(1);
+    // Two curves at one second over a year: 63 million values.
+    Window(D(2008, 6, 1), D(2009, 6, 1));
+    LogCapture log(roots);
+    measuring->Refresh(true);
+    EXPECT_EQ(generated->fetches, 0);
+    ASSERT_EQ(host.errors.size(), 1);
+    QString digits = host.errors.front();
+    digits.remove('.').remove(',').remove(QChar(0xA0));
+    EXPECT_TRUE(digits.contains("50000000")) << "names the limit: " << host.errors.front().toStdString();
+    EXPECT_EQ(measuring->FetchError(), host.errors.front());
+    EXPECT_NE(log.Dump().find("time grid too large"), std::string::npos) << log.Dump();
+    EXPECT_LE(Chart().PointCount(), 1);
+
+    // A day of it is fine.
+    host.errors.clear();
+    Window(D(2009, 2, 10), D(2009, 2, 11));
+    measuring->Refresh(true);
+    EXPECT_TRUE(host.errors.isEmpty());
+    EXPECT_EQ(Chart().PointCount(), 86400);
+}
+
+TEST_F(RefreshTest, CommandsAreOffWhileItRunsAndTheProgressReachesItsEnd)
+{
+    Open(900);
+    Add("3$L#1");
+    Add("3$L#3");
+    Day();
+    EXPECT_TRUE(host.commands) << "given back";
+    EXPECT_EQ(host.messagesWhileBusy, host.messages.size()) << "every message of the refresh came while busy";
+    const QStringList updates = host.messages.filter("PROGRESS_UPDATE:");
+    ASSERT_EQ(updates.size(), 2);
+    EXPECT_TRUE(updates.first().endsWith(";0.5")) << "written with a point: " << updates.first().toStdString();
+    EXPECT_TRUE(updates.last().endsWith(";1")) << updates.last().toStdString();
+}
+
+TEST_F(RefreshTest, PowerFactorValuesShowAsMeasuredAndScatterSumAndCountAsComputed)
+{
+    Open(900);
+    // A power factor of 0.9 throughout, stored folded as 0.1: the variance is 0, the count 96.
+    Add("3$L#2", "|1|2|3|6|4|5|");
+    Day();
+    QTreeWidget& tree = *measuring->Window()->trv_Statistics();
+    QStringList captions;
+    for (int i = 0; i < tree.topLevelItem(0)->childCount(); ++i)
+        captions << tree.topLevelItem(0)->child(i)->text(0);
+    const auto caption = [&](int nameId) {
+        const QStringList found = captions.filter(GetResString(nameId) + " = ");
+        return found.isEmpty() ? QString() : found.front();
+    };
+    const Formatter format;
+    const QString measured = format.FormatNumber(0.9, u"0.00");
+    for (int nameId : { 350, 351, 352 })
+        EXPECT_TRUE(caption(nameId).contains(measured)) << caption(nameId).toStdString();
+    EXPECT_TRUE(caption(358).contains(format.FormatNumber(0, u"0.00"))) << caption(358).toStdString();
+    EXPECT_TRUE(caption(353).contains(format.FormatNumber(96 * FoldCosPhi(0.9), u"0.00")))
+        << "the sum of the stored values: " << caption(353).toStdString();
+    EXPECT_TRUE(caption(354).contains("96")) << caption(354).toStdString();
+    EXPECT_EQ(MeasuredCosPhi(0.0), 1.0) << "a stored 0 is a power factor of exactly 1";
+    EXPECT_DOUBLE_EQ(MeasuredCosPhi(FoldCosPhi(-0.8)), -0.8);
+}
+
+} // namespace
