@@ -56,7 +56,9 @@ public:
 
     // The whole data as tab-separated text for the clipboard, from the given matrices.
     QString DataText(const QList<DataMatrixPtr>& matrices, const QString& dateFormat, const QString& valueFormat) const;
-    // The matrices as CSV with raw values; false when writing failed.
+    // The matrices as CSV: a quoted header line, then per row the time as "yyyy-mm-dd hh:mm:ss"
+    // and the raw values in the general form with at most 15 significant digits and "." as the
+    // decimal point, lines ended by CR LF; false when writing failed.
     bool WriteCsv(QIODevice& device, const QList<DataMatrixPtr>& matrices) const;
 
 private:

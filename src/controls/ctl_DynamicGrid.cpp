@@ -2,7 +2,9 @@
 #include "ctl_DynamicGrid.h"
 
 #include "DynamicGridModel.h"
+#include "Logging.h"
 #include "Numeric.h"
+#include "SafeSave.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -10,7 +12,6 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QSaveFile>
 #include <QScrollBar>
 #include <QStyle>
 #include <QStyledItemDelegate>
@@ -555,13 +556,12 @@ qint32 ctl_DynamicGrid::Export(const QString& fileName)
 {
     if (fileName.isEmpty())
         return -1;
-    // Written beside the target and renamed over it, so a failed export leaves the old file.
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly))
-        return -2;
-    if (!m_model->WriteCsv(file, ListedMatrices())) {
-        file.cancelWriting();
-        return -2;
-    }
-    return file.commit() ? 0 : -2;
+    // A failed export leaves the old file; a link, a pipe or a device stays what it is.
+    SafeSave file(fileName);
+    if (file.open(QIODevice::WriteOnly) && m_model->WriteCsv(file, ListedMatrices()) && file.commit())
+        return 0;
+    WriteLog(QStringLiteral("export"),
+        QStringLiteral("Cannot write ") + fileName + QStringLiteral(": ") + file.errorString(),
+        QStringLiteral("ctl_DynamicGrid.Export"), LogLevel::Error);
+    return -2;
 }

@@ -49,7 +49,8 @@ public:
     // made in the header row copies the whole screen, header included.
     void CopyToClipboard(bool all);
     QString DataText() const;
-    // CSV of all matrices: 0 when written, -1 for an empty name, -2 when writing failed.
+    // CSV of all matrices, saved through SafeSave: 0 when written, -1 for an empty name, -2
+    // when writing failed (the reason goes to the log).
     qint32 Export(const QString& fileName);
 
     QTableView* View() const;

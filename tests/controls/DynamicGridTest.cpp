@@ -5,6 +5,7 @@
 #include "ctl_DynamicGrid.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QClipboard>
 #include <QFile>
 #include <QHeaderView>
@@ -17,6 +18,14 @@
 
 #include <gtest/gtest.h>
 
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <fcntl.h>
+#include <random>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -224,6 +233,179 @@ TEST_F(DynamicGridTest, ScrollingReachesEveryRow)
     ASSERT_NE(timeColumn, nullptr);
     EXPECT_TRUE(timeColumn->isVisible());
     EXPECT_EQ(timeColumn->width(), view->columnWidth(0));
+}
+
+// A matrix of (time, value) rows.
+DataMatrixPtr Rows(const std::vector<std::pair<double, double>>& rows)
+{
+    auto block = MatrixBlock::Create(static_cast<qsizetype>(rows.size()), 2);
+    for (size_t i = 0; i < rows.size(); ++i) {
+        block->At(static_cast<qsizetype>(i), 0) = rows[i].first;
+        block->At(static_cast<qsizetype>(i), 1) = rows[i].second;
+    }
+    auto matrix = std::make_shared<DataMatrix>();
+    matrix->SetChannelName("Wert");
+    matrix->SetDataBlock(block);
+    return matrix;
+}
+
+// The CSV lines after the header, each split into its fields.
+std::vector<QStringList> CsvRows(const QList<DataMatrixPtr>& matrices)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    EXPECT_TRUE(DynamicGridModel().WriteCsv(buffer, matrices));
+    QStringList lines = QString::fromUtf8(buffer.data()).split("\r\n");
+    EXPECT_EQ(lines.takeLast(), QString()) << "every line ends with CR LF";
+    std::vector<QStringList> rows;
+    for (qsizetype i = 1; i < lines.size(); ++i)
+        rows.push_back(lines[i].split(','));
+    return rows;
+}
+
+TEST(CsvExport, NumbersHaveAtMostFifteenDigitsInTheTablesGeneralForm)
+{
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); // the point stays a point
+    const double t = Calendar::FromParts(2024, 5, 6, 7, 8, 9);
+    const struct
+    {
+        double value;
+        const char* text;
+    } cases[] = {
+        { 0.1 + 0.2, "0.3" },
+        { 1.0 / 3, "0.333333333333333" },
+        { 2.0 / 3, "0.666666666666667" },
+        { 1e-7, "1E-07" },
+        { 1e20, "1E+20" },
+        { NoValue, "-1E+300" },
+        { 1.5e-300, "1.5E-300" },
+        { 230.5, "230.5" },
+        { -2.25, "-2.25" },
+        { 0.0001, "0.0001" },
+        { 0.00001234, "1.234E-05" },
+        { 100, "100" },
+        { 0, "0" },
+        { -0.0, "0" },
+        { 999999999999999, "999999999999999" },
+        { 999999999999999.9, "1E+15" },
+        { 123456789012345678.0, "1.23456789012346E+17" },
+        { 0.1 * 3, "0.3" },
+        { 4.35, "4.35" },
+        { 9.9999999999999995e-5, "0.0001" },
+        { 100000000000000.5, "100000000000000" },
+        { 100000000000001.5, "100000000000002" }, // ties to even
+        { std::nan(""), "nan" },
+        { -HUGE_VAL, "-inf" },
+    };
+    std::vector<std::pair<double, double>> rows;
+    for (const auto& c : cases)
+        rows.emplace_back(t, c.value);
+    const std::vector<QStringList> written = CsvRows({ Rows(rows) });
+    ASSERT_EQ(written.size(), std::size(cases));
+    for (size_t i = 0; i < written.size(); ++i)
+        EXPECT_EQ(written[i], QStringList({ "2024-05-06 07:08:09", cases[i].text })) << "row " << i;
+    QLocale::setDefault(QLocale::c());
+}
+
+TEST(CsvExport, EveryNumberIsTheFifteenDigitRoundingOfItsValue)
+{
+    // Random values over the whole range and random fractions near halfway between two
+    // 15-digit numbers, the cases an inexact scaling gets wrong.
+    std::mt19937_64 random(20240506);
+    std::vector<double> values;
+    for (int i = 0; i < 100000; ++i) {
+        const double mantissa = std::uniform_real_distribution<double>(1.0, 10.0)(random);
+        const int exponent = i % 4 == 0 ? int(random() % 600) - 300 : int(random() % 40) - 10;
+        const double value = mantissa * std::pow(10.0, exponent);
+        values.push_back(i % 2 ? -value : value);
+    }
+    for (int i = 0; i < 20000; ++i) {
+        const double whole = double(random() % 900000000000000ULL + 100000000000000ULL);
+        values.push_back((whole + 0.5) * std::pow(10.0, int(random() % 30) - 20));
+        values.push_back(std::nextafter(values.back(), i % 2 ? HUGE_VAL : 0.0));
+    }
+    std::vector<std::pair<double, double>> rows;
+    for (double value : values)
+        rows.emplace_back(0.0, value);
+    const std::vector<QStringList> written = CsvRows({ Rows(rows) });
+    ASSERT_EQ(written.size(), values.size());
+    int wrong = 0;
+    for (size_t i = 0; i < values.size() && wrong < 10; ++i) {
+        const std::string field = written[i].value(1).toStdString();
+        // The value rounded to 15 digits by the library, and its decimal exponent.
+        char reference[32];
+        *std::to_chars(reference, reference + 31, values[i], std::chars_format::scientific, 14).ptr = 0;
+        const int exponent = std::atoi(std::strchr(reference, 'e') + 1);
+        const bool plain = exponent >= -4 && exponent < 15;
+        size_t digits = 0;
+        for (char c : field.substr(0, field.find('E')))
+            digits += c >= '0' && c <= '9';
+        const bool ok = std::strtod(field.c_str(), nullptr) == std::strtod(reference, nullptr)
+            && (field.find('E') == std::string::npos) == plain
+            && digits <= (plain && exponent < 0 ? 15u - exponent : 15u) && field.back() != '.'
+            && (field.find('.') == std::string::npos || field.substr(0, field.find('E')).back() != '0');
+        if (!ok) {
+            ++wrong;
+            ADD_FAILURE() << field << " for " << reference;
+        }
+    }
+}
+
+TEST(CsvExport, TimesHaveFourDigitYearsAndShortColumnsEmptyFields)
+{
+    const DataMatrixPtr first
+        = Rows({ { Calendar::FromParts(999, 1, 1), 1 }, { Calendar::FromParts(12, 3, 4, 5, 6, 7), 2 },
+            { Calendar::FromParts(2024, 12, 31, 23, 59, 59) + 0.4 / 86400, 3 } });
+    const DataMatrixPtr shorter = Rows({ { 0, 0.5 } });
+    shorter->SetChannelName("Kurz");
+    shorter->SetUnit("kW");
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    ASSERT_TRUE(DynamicGridModel().WriteCsv(buffer, { first, shorter }));
+    EXPECT_EQ(buffer.data(),
+        "\"Zeitstempel\",\"Wert\",\"Kurz (kW)\"\r\n"
+        "0999-01-01 00:00:00,1,0.5\r\n"
+        "0012-03-04 05:06:07,2,\r\n"
+        "2024-12-31 23:59:59,3,\r\n");
+}
+
+TEST_F(DynamicGridTest, ExportFollowsLinksWritesPipesInPlaceAndReportsAFullDevice)
+{
+    AddExample();
+    QTemporaryDir dir;
+    const auto kind = [](const QString& path) {
+        struct stat status
+        {
+        };
+        return ::lstat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & S_IFMT : 0;
+    };
+    const QByteArray expected = ReadFile(QStringLiteral(SORANO_CONTROLS_FIXTURES "/grid_export.csv"));
+
+    ASSERT_TRUE(QFile::link("target.csv", dir.filePath("link.csv")));
+    EXPECT_EQ(grid->Export(dir.filePath("link.csv")), 0);
+    EXPECT_EQ(kind(dir.filePath("link.csv")), S_IFLNK);
+    EXPECT_EQ(ReadFile(dir.filePath("target.csv")), expected);
+
+    const QByteArray pipe = QFile::encodeName(dir.filePath("pipe.csv"));
+    ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
+    EXPECT_EQ(grid->Export(dir.filePath("pipe.csv")), -2) << "nobody reads";
+    const int reader = ::open(pipe.constData(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_EQ(grid->Export(dir.filePath("pipe.csv")), 0); // the few bytes fit the pipe's buffer
+    QByteArray received(4096, '\0');
+    received.resize(std::max<qsizetype>(::read(reader, received.data(), received.size()), 0));
+    ::close(reader);
+    EXPECT_EQ(received, expected);
+    EXPECT_EQ(kind(dir.filePath("pipe.csv")), S_IFIFO);
+
+    // As root a full device node of the test's own; otherwise the system's, which stays anyway.
+    QString full = dir.filePath("full");
+    if (::mknod(QFile::encodeName(full).constData(), S_IFCHR | 0666, makedev(1, 7)) != 0)
+        full = QStringLiteral("/dev/full");
+    if (kind(full) == S_IFCHR) {
+        EXPECT_EQ(grid->Export(full), -2);
+        EXPECT_EQ(kind(full), S_IFCHR);
+    }
 }
 
 } // namespace
