@@ -26,29 +26,38 @@ struct ExportJob
 
 struct CommandLine
 {
-    // An export option was given: the program runs without a window and ends.
-    bool exportMode = false;
+    enum class Action {
+        Window, ///< start the main window and open the views
+        Export, ///< run without a window, write the job's export and end
+        Help, ///< print the usage and end
+        Version, ///< print the version and end
+    };
+    Action action = Action::Window;
     ExportJob job;
     // View files to open in the main window.
     QStringList views;
-    // Why the arguments can't be used; empty when they can.
+    // Why the arguments can't be used; empty when they can. Whatever the action, a command
+    // line with an error does nothing but say so.
     QString error;
 };
 
-// Exit codes of an export run.
+// Exit codes of the program when it ends without running the window.
 namespace ExitCode {
 constexpr int Ok = 0;
 constexpr int Usage = 2; ///< arguments that can't be used
-constexpr int View = 3; ///< the view file is missing or names modules or channels that aren't there
+constexpr int View = 3; ///< the view file is missing, unreadable, or its modules, channels or data fail
 constexpr int Write = 4; ///< the export file could not be written
 } // namespace ExitCode
 
-// The arguments after the program name. Without an export option every argument ending in
-// ".sor" is a view to open and all others are left to the toolkit; with one, each argument
-// must be understood.
+// The arguments after the program name, read before the application object exists. Options
+// are taken as "--name value" and "--name=value" (one dash works as well); the toolkit's own
+// options (-platform, -style, ...) are accepted and left to it. Every other argument is a
+// view file, which must end in ".sor"; an export takes exactly one.
 CommandLine ParseCommandLine(const QStringList& arguments);
 
 QString UsageText();
+// "sorano <major>.<minor>.<revision>".
+QString VersionText();
 
 // Opens the view with the project's data modules, puts the job's window and resolution on
 // it, fetches and writes the export. An exit code; with a failure the reason is in error.

@@ -60,6 +60,7 @@ void PrintError(const QString& message, bool withUsage)
     std::fprintf(stderr, "sorano: %s\n", message.toLocal8Bit().constData());
     if (withUsage)
         std::fputs(UsageText().toLocal8Bit().constData(), stderr);
+    std::fflush(stderr);
 }
 
 } // namespace
@@ -69,13 +70,23 @@ int SubMain(int argc, char** argv)
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
+    // Read before the application object exists: help, version and mistakes need no screen,
+    // and a script that calls the program with a typo gets an answer instead of a window.
     const CommandLine command = ParseCommandLine(arguments);
-    if (command.exportMode && !command.error.isEmpty()) {
+    if (!command.error.isEmpty()) {
         PrintError(command.error, true);
         return ExitCode::Usage;
     }
+    if (command.action == CommandLine::Action::Help || command.action == CommandLine::Action::Version) {
+        const QString text
+            = command.action == CommandLine::Action::Help ? UsageText() : VersionText() + QLatin1Char('\n');
+        std::fputs(text.toLocal8Bit().constData(), stdout);
+        std::fflush(stdout);
+        return ExitCode::Ok;
+    }
+    const bool exportMode = command.action == CommandLine::Action::Export;
     // An export needs no screen; the platform must be chosen before the application exists.
-    if (command.exportMode)
+    if (exportMode)
         qputenv("QT_QPA_PLATFORM", "offscreen");
 
     QApplication app(argc, argv);
@@ -88,7 +99,7 @@ int SubMain(int argc, char** argv)
     StartProcess();
 
     int exitCode = 0;
-    if (command.exportMode) {
+    if (exportMode) {
         g_cProject = new Project;
         g_cProject->LoadDataModules();
         QString error;

@@ -167,7 +167,7 @@ protected:
     }
 
     // The built program, with the test's settings, without any display to fall back on.
-    int RunProgram(const QStringList& arguments, QString& error)
+    int RunProgram(const QStringList& arguments, QString& error, QString* output = nullptr)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char* name : { "QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY", "SORANO_MODULE_PATH" })
@@ -180,6 +180,8 @@ protected:
         program.start(SORANO_PROGRAM, arguments);
         const bool finished = program.waitForFinished(120'000);
         error = QString::fromLocal8Bit(program.readAllStandardError());
+        if (output)
+            *output = QString::fromLocal8Bit(program.readAllStandardOutput());
         return finished && program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
     }
 
@@ -225,21 +227,50 @@ TEST_F(ExportTest, ExampleViewsExportTheDatabaseValuesOnTheirGrid)
 
 TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
 {
-    const QString unknownModule = out.filePath("unknown.sor");
-    QFile copy(unknownModule);
-    ASSERT_TRUE(copy.open(QIODevice::WriteOnly));
-    ASSERT_GT(copy.write(ReadAll(MainView).replace("<module>1</module>", "<module>7</module>")), 0);
-    copy.close();
+    // Copies of the main view with one text replaced.
+    const QByteArray main = ReadAll(MainView);
+    const auto variant = [&](const QString& name, const QList<std::pair<QByteArray, QByteArray>>& replacements) {
+        QByteArray text = main;
+        for (const auto& [from, to] : replacements) {
+            EXPECT_TRUE(text.contains(from)) << from.toStdString();
+            text.replace(from, to);
+        }
+        QFile copy(out.filePath(name));
+        EXPECT_TRUE(copy.open(QIODevice::WriteOnly) && copy.write(text) == text.size());
+        return copy.fileName();
+    };
+    const QString start = "<startdate>2025-03-10 00:00:00</startdate>";
+    const QString end = "<enddate>2025-03-17 00:00:00</enddate>";
+    const QString unknownModule = variant("unknown.sor", { { "<module>1</module>", "<module>7</module>" } });
+    const QString badStart = variant("start.sor", { { start.toUtf8(), "<startdate>2025-13-45</startdate>" } });
+    const QString badUnit = variant("unit.sor", { { "<intervall-unit>n<", "<intervall-unit>q<" } });
+    const QString badBoth = variant("both.sor",
+        { { start.toUtf8(), "<startdate>morgen</startdate>" },
+            { end.toUtf8(), "<enddate>10.03.2025 25:00</enddate>" } });
+    const QString reversed
+        = variant("reversed.sor", { { start.toUtf8(), "<startdate>2025-03-18 00:00:00</startdate>" } });
 
     const QString target = out.filePath("x.csv");
     const struct
     {
         QStringList arguments;
         int exitCode;
-        const char* message;
+        QString message;
     } cases[] = {
         { { "--export-csv", target, out.filePath("missing.sor") }, ExitCode::View, "does not exist" },
         { { "--export-csv", target, unknownModule }, ExitCode::View, "address 7" },
+        { { "--export-csv", target, badStart }, ExitCode::View,
+            "the view file \"" + badStart + "\" has an unreadable startdate: \"2025-13-45\"" },
+        { { "--export-csv", target, badUnit }, ExitCode::View,
+            "the view file \"" + badUnit + "\" has an unreadable intervall-unit: \"q\"" },
+        { { "--export-csv", target, badBoth }, ExitCode::View,
+            "has an unreadable startdate: \"morgen\", an unreadable enddate: \"10.03.2025 25:00\"" },
+        // The command line's window replaces the file's, yet the file is still broken.
+        { { "--export-csv", target, "--from", "2025-03-10", "--to", "2025-03-11", badStart }, ExitCode::View,
+            "unreadable startdate" },
+        { { "--export-csv", target, reversed }, ExitCode::View,
+            "the view file \"" + reversed + "\" has an empty time window" },
+        { { "--export-csv", target, "--to", "2025-03-20", reversed }, ExitCode::View, "empty time window" },
         { { "--export-csv", out.filePath("none/x.csv"), MainView }, ExitCode::Write, "could not write" },
         { { "--export-csv", target, "--from", "2025-02-30", MainView }, ExitCode::Usage, "2025-02-30" },
         { { "--export-csv", target, "--to", "10.03.2025", MainView }, ExitCode::Usage, "10.03.2025" },
@@ -248,6 +279,8 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
         { { "--from", "2025-03-10", MainView }, ExitCode::Usage, "export option" },
         { { "--export-csv", target, "--from", "2025-03-12", "--to", "2025-03-11", MainView }, ExitCode::Usage,
             "after --from" },
+        { { "--export-csv", target, "--bogus", MainView }, ExitCode::Usage, "unknown option --bogus" },
+        { { "--export-csv", target, MainView, MainView }, ExitCode::Usage, "one view file only" },
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.arguments.join(' ').toStdString());
@@ -257,19 +290,67 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
     }
     EXPECT_FALSE(QFile::exists(target));
 
-    // Without an export option only view files are taken; everything else is the toolkit's.
-    const CommandLine gui = ParseCommandLine({ "-style", "fusion", "a.sor", "B.SOR", "c.txt" });
-    EXPECT_FALSE(gui.exportMode);
-    EXPECT_EQ(gui.views, QStringList({ "a.sor", "B.SOR" }));
-
     // The program as built runs without a display, and its failures reach stderr.
     QString error;
+    QString output;
     const QString png = out.filePath("main.png");
     EXPECT_EQ(RunProgram({ "--export-png", png, MainView }, error), 0) << error.toStdString();
     EXPECT_EQ(QImage(png).size(), MeasuringExport::OffscreenChartSize) << "a view never shown gets the fixed size";
     EXPECT_EQ(
         RunProgram({ "--export-svg", out.filePath("x.svg"), "--resolution", "h", MainView }, error), ExitCode::Usage);
     EXPECT_TRUE(error.contains("Usage:")) << error.toStdString();
+    EXPECT_EQ(RunProgram({ "--export-csv", target, badStart }, error), ExitCode::View);
+    // The toolkit may warn before; the message is the last line.
+    EXPECT_EQ(error.trimmed().section('\n', -1),
+        "sorano: the view file \"" + badStart + "\" has an unreadable startdate: \"2025-13-45\"");
+
+    // Help, version and an unknown option answer without a window, which would find no display here.
+    EXPECT_EQ(RunProgram({ "--version" }, error, &output), 0) << error.toStdString();
+    EXPECT_EQ(output, VersionText() + '\n');
+    EXPECT_EQ(RunProgram({ "--help", MainView }, error, &output), 0) << error.toStdString();
+    EXPECT_EQ(output, UsageText());
+    EXPECT_EQ(RunProgram({ "--bogus", MainView }, error, &output), ExitCode::Usage);
+    EXPECT_EQ(output, "");
+    EXPECT_EQ(error, "sorano: unknown option --bogus\n" + UsageText());
+    // The toolkit's own options go with an export as well.
+    EXPECT_EQ(RunProgram({ "-style", "fusion", "--export-csv", target, "-reverse", MainView }, error), 0)
+        << error.toStdString();
+    EXPECT_TRUE(QFile::exists(target));
+}
+
+TEST_F(ExportTest, AFailingDataSourceEndsTheExportWithItsName)
+{
+    // A copy of the demo database whose samples can't be read while its channels still list.
+    const QString broken = out.filePath("broken.sqlite");
+    ASSERT_TRUE(QFile::copy(Demo, broken));
+    qint64 root = 0;
+    qint64 pageSize = 0;
+    {
+        sqlite3* db = nullptr;
+        ASSERT_EQ(sqlite3_open_v2(broken.toUtf8().constData(), &db, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+        sqlite3_stmt* query = nullptr;
+        sqlite3_prepare_v2(db,
+            "SELECT rootpage, (SELECT page_size FROM pragma_page_size) FROM sqlite_master WHERE name = 'samples'", -1,
+            &query, nullptr);
+        if (sqlite3_step(query) == SQLITE_ROW) {
+            root = sqlite3_column_int64(query, 0);
+            pageSize = sqlite3_column_int64(query, 1);
+        }
+        sqlite3_finalize(query);
+        sqlite3_close(db);
+    }
+    ASSERT_GT(root, 1);
+    QFile file(broken);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek((root - 1) * pageSize));
+    ASSERT_EQ(file.write(QByteArray(pageSize, '\xff')), pageSize);
+    file.close();
+    roots.SetMachine("Software\\HARVOLD\\ModuleSettings\\Demo", "Database", broken);
+
+    QString error;
+    const QString target = out.filePath("x.csv");
+    EXPECT_EQ(Export({ "--export-csv", target, MainView }, error), ExitCode::View);
+    EXPECT_TRUE(error.contains("Demo")) << error.toStdString();
+    EXPECT_FALSE(QFile::exists(target)) << "no file of gaps that look like missing measurements";
 }
 
 TEST(MeasuringExportTest, ChartExtensionIsAppendedUnlessTheNameEndsInItExactly)

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The start and end steps of the process, and the command line as the entry routine reads it.
 #include "SubMain.h"
+#include "Calendar.h"
+#include "CommandLine.h"
 #include "Globals.h"
 #include "MatrixScriptEngine.h"
 #include "ResStrings.h"
@@ -88,6 +91,116 @@ TEST_F(SubMainTest, LanguageOffsetAndEditionAreTakenOnlyWhenExact)
         EXPECT_EQ(g_sWhoAmI, tag) << stored.toStdString();
         EndProcess();
     }
+}
+
+// The entry routine with the given arguments and what it printed. Help, version and
+// mistakes end before the application object would exist, so a running test can call it.
+struct Printed
+{
+    int exitCode;
+    std::string out;
+    std::string err;
+};
+
+Printed RunSubMain(std::vector<std::string> arguments)
+{
+    arguments.insert(arguments.begin(), "sorano");
+    std::vector<char*> argv;
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
+    const int exitCode = SubMain(int(arguments.size()), argv.data());
+    std::string out = ::testing::internal::GetCapturedStdout();
+    return { exitCode, out, ::testing::internal::GetCapturedStderr() };
+}
+
+TEST(SubMainCommandLineTest, HelpAndVersionPrintToStandardOutputAndEndWithExitCodeZero)
+{
+    const std::string usage = UsageText().toStdString();
+    const std::string version = QString("sorano %1.%2.%3\n")
+                                    .arg(SoranoVersionMajor)
+                                    .arg(SoranoVersionMinor)
+                                    .arg(SoranoVersionRevision)
+                                    .toStdString();
+    const std::pair<const char*, const std::string*> cases[]
+        = { { "--help", &usage }, { "-h", &usage }, { "--version", &version }, { "-v", &version } };
+    for (const auto& [option, expected] : cases) {
+        const Printed run = RunSubMain({ option, "view.sor" });
+        EXPECT_EQ(run.exitCode, 0) << option;
+        EXPECT_EQ(run.out, *expected) << option;
+        EXPECT_EQ(run.err, "") << option;
+    }
+    EXPECT_NE(usage.find("--export-csv"), std::string::npos);
+}
+
+TEST(SubMainCommandLineTest, ArgumentsThatCantBeUsedPrintTheReasonAndTheUsageToStandardErrorAndEndWithExitCodeTwo)
+{
+    const struct
+    {
+        std::vector<std::string> arguments;
+        const char* reason;
+    } cases[] = {
+        { { "--bogus", "view.sor" }, "sorano: unknown option --bogus\n" },
+        { { "view.sor", "-x=1" }, "sorano: unknown option -x\n" },
+        { { "notes.txt" }, "sorano: \"notes.txt\" is no view file (.sor)\n" },
+        { { "" }, "sorano: \"\" is no view file (.sor)\n" },
+        { { "--export-csv" }, "sorano: " },
+        { { "--to", "2025-03-10", "view.sor" }, "sorano: --from, --to and --resolution need an export option\n" },
+    };
+    for (const auto& c : cases) {
+        const Printed run = RunSubMain(c.arguments);
+        EXPECT_EQ(run.exitCode, ExitCode::Usage) << run.err;
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.err.rfind(c.reason, 0), 0u) << run.err;
+        EXPECT_TRUE(QString::fromStdString(run.err).endsWith(UsageText())) << run.err;
+    }
+}
+
+// What the parse gives, checked without running anything.
+TEST(CommandLineTest, ToolkitOptionsAreLeftToTheToolkitAndOptionsTakeTheirValuesInEveryForm)
+{
+    const CommandLine window = ParseCommandLine({ "-platform", "offscreen", "-style", "fusion", "--stylesheet=look.qss",
+        "-reverse", "a.sor", "-qwindowtitle", "Titel", "B.SOR" });
+    EXPECT_EQ(window.error, "");
+    EXPECT_EQ(window.action, CommandLine::Action::Window);
+    EXPECT_EQ(window.views, QStringList({ "a.sor", "B.SOR" }));
+
+    const double march12 = Calendar::FromParts(2025, 3, 12, 0, 0, 0);
+    const double march14noon = Calendar::FromParts(2025, 3, 14, 12, 0, 0);
+    const struct
+    {
+        QStringList arguments;
+        std::optional<double> from;
+        std::optional<double> to;
+    } exports[] = {
+        { { "--export-svg", "c.svg", "--from", "2025-03-12", "--to", "2025-03-14", "12:00:00", "v.sor" }, march12,
+            march14noon },
+        { { "-style", "fusion", "--export-svg=c.svg", "v.sor", "--from=2025-03-12", "00:00:00",
+              "-to=2025-03-14 12:00:00" },
+            march12, march14noon },
+        { { "v.sor", "-export-svg", "c.svg", "-to", "2025-03-14", "12:00:00", "-platform", "offscreen" }, std::nullopt,
+            march14noon },
+    };
+    for (const auto& c : exports) {
+        SCOPED_TRACE(c.arguments.join(' ').toStdString());
+        const CommandLine command = ParseCommandLine(c.arguments);
+        EXPECT_EQ(command.error, "");
+        EXPECT_EQ(command.action, CommandLine::Action::Export);
+        EXPECT_EQ(command.job.format, MeasuringExport::Format::Svg);
+        EXPECT_EQ(command.job.output, "c.svg");
+        EXPECT_EQ(command.job.view, "v.sor");
+        EXPECT_EQ(command.job.from, c.from);
+        EXPECT_EQ(command.job.to, c.to);
+    }
+
+    const CommandLine twice = ParseCommandLine({ "--export-csv", "a.csv", "--export-svg", "b.svg", "v.sor" });
+    EXPECT_EQ(twice.error, "only one export option may be given");
+    const CommandLine resolution = ParseCommandLine({ "--resolution", "15n", "--export-csv", "a.csv", "v.sor" });
+    EXPECT_EQ(resolution.error, "");
+    EXPECT_EQ(resolution.job.resolutionUnit, "n");
+    EXPECT_EQ(resolution.job.resolutionCount, 15);
 }
 
 } // namespace
