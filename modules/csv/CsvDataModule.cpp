@@ -116,18 +116,21 @@ qint32 CsvDataModule::EnsureTree(bool rescan, const QString& source)
 {
     const QString folder = Folder();
     if (folder.isEmpty()) {
+        m_sTreeFailure = "no folder is configured for the data module " + m_registration.name;
         Log("csv folder",
             "No folder is configured for the data module " + m_registration.name + "; choose one in its configuration.",
             source, 3);
         return NoFolder;
     }
     if (!QFileInfo(folder).isDir()) {
+        m_sTreeFailure = "the folder " + QDir::toNativeSeparators(folder) + " does not exist";
         Log("csv folder",
             "The folder " + QDir::toNativeSeparators(folder) + " of the data module " + m_registration.name
                 + " does not exist.",
             source, 3);
         return FolderMissing;
     }
+    m_sTreeFailure.clear();
     if (rescan || !m_cTree.IsScanned() || m_cTree.Root() != folder) {
         m_cTree.Scan(folder, [this, &source](const QString& path, const QString& text) {
             const QFileInfo info(path);
@@ -248,12 +251,16 @@ qint32 CsvDataModule::GetData(
     Q_UNUSED(channelList); // the collection holds the same channels, and is what gets filled
     const QString source = QStringLiteral("CsvDataModule.GetData");
     status = EnsureTree(false, source);
+    // Why samples could not be read: the first failure of the call. A channel that was not read
+    // gets no block, so that it can't be taken for one without samples in the window.
+    QString failure = status == 1 ? QString() : "reading the samples failed: " + m_sTreeFailure;
 
     // The channels of one file are read in one walk over its lines.
     struct Wanted
     {
         std::vector<int> numbers;
         std::vector<MatrixBlock*> blocks;
+        std::vector<DataMatrixPtr> channels;
     };
     QHash<qint32, Wanted> byFile;
     std::vector<qint32> fileOrder;
@@ -261,12 +268,14 @@ qint32 CsvDataModule::GetData(
         const DataMatrixPtr channel = channels.Channel(i);
         if (!channel)
             continue;
+        if (!failure.isEmpty()) {
+            channel->SetDataBlock(nullptr);
+            continue;
+        }
         auto block = MatrixBlock::Create(0, 2);
         channel->SetDataBlock(block);
         qint32 fileId = 0;
         int number = 0;
-        if (status != 1)
-            continue;
         const CsvTreeEntry* entry
             = ParseCsvChannelId(channel->ChannelID(), fileId, number) ? m_cTree.Find(fileId) : nullptr;
         if (!entry || !entry->isFile) {
@@ -281,6 +290,7 @@ qint32 CsvDataModule::GetData(
         }
         it->numbers.push_back(number);
         it->blocks.push_back(block.get());
+        it->channels.push_back(channel);
     }
 
     double resolution = 0.0;
@@ -294,14 +304,28 @@ qint32 CsvDataModule::GetData(
                 Log("csv channel",
                     QDir::toNativeSeparators(index->Path()) + " has no value column " + QString::number(number) + ".",
                     source, 2);
-        index->Read(wanted.numbers, from, to, wanted.blocks,
-            [this, &source](qint16 level, const QString& text) { Log("csv file", text, source, level); });
+        const bool read = index->Error().isEmpty()
+            && index->Read(wanted.numbers, from, to, wanted.blocks,
+                [this, &source](qint16 level, const QString& text) { Log("csv file", text, source, level); });
+        if (!read) {
+            // The file vanished or can't be read: said in the log when it was found out.
+            for (const DataMatrixPtr& channel : wanted.channels)
+                channel->SetDataBlock(nullptr);
+            if (failure.isEmpty())
+                failure = "reading the samples of channel " + wanted.channels.front()->ChannelID()
+                    + " failed: " + index->Error() + " (" + QDir::toNativeSeparators(index->Path()) + ")";
+            status = ReadFailed;
+            continue;
+        }
         // Channels of different loggers may be mixed: the finest resolution serves them all.
         const double seconds = index->Resolution();
         if (seconds > 0.0 && (resolution == 0.0 || seconds < resolution))
             resolution = seconds;
     }
-    channels.AddText(QStringLiteral("CSV;") + QString::number(resolution, 'g', 12));
+    QString text = QStringLiteral("CSV;") + QString::number(resolution, 'g', 12);
+    if (!failure.isEmpty())
+        text += ';' + failure;
+    channels.AddText(text);
     return status;
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The CSV data module: a folder tree of CSV files as loggers export them. Folders are
 // categories, a file is a measuring point, its value columns are its channels (ids in
-// CsvTree.h). Files are memory-mapped and indexed once per version, so that a refresh parses
-// only the lines of its time window.
+// CsvTree.h). Files are indexed once per version, so that a refresh reads and parses only the
+// lines of its time window.
 #pragma once
 
 #include "CsvFileIndex.h"
@@ -28,10 +28,11 @@ public:
     // Status codes besides 1 (success).
     enum Status : qint32 {
         NoFolder = -1, ///< no folder configured
-        FolderMissing = -2 ///< the configured folder does not exist or is no folder
+        FolderMissing = -2, ///< the configured folder does not exist or is no folder
+        ReadFailed = -3 ///< GetData: a file vanished or could not be read
     };
 
-    // Indexed files kept mapped at once; the least recently used one goes first.
+    // Indexed files kept open at once; the least recently used one goes first.
     static constexpr int MaxOpenFiles = 32;
 
     explicit CsvDataModule(const DataModuleRegistration& registration, QObject* parent = nullptr);
@@ -50,7 +51,10 @@ public:
     // Categories "id$name$relative path$parent$FOLDER" and "...$MEASURING" for files; channels
     // "<file id>#<n>$name$unit$<file id>$0$<n>". A "$" in a name becomes "_".
     qint32 GetChannelStructure(QStringList& categories, QStringList& channels, qint32& status) override;
-    // Appends "CSV;<resolution in seconds>", the finest resolution among the files read.
+    // Appends "CSV;<resolution in seconds>", the finest resolution among the files read. A
+    // channel whose file is gone or can't be read (or whose folder is) gets no block; the status
+    // is then not 1 and the text "CSV;<resolution>;<reason>" says what failed, naming the file.
+    // An unknown channel gets an empty block.
     qint32 GetData(
         const QString& channelList, ChannelCollection& channels, double from, double to, qint32& status) override;
     Q_INVOKABLE void ShowConfig() override;
@@ -80,6 +84,8 @@ private:
     DataModuleRegistration m_registration;
     MessageHandlerInterface* m_pMessageHandler = nullptr;
     QString m_sParamFolder;
+    // Why the last EnsureTree failed, as one line; empty after it succeeded.
+    QString m_sTreeFailure;
     CsvTree m_cTree;
     struct CachedIndex
     {

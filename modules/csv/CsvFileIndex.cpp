@@ -30,18 +30,15 @@ qint64 ModificationTime(const QFileInfo& info)
 
 CsvFileIndex::CsvFileIndex(const QString& path)
     : m_sPath(path)
-    , m_file(path)
 { }
 
 CsvFileIndex::~CsvFileIndex() = default;
 
 void CsvFileIndex::Reset()
 {
-    if (m_pData)
-        m_file.unmap(reinterpret_cast<uchar*>(const_cast<char*>(m_pData)));
-    m_pData = nullptr;
-    m_file.close();
+    m_reader.Close();
     m_bValid = false;
+    m_sError.clear();
     m_layout = Csv::Layout();
     m_offsets.clear();
     m_times.clear();
@@ -85,76 +82,86 @@ bool CsvFileIndex::Build(const LogSink& log)
     m_bExisted = info.exists();
     m_lSize = info.size();
     m_lModified = ModificationTime(info);
-    if (!info.isFile()) {
-        log(3, QStringLiteral("%1: the file does not exist").arg(name));
+    // Opened only when regular: a pipe or device named like a CSV file would block or never end.
+    if (!m_reader.Open(m_sPath)) {
+        m_sError = m_reader.Error();
+        log(3, QStringLiteral("%1: %2").arg(name, m_sError));
         return false;
     }
+    m_lSize = m_reader.Size();
     if (m_lSize == 0) {
         log(2, QStringLiteral("%1: the file is empty").arg(name));
         return false;
     }
-    if (!m_file.open(QIODevice::ReadOnly)) {
-        log(3, QStringLiteral("%1: the file can't be opened (%2)").arg(name, m_file.errorString()));
+    // The file is read once from start to end: large reads, each line found in the buffer.
+    m_reader.SetReadAhead(m_lSize);
+    const std::string_view start = m_reader.Bytes(0, static_cast<std::size_t>(HeaderBytes));
+    if (!m_reader.Error().isEmpty()) {
+        m_sError = m_reader.Error();
+        log(3, QStringLiteral("%1: %2").arg(name, m_sError));
+        m_reader.Release();
         return false;
     }
-    m_pData = reinterpret_cast<const char*>(m_file.map(0, m_lSize));
-    if (!m_pData) {
-        log(3, QStringLiteral("%1: the file can't be mapped into memory (%2)").arg(name, m_file.errorString()));
-        m_file.close();
-        return false;
-    }
-    const auto size = static_cast<std::size_t>(m_lSize);
-    const std::string_view text(m_pData, size);
-    const Csv::HeaderResult header
-        = Csv::ReadHeader(text.substr(0, static_cast<std::size_t>(HeaderBytes)), m_lSize <= HeaderBytes);
+    const Csv::HeaderResult header = Csv::ReadHeader(start, m_reader.End() <= HeaderBytes);
     if (!header.layout) {
         log(2, QStringLiteral("%1: %2; the file is not read").arg(name, header.problem));
+        m_reader.Release();
         return false;
     }
     m_layout = *header.layout;
 
-    std::size_t pos = m_layout.dataOffset;
+    auto pos = static_cast<qint64>(m_layout.dataOffset);
     qint64 lineNumber = m_layout.dataLine;
     qint64 firstUnordered = 0;
     bool reserved = false;
-    while (pos < size) {
+    while (pos < m_reader.End()) {
         if (lineNumber % CheckpointEvery == 0)
-            m_checkpoints.emplace_back(static_cast<qint64>(pos), lineNumber);
-        const char* start = m_pData + pos;
-        const std::size_t rest = size - pos;
-        const std::size_t limit = std::min(rest, Csv::MaxLineLength + 1);
-        const auto* newline = static_cast<const char*>(std::memchr(start, '\n', limit));
+            m_checkpoints.emplace_back(pos, lineNumber);
+        const std::string_view text = m_reader.Line(pos, Csv::MaxLineLength);
+        if (text.empty())
+            break; // the file ended early
+        const bool newline = text.back() == '\n';
+        const bool tooLong = !newline && text.size() > Csv::MaxLineLength;
+        // A line cut off by a file that got shorter is not what the logger wrote: left out.
+        if (!newline && !tooLong && pos + static_cast<qint64>(text.size()) < m_lSize)
+            break;
         // A damaged or pre-allocated file: zeros where the logger never wrote. Searching them
-        // for a line end would touch every page of what may be gigabytes of nothing.
-        const auto* zero = *start == '\0' || (!newline && limit < rest)
-            ? static_cast<const char*>(std::memchr(start, '\0', limit))
+        // for a line end would read every page of what may be gigabytes of nothing.
+        const auto* zero = text.front() == '\0' || tooLong
+            ? static_cast<const char*>(std::memchr(text.data(), '\0', text.size()))
             : nullptr;
         if (zero) {
             log(2,
                 QStringLiteral("%1, line %2: binary zeros from byte %3 on; the rest of the file is not read")
                     .arg(name)
                     .arg(lineNumber)
-                    .arg(static_cast<qint64>(zero - m_pData)));
+                    .arg(pos + static_cast<qint64>(zero - text.data())));
             break;
         }
-        if (!newline && limit < rest) {
+        if (tooLong) {
             Report(lineNumber, Csv::DescribeProblem(Csv::LineCheck::TooLong, {}, m_layout), log);
-            newline = static_cast<const char*>(std::memchr(start + limit, '\n', rest - limit));
-            pos = newline ? static_cast<std::size_t>(newline - m_pData) + 1 : size;
+            // On to the line behind it, however long this one is.
+            pos += static_cast<qint64>(text.size());
+            for (std::string_view more = m_reader.Line(pos, Csv::MaxLineLength); !more.empty();
+                 more = m_reader.Line(pos, Csv::MaxLineLength)) {
+                pos += static_cast<qint64>(more.size());
+                if (more.back() == '\n')
+                    break;
+            }
             ++lineNumber;
             continue;
         }
-        std::size_t length = newline ? static_cast<std::size_t>(newline - start) : rest;
-        const std::size_t next = pos + length + (newline ? 1 : 0);
-        if (length > 0 && start[length - 1] == '\r')
+        std::size_t length = text.size() - (newline ? 1 : 0);
+        const qint64 next = pos + static_cast<qint64>(text.size());
+        if (length > 0 && text[length - 1] == '\r')
             --length;
-        const std::string_view line(start, length);
+        const std::string_view line = text.substr(0, length);
         double time = 0.0;
         const Csv::LineCheck check = Csv::CheckLine(line, m_layout, time);
         if (check == Csv::LineCheck::Ok) {
             if (!reserved) {
                 // Room for as many lines as the first one suggests, so the vectors rarely grow.
-                const std::size_t lines = (size - pos) / (length + 1);
+                const auto lines = static_cast<std::size_t>(m_lSize - pos) / (length + 1);
                 const std::size_t estimate = std::min<std::size_t>(lines + lines / 8 + 16, MaxReserved);
                 m_offsets.reserve(estimate);
                 m_times.reserve(estimate);
@@ -164,7 +171,7 @@ bool CsvFileIndex::Build(const LogSink& log)
             }
             if (!m_times.empty() && time < m_times.back() && firstUnordered == 0)
                 firstUnordered = lineNumber;
-            m_offsets.push_back(static_cast<qint64>(pos));
+            m_offsets.push_back(pos);
             m_times.push_back(time);
         } else if (check != Csv::LineCheck::Blank) {
             Report(lineNumber, Csv::DescribeProblem(check, line, m_layout), log);
@@ -172,6 +179,21 @@ bool CsvFileIndex::Build(const LogSink& log)
         pos = next;
         ++lineNumber;
     }
+    m_reader.Release();
+    if (!m_reader.Error().isEmpty()) {
+        m_sError = m_reader.Error();
+        log(3, QStringLiteral("%1: %2").arg(name, m_sError));
+        m_offsets.clear();
+        m_times.clear();
+        return false;
+    }
+    if (m_reader.Shrank())
+        log(3,
+            QStringLiteral("%1: the file got shorter while it was read (%2 bytes instead of %3); its lines up to "
+                           "there are read")
+                .arg(name)
+                .arg(m_reader.End())
+                .arg(m_lSize));
     if (m_lBadLines > MaxReportedLines)
         log(2, QStringLiteral("%1: %2 bad lines skipped in all").arg(name).arg(m_lBadLines));
     if (m_times.empty())
@@ -248,7 +270,7 @@ std::pair<qsizetype, qsizetype> CsvFileIndex::Window(double from, double to) con
     return { first - m_times.begin(), last - m_times.begin() };
 }
 
-qint64 CsvFileIndex::LineNumberAt(qint64 offset) const
+qint64 CsvFileIndex::LineNumberAt(qint64 offset)
 {
     qint64 start = static_cast<qint64>(m_layout.dataOffset);
     qint64 line = m_layout.dataLine;
@@ -258,12 +280,17 @@ qint64 CsvFileIndex::LineNumberAt(qint64 offset) const
         start = std::prev(checkpoint)->first;
         line = std::prev(checkpoint)->second;
     }
-    if (offset > start)
-        line += std::count(m_pData + start, m_pData + offset, '\n');
+    while (start < offset) {
+        const std::string_view bytes = m_reader.Bytes(start, static_cast<std::size_t>(offset - start));
+        if (bytes.empty())
+            break;
+        line += std::count(bytes.begin(), bytes.end(), '\n');
+        start += static_cast<qint64>(bytes.size());
+    }
     return line;
 }
 
-void CsvFileIndex::Read(
+bool CsvFileIndex::Read(
     std::span<const int> channels, double from, double to, std::span<MatrixBlock* const> blocks, const LogSink& log)
 {
     const std::size_t count = std::min(channels.size(), blocks.size());
@@ -297,11 +324,25 @@ void CsvFileIndex::Read(
 
     std::vector<double> values(cells.size());
     std::vector<Csv::CellValue> kinds(cells.size());
-    const auto size = static_cast<std::size_t>(m_lSize);
+    if (!cells.empty() && rows > 0) {
+        // A refill reads the window's lines at once where they stand together in the file.
+        const auto [low, high] = std::minmax_element(m_offsets.begin() + first, m_offsets.begin() + last);
+        m_reader.SetReadAhead(*high - *low + CsvFileReader::DefaultReadAhead);
+    }
+    qint64 lostRows = 0;
     for (qsizetype row = first; row < last && !cells.empty(); ++row) {
-        const auto offset = static_cast<std::size_t>(m_offsets[row]);
-        const std::size_t found
-            = Csv::ReadValues(std::string_view(m_pData + offset, size - offset), m_layout, cells, values, kinds);
+        const qint64 offset = m_offsets[row];
+        const std::string_view text = m_reader.Line(offset, Csv::MaxLineLength);
+        // A line that is gone, or cut off, because the file got shorter since it was indexed.
+        if (text.empty() || (text.back() != '\n' && offset + static_cast<qint64>(text.size()) < m_lSize)) {
+            if (!m_reader.Error().isEmpty())
+                break;
+            ++lostRows;
+            for (Target& target : targets)
+                target.skipped.push_back(static_cast<std::size_t>(row - first));
+            continue;
+        }
+        const std::size_t found = Csv::ReadValues(text, m_layout, cells, values, kinds);
         int badCell = -1;
         for (std::size_t t = 0; t < targets.size(); ++t) {
             const Csv::CellValue kind = t < found ? kinds[t] : Csv::CellValue::Bad;
@@ -321,15 +362,29 @@ void CsvFileIndex::Read(
             // Each line once, however often a window covers it.
             if (m_iReported < MaxReportedLines)
                 m_reportedOffsets.push_back(m_offsets[row]);
-            const std::string_view rest(m_pData + offset, std::min(size - offset, Csv::MaxLineLength));
-            const std::string_view line = rest.substr(0, rest.find('\n'));
+            const std::string_view line = text.substr(0, text.find('\n'));
             const Csv::ChannelHeader& channel = m_layout.channels[badCell - m_layout.timeCells];
-            Report(LineNumberAt(m_offsets[row]),
-                QStringLiteral("no number for \"%1\" in %2; the sample is skipped")
-                    .arg(channel.name, Csv::QuoteCell(line, m_layout.separator, badCell)),
-                log);
+            // The text first: counting the line number reads elsewhere in the file.
+            const QString problem = QStringLiteral("no number for \"%1\" in %2; the sample is skipped")
+                                        .arg(channel.name, Csv::QuoteCell(line, m_layout.separator, badCell));
+            Report(LineNumberAt(offset), problem, log);
         }
     }
+    m_reader.Release();
+    const QString name = QDir::toNativeSeparators(m_sPath);
+    if (!m_reader.Error().isEmpty()) {
+        m_sError = m_reader.Error();
+        log(3, QStringLiteral("%1: %2").arg(name, m_sError));
+        return false;
+    }
+    if (lostRows > 0)
+        log(3,
+            QStringLiteral("%1: the file got shorter since it was indexed (%2 bytes instead of %3); %4 lines of the "
+                           "window are gone")
+                .arg(name)
+                .arg(m_reader.End())
+                .arg(m_lSize)
+                .arg(lostRows));
 
     std::vector<MatrixBlock*> owners(targets.size(), nullptr);
     for (std::size_t i = 0; i < count; ++i) {
@@ -367,4 +422,5 @@ void CsvFileIndex::Read(
         blocks[i]->SetArray(static_cast<qsizetype>(kept), 2, std::move(target.cells));
         owners[t] = blocks[i];
     }
+    return true;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Reading logger CSV text from byte spans: the header with its time and channel columns, lines,
 // cells, times and numbers. No file access and no allocation per line, so that the file index
-// and the data reads run these functions over a memory-mapped file directly.
+// and the data reads run these functions directly over the bytes read from a file.
 #pragma once
 
 #include <QString>

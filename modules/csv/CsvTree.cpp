@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "CsvTree.h"
 
+#include "CsvFileReader.h"
+
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -89,6 +90,13 @@ bool CsvTree::ScanFolder(const QString& folder, const QString& relative, qint32 
         }
     }
     for (const QFileInfo& info : files) {
+        // Only regular files are read: a pipe, device or socket named "*.csv" (or a link to
+        // one) would block the scan or never end.
+        CsvFileReader reader;
+        if (!reader.Open(info.absoluteFilePath()) && info.exists() && !info.isFile()) {
+            log(info.absoluteFilePath(), QStringLiteral("the entry is no regular file and is not read"));
+            continue;
+        }
         CsvTreeEntry entry;
         entry.relativePath = relative.isEmpty() ? info.fileName() : relative + '/' + info.fileName();
         entry.id = TakeId(entry.relativePath);
@@ -98,14 +106,14 @@ bool CsvTree::ScanFolder(const QString& folder, const QString& relative, qint32 
         entry.name = info.completeBaseName();
         entry.absolutePath = info.absoluteFilePath();
 
-        QFile file(entry.absolutePath);
-        if (!file.open(QIODevice::ReadOnly)) {
-            log(entry.absolutePath, QStringLiteral("the file can't be opened (%1)").arg(file.errorString()));
+        if (!reader.IsOpen()) {
+            log(entry.absolutePath, reader.Error());
         } else {
-            const QByteArray start = file.read(HeaderBytes);
-            const Csv::HeaderResult header
-                = Csv::ReadHeader(std::string_view(start.constData(), start.size()), file.size() <= HeaderBytes);
-            if (header.layout)
+            const std::string_view start = reader.Bytes(0, static_cast<std::size_t>(HeaderBytes));
+            const Csv::HeaderResult header = Csv::ReadHeader(start, reader.End() <= HeaderBytes);
+            if (!reader.Error().isEmpty())
+                log(entry.absolutePath, reader.Error());
+            else if (header.layout)
                 entry.layout = header.layout;
             else
                 log(entry.absolutePath, header.problem + QStringLiteral("; the file shows no channels"));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The CSV module through its interface: file forms, structure, windows, resolution, changes of
-// a file, and damaged, empty and huge files and a missing folder.
+// a file, and damaged, empty and huge files, pipes, and files and folders that can't be read.
+#include "../ChildProcess.h"
 #include "Calendar.h"
 #include "CsvFolder.h"
 #include "TempSettings.h"
@@ -17,6 +18,8 @@
 
 #include <cmath>
 #include <tuple>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -429,14 +432,19 @@ TEST_F(CsvFileProblems, AFileOfMoreThanTwoGigabytesIsReadUpToItsZeros)
     EXPECT_EQ(on.log.Count({ Native(path), "binary zeros", "the rest of the file is not read" }), 1) << on.log.All();
 }
 
-TEST_F(CsvFileProblems, AMissingFolderOrFileGivesAStatusAndALogLine)
+TEST_F(CsvFileProblems, AMissingFolderOrFileGivesNoBlockAStatusAndTheReason)
 {
-    const std::tuple<QString, qint32, const char*> cases[] = {
-        { QString(), CsvDataModule::NoFolder, "No folder is configured" },
-        { folder.Path("fehlt"), CsvDataModule::FolderMissing, "does not exist" },
-        { folder.Write("datei", "x"), CsvDataModule::FolderMissing, "does not exist" },
+    // A channel that could not be read has no block, told apart from one without samples in the
+    // window; the text after the resolution says why.
+    const std::tuple<QString, qint32, const char*, QString> cases[] = {
+        { QString(), CsvDataModule::NoFolder, "No folder is configured",
+            "no folder is configured for the data module Logger" },
+        { folder.Path("fehlt"), CsvDataModule::FolderMissing, "does not exist",
+            "the folder " + Native(folder.Path("fehlt")) + " does not exist" },
+        { folder.Write("datei", "x"), CsvDataModule::FolderMissing, "does not exist",
+            "the folder " + Native(folder.Path("datei")) + " does not exist" },
     };
-    for (const auto& [root, expected, log] : cases) {
+    for (const auto& [root, expected, log, reason] : cases) {
         SCOPED_TRACE(root.toStdString());
         ModuleOn on(root);
         EXPECT_EQ(on.status, expected);
@@ -444,31 +452,90 @@ TEST_F(CsvFileProblems, AMissingFolderOrFileGivesAStatusAndALogLine)
         qint32 status = 0;
         EXPECT_EQ(on.module.GetChannelOverview(overview, status), expected);
         EXPECT_EQ(overview.Count(), 0);
-        const ChannelCollection data = Read(on.module, { "1#1" }, 0, 1e6);
+        const ChannelCollection data = Read(on.module, { "1#1" }, 0, 1e6, &status);
+        EXPECT_EQ(status, expected);
         ASSERT_EQ(data.Count(), 2);
-        EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), 0);
-        EXPECT_EQ(data.Text(1), "CSV;0");
+        EXPECT_FALSE(data.Channel(0)->DataBlock());
+        EXPECT_EQ(data.Text(1), "CSV;0;reading the samples failed: " + reason);
         EXPECT_GE(on.log.Count({ log }), 3);
         EXPECT_EQ(on.log.lines.front().level, 3);
     }
 
-    // A file that vanished after the tree was read, and ids that name nothing.
+    // A file that vanished after the tree was read, and ids that name nothing, which are read
+    // and hold no samples.
     folder.Write("Logger/L.csv", "timestamp;P\n2023-01-01 00:00;1\n");
     folder.Write("Logger/M.csv", "timestamp;P\n2023-01-01 00:00;1\n");
     ModuleOn on(folder.Path("Logger"));
     const QString gone = on.Id("M", "P");
     const QString l = on.Id("L", "P").section('#', 0, 0);
     ASSERT_TRUE(QFile::remove(folder.Path("Logger/M.csv")));
-    const ChannelCollection data = Read(on.module, { gone, "123#1", "x", l + "#2", l + "#1" }, 0, 1e6);
+    qint32 status = 1;
+    const ChannelCollection data = Read(on.module, { gone, "123#1", "x", l + "#2", l + "#1" }, 0, 1e6, &status);
+    EXPECT_EQ(status, CsvDataModule::ReadFailed);
     ASSERT_EQ(data.Count(), 6);
-    for (int i = 0; i < 4; ++i)
+    EXPECT_FALSE(data.Channel(0)->DataBlock());
+    for (int i = 1; i < 4; ++i) {
+        ASSERT_TRUE(data.Channel(i)->DataBlock()) << i;
         EXPECT_EQ(data.Channel(i)->DataBlock()->Rows(), 0) << i;
+    }
     EXPECT_EQ(data.Channel(4)->DataBlock()->Rows(), 1);
+    const QString reason = "reading the samples of channel " + gone + " failed: the file does not exist ("
+        + Native(folder.Path("Logger/M.csv")) + ")";
+    EXPECT_EQ(data.Text(5), "CSV;0;" + reason);
     EXPECT_EQ(on.log.Count({ Native(folder.Path("Logger/M.csv")), "does not exist" }), 1) << on.log.All();
     EXPECT_EQ(on.log.Count({ "has no channel 123#1" }), 1);
     EXPECT_EQ(on.log.Count({ "has no value column 2" }), 1);
     EXPECT_EQ(on.log.lines.size(), 4u);
-    // A file still missing is not tried, and logged, again at every refresh.
-    EXPECT_EQ(Read(on.module, { gone }, 0, 1e6).Channel(0)->DataBlock()->Rows(), 0);
+    // A file still missing is not tried, and logged, again at every refresh; the reason stays.
+    const ChannelCollection again = Read(on.module, { gone }, 0, 1e6, &status);
+    EXPECT_EQ(status, CsvDataModule::ReadFailed);
+    EXPECT_FALSE(again.Channel(0)->DataBlock());
+    EXPECT_EQ(again.Text(1), "CSV;0;" + reason);
     EXPECT_EQ(on.log.lines.size(), 4u) << on.log.All();
+    // Read without a failure, the text is the resolution alone.
+    EXPECT_EQ(Read(on.module, { l + "#1" }, 0, 1e6, &status).Text(1), "CSV;0");
+    EXPECT_EQ(status, 1);
+}
+
+TEST_F(CsvFileProblems, PipesAndLinksToThemAreNeitherListedNorOpened)
+{
+    // Opening a pipe for reading waits for a writer, and reading it waits for data: the scan and
+    // the reads must never do either. Each part runs in a child, so that a hang fails the test.
+    folder.Write("Logger/A.csv", "timestamp;P\n2023-01-01 00:00;1\n");
+    const QString pipe = folder.Path("Logger/pipe");
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    ASSERT_TRUE(QFile::link(pipe, folder.Path("Logger/B.csv")));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(folder.Path("Logger/C.csv")).constData(), 0600), 0);
+    const auto scan = [&] {
+        ModuleOn on(folder.Path("Logger"));
+        ASSERT_EQ(on.status, 1);
+        ChannelCollection overview;
+        qint32 status = 0;
+        ASSERT_EQ(on.module.GetChannelOverview(overview, status), 1);
+        ASSERT_EQ(overview.Count(), 1);
+        EXPECT_EQ(SamplesOf(Read(on.module, { overview.Key(0) }, D(2023, 1, 1), D(2023, 1, 2)), 0),
+            (Samples { { D(2023, 1, 1), 1 } }));
+        QStringList categories, channels;
+        ASSERT_EQ(on.module.GetChannelStructure(categories, channels, status), 1);
+        ASSERT_EQ(categories.size(), 1);
+        EXPECT_EQ(categories[0].section('$', 1, 1), "A");
+        EXPECT_EQ(on.log.Count({ Native(folder.Path("Logger/B.csv")), "no regular file" }), 1) << on.log.All();
+    };
+    EXPECT_TRUE(RunsInChild(scan));
+
+    // A file that turns into a link to a pipe after the scan: no block, and the reason.
+    const auto readAfterTheChange = [&] {
+        ModuleOn on(folder.Path("Logger"));
+        const QString id = on.Id("A", "P");
+        ASSERT_TRUE(QFile::remove(folder.Path("Logger/A.csv")));
+        ASSERT_TRUE(QFile::link(pipe, folder.Path("Logger/A.csv")));
+        qint32 status = 1;
+        const ChannelCollection data = Read(on.module, { id }, 0, 1e6, &status);
+        EXPECT_EQ(status, CsvDataModule::ReadFailed);
+        EXPECT_FALSE(data.Channel(0)->DataBlock());
+        EXPECT_EQ(data.Text(1),
+            "CSV;0;reading the samples of channel " + id + " failed: the file is no regular file ("
+                + Native(folder.Path("Logger/A.csv")) + ")");
+    };
+    EXPECT_TRUE(RunsInChild(readAfterTheChange));
 }

@@ -105,7 +105,8 @@ struct ModuleOn
 using Samples = std::vector<std::pair<double, double>>;
 
 // GetData for the ids; the collection holds the channels in order and then the text item.
-inline ChannelCollection Read(DataModuleInterface& module, const QStringList& ids, double from, double to)
+inline ChannelCollection Read(
+    DataModuleInterface& module, const QStringList& ids, double from, double to, qint32* statusOut = nullptr)
 {
     ChannelCollection channels;
     for (const QString& id : ids) {
@@ -115,6 +116,8 @@ inline ChannelCollection Read(DataModuleInterface& module, const QStringList& id
     }
     qint32 status = 0;
     module.GetData(ids.join(';'), channels, from, to, status);
+    if (statusOut)
+        *statusOut = status;
     return channels;
 }
 

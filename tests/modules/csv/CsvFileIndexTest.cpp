@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The file index of the CSV module on a file that another program cuts short, while the index
+// is built and between building it and reading a window: what the file still holds, a log line,
+// and no signal. Each case runs in a child process, so that a crash fails only its test.
+#include "CsvFileIndex.h"
+#include "../ChildProcess.h"
+#include "CsvFolder.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+// A header, then the bad line when given, then count lines "2023-01-01 00:00;<i>": all at one
+// time, so that a window on that time reads every line in the order of the file.
+QByteArray SameTimeLines(int count, const QByteArray& badLine = QByteArray())
+{
+    QByteArray text = "timestamp;P\n" + badLine;
+    text.reserve(text.size() + count * 24);
+    for (int i = 0; i < count; ++i)
+        text += "2023-01-01 00:00;" + QByteArray::number(i) + '\n';
+    return text;
+}
+
+// 0, 1, ... one per whole data line in the first bytes of the text.
+std::vector<double> ValuesOfWholeLines(const QByteArray& text, qsizetype bytes, int linesBeforeData)
+{
+    std::vector<double> values(static_cast<std::size_t>(text.left(bytes).count('\n') - linesBeforeData));
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i] = static_cast<double>(i);
+    return values;
+}
+
+struct LogLine
+{
+    qint16 level;
+    QString text;
+};
+
+int CountAt(const std::vector<LogLine>& log, qint16 level, const QString& part)
+{
+    return static_cast<int>(std::count_if(
+        log.begin(), log.end(), [&](const LogLine& line) { return line.level == level && line.text.contains(part); }));
+}
+
+// The values of channel 1 at the lines' time.
+std::vector<double> ReadAll(CsvFileIndex& index, std::vector<LogLine>& log)
+{
+    const int channels[] = { 1 };
+    const MatrixBlockPtr block = MatrixBlock::Create();
+    MatrixBlock* const blocks[] = { block.get() };
+    index.Read(channels, D(2023, 1, 1), D(2023, 1, 1), blocks, [&](qint16 level, const QString& text) {
+        log.push_back({ level, text });
+    });
+    std::vector<double> values;
+    for (qsizetype r = 0; r < block->Rows(); ++r)
+        values.push_back(block->At(r, 1));
+    return values;
+}
+
+} // namespace
+
+TEST(CsvFileIndexCutShort, AFileCutWhileItIsIndexedGivesItsWholeLinesAndALogLine)
+{
+    CsvFolder folder;
+    // Some megabytes, so that the cut comes while most of the file is still to be read; the
+    // first bad line is where the cut happens, and it falls in the middle of a line.
+    const QByteArray text = SameTimeLines(600'000, "kaputt;1\n");
+    const QString path = folder.Write("L.csv", text);
+    const qsizetype cut = text.size() / 2 + 7;
+    ASSERT_NE(text.at(cut - 1), '\n');
+    const auto cutWhileIndexing = [&] {
+        CsvFileIndex index(path);
+        std::vector<LogLine> log;
+        index.Build([&](qint16 level, const QString& line) {
+            if (log.empty())
+                QFile(path).resize(cut);
+            log.push_back({ level, line });
+        });
+        ASSERT_TRUE(index.IsValid());
+        const std::vector<double> expected = ValuesOfWholeLines(text, cut, 2);
+        // The line cut in two is not taken for a shorter number.
+        EXPECT_EQ(index.Rows(), static_cast<qsizetype>(expected.size()));
+        EXPECT_EQ(CountAt(log, 3, "got shorter while it was read"), 1);
+        EXPECT_EQ(ReadAll(index, log), expected);
+        EXPECT_EQ(log.size(), 2u);
+    };
+    EXPECT_TRUE(RunsInChild(cutWhileIndexing));
+}
+
+TEST(CsvFileIndexCutShort, AFileCutBetweenIndexAndReadGivesTheLinesItStillHolds)
+{
+    CsvFolder folder;
+    const QByteArray text = SameTimeLines(100'000);
+    const QString path = folder.Write("L.csv", text);
+    const qsizetype cut = text.size() / 3 + 5;
+    ASSERT_NE(text.at(cut - 1), '\n');
+    const auto cutBeforeReading = [&] {
+        CsvFileIndex index(path);
+        std::vector<LogLine> log;
+        ASSERT_TRUE(index.Build([&](qint16 level, const QString& line) { log.push_back({ level, line }); }));
+        ASSERT_EQ(index.Rows(), 100'000);
+        ASSERT_TRUE(QFile(path).resize(cut));
+        EXPECT_EQ(ReadAll(index, log), ValuesOfWholeLines(text, cut, 1));
+        EXPECT_EQ(CountAt(log, 3, "got shorter since it was indexed"), 1);
+        EXPECT_EQ(log.size(), 1u);
+        // The module builds a new index at its next read.
+        EXPECT_FALSE(index.IsCurrent());
+    };
+    EXPECT_TRUE(RunsInChild(cutBeforeReading));
+}
