@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A view's refresh lets window events through: closing the view or the program from inside it
+// waits for its end, and the commands and the pointer say that it is busy.
+#include "Globals.h"
+#include "MatrixScriptEngine.h"
+#include "Measuring.h"
+#include "MessageHandler.h"
+#include "Project.h"
+#include "TempSettings.h"
+#include "frm_Main.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QFile>
+#include <QGuiApplication>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QString KeySettings = QStringLiteral("Software\\HARVOLD\\Sorano\\Settings");
+
+class RefreshGuardTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(QFile::exists(SORANO_DEMO_DATABASE));
+        qputenv("SORANO_MODULE_PATH", SORANO_SQLITE_PLUGIN_DIR);
+        roots.SetMachine("Software\\HARVOLD\\DataModules", "Demo", "Sorano.SQLite:1");
+        roots.SetMachine("Software\\HARVOLD\\ModuleSettings\\Demo", "Database", SORANO_DEMO_DATABASE);
+        roots.SetMachine(KeySettings, "LogPath", roots.Path());
+        roots.SetUser(KeySettings, "OnCloseMeasuring", "1"); // close without asking
+        g_cScriptEngine = &engine;
+        ASSERT_TRUE(QFile::copy(SORANO_EXAMPLES_DIR "/Hauptzaehler.sor", out.filePath("main.sor")));
+    }
+    void TearDown() override { g_cScriptEngine = nullptr; }
+
+    static void Settle()
+    {
+        for (int turn = 0; turn < 5; ++turn) {
+            QCoreApplication::processEvents();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        }
+    }
+
+    TempSettings roots;
+    QTemporaryDir out;
+    MatrixScriptEngine engine;
+};
+
+TEST_F(RefreshGuardTest, ClosingTheViewAndTheProgramFromInsideARefreshWaitsForItsEnd)
+{
+    Project project;
+    ASSERT_EQ(project.Init(), 0);
+    frm_Main& window = *project.MainWindow();
+    Measuring* view = project.OpenMeasuring(out.filePath("main.sor"), false);
+    ASSERT_TRUE(view);
+    QMdiSubWindow* frame = window.MdiArea()->currentSubWindow();
+    ASSERT_TRUE(frame);
+
+    // What a user can do while the progress bar moves: close the frame, choose Close, close
+    // the main window. The events are let through at once, as the refresh does it.
+    bool busyMenus = false;
+    bool busyPointer = false;
+    bool closed = false;
+    QObject::connect(project.MsgHandler(), &MessageHandler::Message, [&](const QString& name, const QString&) {
+        if (name != QLatin1String("PROGRESS_UPDATE") || closed)
+            return;
+        closed = true;
+        busyMenus = !window.menuBar()->isEnabled() && !window.Tool("mnuFileClose")->isEnabled()
+            && !window.Tool("mnuFileOpen")->isEnabled();
+        busyPointer = QGuiApplication::overrideCursor() && QGuiApplication::overrideCursor()->shape() == Qt::WaitCursor;
+        frame->close();
+        project.CloseMeasuring(view);
+        window.close();
+        Settle();
+    });
+    view->Refresh(true);
+    ASSERT_TRUE(closed);
+    EXPECT_TRUE(busyMenus) << "the command bar is off during the refresh";
+    EXPECT_TRUE(busyPointer);
+    ASSERT_EQ(project.Measurings().size(), 1u) << "the view outlives its own refresh";
+    EXPECT_EQ(project.Measurings().front().get(), view);
+    EXPECT_TRUE(view->Chart() && view->Chart()->PointCount() > 0);
+
+    Settle();
+    EXPECT_TRUE(project.Measurings().empty()) << "closed once the refresh was over";
+    EXPECT_FALSE(window.isVisible()) << "and then the program ended";
+    EXPECT_FALSE(QGuiApplication::overrideCursor());
+}
+
+TEST_F(RefreshGuardTest, CommandsComeBackAsTheyWereAfterARefresh)
+{
+    Project project;
+    ASSERT_EQ(project.Init(), 0);
+    frm_Main& window = *project.MainWindow();
+    Measuring* view = project.OpenMeasuring(out.filePath("main.sor"), false);
+    ASSERT_TRUE(view);
+    view->Refresh(true);
+    EXPECT_TRUE(window.menuBar()->isEnabled());
+    EXPECT_TRUE(window.Tool("mnuFileSave")->isEnabled());
+    EXPECT_TRUE(window.Tool("mnuFileOpen")->isEnabled());
+    ASSERT_TRUE(project.CloseMeasuring(view));
+    EXPECT_FALSE(window.Tool("mnuFileSave")->isEnabled()) << "no view, nothing to save";
+    EXPECT_TRUE(window.Tool("mnuFileOpen")->isEnabled());
+}
+
+} // namespace
