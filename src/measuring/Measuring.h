@@ -141,8 +141,9 @@ public:
     void SetAnnotationPosition(const QString& position);
 
     // --- export (MeasuringExport.cpp)
-    // Asks for a file and writes the chart as a picture or the table as CSV; 1 when cancelled,
-    // negative (after a message) when the file could not be written.
+    // Asks for a file and writes the chart as a picture or the table as CSV; 0 when written,
+    // -1 when the user cancelled (nothing is written), -2 or -3 (after a message) when the file
+    // could not be written.
     qint32 ExportFile();
     // Writes the view to a file chosen by the caller: SVG, BMP, PNG or PDF for the chart by the
     // file's extension, CSV for the table.

@@ -6,6 +6,7 @@
 #include "Logging.h"
 #include "Measuring.h"
 #include "ResStrings.h"
+#include "SafeSave.h"
 #include "Settings.h"
 #include "ctl_DynamicGrid.h"
 #include "frm_GraphicView.h"
@@ -23,7 +24,6 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QPicture>
-#include <QSaveFile>
 #include <QSvgGenerator>
 
 #include <array>
@@ -118,29 +118,38 @@ QByteArray SvgBytes(ChartAdapter& chart, const QSize& size)
     return buffer.data();
 }
 
+// Pictures are made in memory and written in one piece: their writers may seek, and a pipe
+// or a device is written in place.
+bool WriteBytes(const QString& fileName, const QByteArray& bytes)
+{
+    SafeSave file(fileName);
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+        return true;
+    WriteLog(QStringLiteral("export"),
+        QStringLiteral("Cannot write ") + fileName + QStringLiteral(": ") + file.errorString(),
+        QStringLiteral("Measuring.ExportFile"), LogLevel::Error);
+    return false;
+}
+
 bool WriteImage(ChartAdapter& chart, const QSize& size, const QString& fileName, const char* format)
 {
     const QImage image = chart.ToImage(size.width(), size.height());
     if (image.isNull())
         return false;
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly) || !image.save(&file, format)) {
-        file.cancelWriting();
-        return false;
-    }
-    return file.commit();
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    return image.save(&buffer, format) && WriteBytes(fileName, buffer.data());
 }
 
 // One page of the chart's size, so that the vectors keep the proportions of the screen.
 bool WritePdf(ChartAdapter& chart, const QSize& size, const QString& fileName)
 {
     constexpr int Resolution = 96;
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
     bool drawn = false;
     {
-        QPdfWriter writer(&file);
+        QPdfWriter writer(&buffer);
         writer.setResolution(Resolution);
         writer.setCreator(Settings::Value(Settings::Id::ApplicationName));
         const QSizeF points = QSizeF(size) * 72.0 / Resolution;
@@ -152,11 +161,7 @@ bool WritePdf(ChartAdapter& chart, const QSize& size, const QString& fileName)
             drawn = painter.end();
         }
     }
-    if (!drawn) {
-        file.cancelWriting();
-        return false;
-    }
-    return file.commit();
+    return drawn && WriteBytes(fileName, buffer.data());
 }
 
 qint32 ExportChart(frm_GraphicView& view, Format format, const QString& fileName)
@@ -221,7 +226,7 @@ qint32 Measuring::ExportFile()
     }
     dialog.setNameFilters(filters);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return 1;
+        return -1;
     QString fileName = dialog.selectedFiles().front();
     qint32 result = 0;
     if (!chart) {

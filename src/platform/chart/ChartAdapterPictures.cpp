@@ -3,10 +3,10 @@
 #include "ChartAdapter.h"
 
 #include "ChartPrivate.h"
+#include "SafeSave.h"
 
 #include <QBuffer>
 #include <QPicture>
-#include <QSaveFile>
 #include <QSvgGenerator>
 
 namespace {
@@ -76,7 +76,7 @@ bool ChartAdapter::SaveSvg(const QString& fileName, int width, int height)
         d->plot->toPainter(&painter, width, height);
         painter.end();
     }
-    QSaveFile file(fileName);
+    SafeSave file(fileName);
     if (!file.open(QIODevice::WriteOnly) || file.write(buffer.data()) != buffer.data().size())
         return false;
     return file.commit();
