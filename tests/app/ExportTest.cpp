@@ -59,7 +59,7 @@ struct Expected
 };
 
 // A step's value is the mean of its samples; a step with samples that are all NULL is a gap,
-// and a step without any sample keeps the value before it (0 at the start). Power factors
+// and a step without any sample keeps the value before it (a gap before the first). Power factors
 // are folded by the view when they arrive, before the grid.
 std::vector<double> Reference(const Expected& view, const Column& column)
 {
@@ -92,7 +92,7 @@ std::vector<double> Reference(const Expected& view, const Column& column)
     sqlite3_finalize(query);
     sqlite3_close(db);
     std::vector<double> values;
-    double carry = 0.0;
+    double carry = NoValue;
     for (size_t row = 0; row < size_t(view.rows); ++row) {
         if (samples[row] > 0)
             carry = count[row] > 0 ? sum[row] / count[row] : NoValue;
@@ -223,6 +223,11 @@ TEST_F(ExportTest, ExampleViewsExportTheDatabaseValuesOnTheirGrid)
     // One bound alone keeps the view's week.
     ExportOk({ "--to=2025-03-24", MainView }, csv);
     CompareTable(csv, { "2025-03-17 00:00:00", 7 * 96, 900, examples[0].view.columns });
+    // A window that starts before the data: its first day is a gap, never zeros.
+    ExportOk({ "--from", "2023-12-31", "--to", "2024-01-01 12:00:00", "--resolution", "1h", MainView }, csv);
+    CompareTable(csv, { "2023-12-31 00:00:00", 36, 3600, examples[0].view.columns });
+    const std::vector<double> before = Reference({ "2023-12-31 00:00:00", 36, 3600, {} }, examples[0].view.columns[1]);
+    EXPECT_EQ(std::count(before.begin(), before.end(), NoValue), 24);
 }
 
 TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
