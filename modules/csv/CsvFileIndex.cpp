@@ -332,9 +332,20 @@ bool CsvFileIndex::Read(
     qint64 lostRows = 0;
     for (qsizetype row = first; row < last && !cells.empty(); ++row) {
         const qint64 offset = m_offsets[row];
-        const std::string_view text = m_reader.Line(offset, Csv::MaxLineLength);
+        // Lines don't overlap: any later line start lies behind this line's end, so the bytes up
+        // to the next row's line hold all of it, and its end needn't be searched first.
+        const qint64 next = row + 1 < Rows() ? m_offsets[row + 1] : 0;
+        std::string_view text;
+        bool whole = false;
+        if (next > offset && next - offset <= static_cast<qint64>(Csv::MaxLineLength)) {
+            text = m_reader.Bytes(offset, static_cast<std::size_t>(next - offset));
+            whole = static_cast<qint64>(text.size()) == next - offset || text.find('\n') != std::string_view::npos;
+        } else {
+            text = m_reader.Line(offset, Csv::MaxLineLength);
+            whole = !text.empty() && (text.back() == '\n' || offset + static_cast<qint64>(text.size()) == m_lSize);
+        }
         // A line that is gone, or cut off, because the file got shorter since it was indexed.
-        if (text.empty() || (text.back() != '\n' && offset + static_cast<qint64>(text.size()) < m_lSize)) {
+        if (!whole) {
             if (!m_reader.Error().isEmpty())
                 break;
             ++lostRows;

@@ -16,8 +16,9 @@
 
 namespace {
 
-// A refill never reads more than this ahead, so that a window of a huge file stays cheap.
-constexpr qint64 MaxReadAhead = 4 * 1024 * 1024;
+// A refill reads at most this much ahead: few reads, and the bytes are still in the processor's
+// cache when they are parsed.
+constexpr qint64 MaxReadAhead = 1024 * 1024;
 // Searching a line end that is not buffered yet reads at least this much more.
 constexpr qint64 MinLineFill = 4096;
 

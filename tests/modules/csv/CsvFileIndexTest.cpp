@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The file index of the CSV module on a file that another program cuts short, while the index
-// is built and between building it and reading a window: what the file still holds, a log line,
-// and no signal. Each case runs in a child process, so that a crash fails only its test.
+// The file index of the CSV module: lines longer than a read of the file, and a file that
+// another program cuts short, while the index is built and between building it and reading a
+// window: what the file still holds, a log line, and no signal. Those cases run in a child
+// process, so that a crash fails only its test.
 #include "CsvFileIndex.h"
 #include "../ChildProcess.h"
 #include "CsvFolder.h"
@@ -111,4 +112,41 @@ TEST(CsvFileIndexCutShort, AFileCutBetweenIndexAndReadGivesTheLinesItStillHolds)
         EXPECT_FALSE(index.IsCurrent());
     };
     EXPECT_TRUE(RunsInChild(cutBeforeReading));
+}
+
+TEST(CsvFileIndex, LinesOfAnyLengthAreFoundAndNamedWhereverTheReadsOfTheFileEnd)
+{
+    // Lines longer than what a read fetches at once: one too long to be a line, one just short
+    // enough, a bad value behind both (its line number counted across them), and a last line
+    // without a line end.
+    CsvFolder folder;
+    const QByteArray longest = "2023-01-01 00:03;3";
+    const QString path = folder.Write("L.csv",
+        "timestamp;P\n"
+        "2023-01-01 00:00;1\n"
+        "2023-01-01 00:01;"
+            + QByteArray(3 * 1024 * 1024, '9') + "\n" // 3
+            + "2023-01-01 00:02;2\n" + longest
+            + QByteArray(static_cast<qsizetype>(Csv::MaxLineLength) - longest.size(), ' ') + "\n" // 5
+            + "2023-01-01 00:04;x\n" // 6
+            + "2023-01-01 00:05;5");
+    CsvFileIndex index(path);
+    std::vector<LogLine> log;
+    const auto sink = [&](qint16 level, const QString& text) { log.push_back({ level, text }); };
+    ASSERT_TRUE(index.Build(sink));
+    EXPECT_EQ(index.Rows(), 5);
+    const int channels[] = { 1 };
+    const MatrixBlockPtr block = MatrixBlock::Create();
+    MatrixBlock* const blocks[] = { block.get() };
+    EXPECT_TRUE(index.Read(channels, D(2023, 1, 1), D(2023, 1, 2), blocks, sink));
+    std::vector<std::pair<double, double>> samples;
+    for (qsizetype r = 0; r < block->Rows(); ++r)
+        samples.emplace_back(block->At(r, 0), block->At(r, 1));
+    EXPECT_EQ(samples,
+        (std::vector<std::pair<double, double>> { { D(2023, 1, 1), 1 }, { D(2023, 1, 1, 0, 2), 2 },
+            { D(2023, 1, 1, 0, 3), 3 }, { D(2023, 1, 1, 0, 5), 5 } }));
+    EXPECT_EQ(CountAt(log, 2, "line 3: the line is longer than"), 1);
+    EXPECT_EQ(CountAt(log, 2, "line 6: no number for \"P\""), 1);
+    EXPECT_EQ(log.size(), 2u);
+    EXPECT_TRUE(index.Error().isEmpty());
 }
