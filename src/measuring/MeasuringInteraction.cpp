@@ -418,13 +418,10 @@ QString Measuring::ToolTipText(const ChartHit& hit, const QPointF& pixel) const
         if (!chart->PixelToValue(pixel, ChartAxis::Y1, point, left)
             || !chart->PixelToValue(pixel, ChartAxis::Y2, point, right))
             return QString();
-        const bool first = chart->AxisVisible(ChartAxis::Y1);
-        const bool second = chart->AxisVisible(ChartAxis::Y2);
-        QString values;
-        if (first && second)
-            values = QStringLiteral("L: ") + Number(left) + QStringLiteral("\nR: ") + Number(right);
-        else
-            values = Number(second ? right : left);
+        // The values of both axes; the prefixes tell them apart only where both axes show.
+        const bool both = chart->AxisVisible(ChartAxis::Y1) && chart->AxisVisible(ChartAxis::Y2);
+        const QString values = (both ? QStringLiteral("L: ") : QString()) + Number(left) + QLatin1Char('\n')
+            + (both ? QStringLiteral("R: ") : QString()) + Number(right);
         return values + QLatin1Char('\n') + formatter.FormatDate(DateOfPoint(point), GetDateFormat(false));
     }
     return QString();

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// Rules of a view's time window: period starts, date formats, rows for time ticks, zoom history.
 #include "ViewPeriods.h"
 
 #include "Calendar.h"
@@ -157,63 +158,51 @@ QString PopZoom(const QString& history)
     return tab < 0 ? QString() : history.left(tab);
 }
 
-std::vector<qsizetype> RoundTimeRows(std::span<const double> times, qsizetype first, qsizetype last, int most)
+namespace {
+
+// A round step of time with its length in milliseconds (months and years at their shortest,
+// so that no step yields more ticks than counted).
+struct RoundStep
 {
-    std::vector<qsizetype> rows;
-    const auto count = static_cast<qsizetype>(times.size());
-    first = std::max<qsizetype>(first, 0);
-    last = std::min(last, count - 1);
-    if (most < 1 || first >= last)
-        return rows;
+    Calendar::Unit unit;
+    int count;
+    std::int64_t ms;
+};
+
+constexpr std::int64_t S = 1000, N = 60 * S, H = 60 * N, D = 24 * H;
+using U = Calendar::Unit;
+// Steps that divide a day, then days, a week, months and years, finest first.
+constexpr RoundStep RoundSteps[] = { { U::Second, 1, S }, { U::Second, 2, 2 * S }, { U::Second, 5, 5 * S },
+    { U::Second, 10, 10 * S }, { U::Second, 15, 15 * S }, { U::Second, 30, 30 * S }, { U::Minute, 1, N },
+    { U::Minute, 2, 2 * N }, { U::Minute, 5, 5 * N }, { U::Minute, 10, 10 * N }, { U::Minute, 15, 15 * N },
+    { U::Minute, 30, 30 * N }, { U::Hour, 1, H }, { U::Hour, 2, 2 * H }, { U::Hour, 3, 3 * H }, { U::Hour, 6, 6 * H },
+    { U::Hour, 12, 12 * H }, { U::Day, 1, D }, { U::Day, 2, 2 * D }, { U::Week, 1, 7 * D }, { U::Month, 1, 28 * D },
+    { U::Month, 2, 59 * D }, { U::Month, 3, 89 * D }, { U::Month, 6, 181 * D }, { U::Year, 1, 365 * D },
+    { U::Year, 2, 730 * D }, { U::Year, 5, 1826 * D }, { U::Year, 10, 3652 * D }, { U::Year, 20, 7305 * D },
+    { U::Year, 50, 18262 * D }, { U::Year, 100, 36524 * D } };
+
+// The rows first..last at or just after the round times of one step, each once, from at most
+// `limit` + 2 round times.
+std::vector<qsizetype> RowsAtStep(
+    std::span<const double> times, qsizetype first, qsizetype last, const RoundStep& step, std::int64_t limit)
+{
     const std::int64_t from = Calendar::ToMilliseconds(times[size_t(first)]);
     const std::int64_t to = Calendar::ToMilliseconds(times[size_t(last)]);
-    if (to <= from)
-        return rows;
-
-    // Steps that divide a day, then days, a week, months and years; each with its length in
-    // milliseconds (months and years at their shortest, so no step yields more ticks than
-    // counted).
-    struct Step
-    {
-        Calendar::Unit unit;
-        int count;
-        std::int64_t ms;
-    };
-    constexpr std::int64_t S = 1000, N = 60 * S, H = 60 * N, D = 24 * H;
-    using U = Calendar::Unit;
-    static const Step steps[] = { { U::Second, 1, S }, { U::Second, 2, 2 * S }, { U::Second, 5, 5 * S },
-        { U::Second, 10, 10 * S }, { U::Second, 15, 15 * S }, { U::Second, 30, 30 * S }, { U::Minute, 1, N },
-        { U::Minute, 2, 2 * N }, { U::Minute, 5, 5 * N }, { U::Minute, 10, 10 * N }, { U::Minute, 15, 15 * N },
-        { U::Minute, 30, 30 * N }, { U::Hour, 1, H }, { U::Hour, 2, 2 * H }, { U::Hour, 3, 3 * H },
-        { U::Hour, 6, 6 * H }, { U::Hour, 12, 12 * H }, { U::Day, 1, D }, { U::Day, 2, 2 * D },
-        { U::Week, 1, 7 * D }, { U::Month, 1, 28 * D }, { U::Month, 2, 59 * D }, { U::Month, 3, 89 * D },
-        { U::Month, 6, 181 * D }, { U::Year, 1, 365 * D }, { U::Year, 2, 730 * D }, { U::Year, 5, 1826 * D },
-        { U::Year, 10, 3652 * D }, { U::Year, 20, 7305 * D }, { U::Year, 50, 18262 * D },
-        { U::Year, 100, 36524 * D } };
-    const Step* step = nullptr;
-    for (const Step& candidate : steps)
-        if ((to - from) / candidate.ms + 1 <= most) {
-            step = &candidate;
-            break;
-        }
-    if (!step)
-        return rows;
 
     // The first round time at or after the first row's.
-    const double start = times[size_t(first)];
-    const Calendar::DateParts parts = Calendar::Split(start);
+    const Calendar::DateParts parts = Calendar::Split(times[size_t(first)]);
     double tick = 0;
-    if (step->ms < D) {
-        const std::int64_t aligned = (from + step->ms - 1) / step->ms * step->ms;
+    if (step.ms < D) {
+        const std::int64_t aligned = (from + step.ms - 1) / step.ms * step.ms;
         tick = double(aligned / D) + double(aligned % D) / double(D);
-    } else if (step->unit == U::Day || step->unit == U::Week) {
+    } else if (step.unit == U::Day || step.unit == U::Week) {
         double day = Calendar::FromParts(parts.year, parts.month, parts.day);
         if (Calendar::ToMilliseconds(day) < from)
             day += 1;
         // Weeks start on Monday (weekday 2, Sunday being 1).
-        tick = step->unit == U::Week ? day + double((9 - Calendar::Weekday(day)) % 7) : day;
+        tick = step.unit == U::Week ? day + double((9 - Calendar::Weekday(day)) % 7) : day;
     } else {
-        const int months = step->unit == U::Month ? step->count : 12 * step->count;
+        const int months = step.unit == U::Month ? step.count : 12 * step.count;
         // Months counted from January of year 0, so that quarters begin in January, April ...
         std::int64_t index = std::int64_t(parts.year) * 12 + parts.month - 1;
         if (Calendar::ToMilliseconds(Calendar::FromParts(parts.year, parts.month, 1)) < from)
@@ -222,19 +211,54 @@ std::vector<qsizetype> RoundTimeRows(std::span<const double> times, qsizetype fi
         tick = Calendar::FromParts(int(index / 12), int(index % 12) + 1, 1);
     }
 
+    std::vector<qsizetype> rows;
     const auto begin = times.begin() + first;
     const auto end = times.begin() + last + 1;
-    for (int n = 0; n <= most + 1; ++n) {
+    for (std::int64_t n = 0; n <= limit + 1; ++n) {
         const std::int64_t at = Calendar::ToMilliseconds(tick);
         if (at > to)
             break;
         // The first row at or after the round time, compared in whole milliseconds.
-        const auto found = std::partition_point(
-            begin, end, [at](double time) { return Calendar::ToMilliseconds(time) < at; });
+        const auto found
+            = std::partition_point(begin, end, [at](double time) { return Calendar::ToMilliseconds(time) < at; });
         const qsizetype row = first + qsizetype(found - begin);
         if (row <= last && (rows.empty() || row > rows.back()))
             rows.push_back(row);
-        tick = Calendar::Add(step->unit, step->count, tick);
+        tick = Calendar::Add(step.unit, step.count, tick);
+    }
+    return rows;
+}
+
+} // namespace
+
+std::vector<qsizetype> RoundTimeRows(std::span<const double> times, qsizetype first, qsizetype last, int most)
+{
+    const auto count = static_cast<qsizetype>(times.size());
+    first = std::max<qsizetype>(first, 0);
+    last = std::min(last, count - 1);
+    if (most < 1 || first >= last)
+        return {};
+    const std::int64_t from = Calendar::ToMilliseconds(times[size_t(first)]);
+    const std::int64_t to = Calendar::ToMilliseconds(times[size_t(last)]);
+    if (to <= from)
+        return {};
+
+    const auto fits = std::find_if(std::begin(RoundSteps), std::end(RoundSteps),
+        [&](const RoundStep& step) { return (to - from) / step.ms + 1 <= most; });
+    if (fits == std::end(RoundSteps))
+        return {};
+    std::vector<qsizetype> rows = RowsAtStep(times, first, last, *fits, most);
+    // A step that fits may have no round time within the rows (a month that begins after
+    // them): finer steps then give ticks, of which as many as fit are kept, evenly spread.
+    for (auto finer = fits; rows.empty() && finer != std::begin(RoundSteps);) {
+        --finer;
+        rows = RowsAtStep(times, first, last, *finer, (to - from) / finer->ms + 1);
+    }
+    if (rows.size() > size_t(most)) {
+        std::vector<qsizetype> spread;
+        for (int i = 0; i < most; ++i)
+            spread.push_back(rows[size_t(i) * rows.size() / size_t(most)]);
+        rows = std::move(spread);
     }
     return rows;
 }

@@ -28,7 +28,8 @@ QString DateFormat(bool forAxis, qint64 windowSeconds, const QString& intervalUn
 // Rows for the ticks of a time axis over the rows first..last of ascending times (dates):
 // those at or just after round times (whole minutes, quarter hours, midnights, Mondays, firsts
 // of the month, New Years ...), with the finest round step that gives at most `most` ticks.
-// Each row comes once; empty when the rows span no time or no step fits.
+// When no round time of that step falls within the rows, a finer step gives them, at most
+// `most`, evenly picked. Each row comes once; empty when the rows span no time or no step fits.
 std::vector<qsizetype> RoundTimeRows(std::span<const double> times, qsizetype first, qsizetype last, int most);
 
 // One earlier window: its dates and the ranges of both Y axes.

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The window of a view: layout of pane, splitter, chart and bars, the in-place editor, events.
 #include "frm_GraphicView.h"
 
 #include "ChartAdapter.h"
@@ -18,6 +19,8 @@
 #include <QStyle>
 #include <QToolButton>
 #include <QTreeWidget>
+
+#include <cmath>
 
 namespace {
 
@@ -56,7 +59,7 @@ frm_GraphicView::frm_GraphicView(QWidget* parent)
     stripLayout->addWidget(m_cHideButton);
     connect(m_cHideButton, &QToolButton::clicked, this, &frm_GraphicView::CloseStatistics);
 
-    // Shown over the view's top left corner while the pane is hidden.
+    // Shown in the view's bottom left corner while the pane is hidden.
     m_cShowButton = StripButton(this, QStyle::SP_ArrowRight, 445);
     m_cShowButton->setAutoRaise(false);
     m_cShowButton->hide();
@@ -143,7 +146,8 @@ void frm_GraphicView::AlignControls()
     AlignChart();
     m_cGrid->setGeometry(m_cChartBox->geometry());
 
-    m_cShowButton->setGeometry(left + 1, 1, 18, 18);
+    // In the bottom left corner of the view, beside the time bar and below the left bar's pin.
+    m_cShowButton->setGeometry(left + 1, std::max(0, h - BarHeight) + 1, BarHeight - 2, BarHeight - 2);
     m_cShowButton->setVisible(!pane);
     m_cShowButton->raise();
 }
@@ -157,19 +161,23 @@ void frm_GraphicView::AlignChart()
     const bool second = m_cChart->AxisVisible(ChartAxis::Y2) && h > 18 && w > 45;
     const int barHeight = std::max(0, h - BarHeight);
 
-    m_cVertical->setVisible(first);
-    m_cCorner->setVisible(first);
-    m_cVertical->setGeometry(0, 0, barWidth, barHeight);
-    m_cCorner->setGeometry(0, barHeight, barWidth, BarHeight);
-    m_cVertical2->setVisible(second);
-    m_cCorner2->setVisible(second);
-    m_cVertical2->setGeometry(w - barWidth, 0, barWidth, barHeight);
-    m_cCorner2->setGeometry(w - barWidth, barHeight, barWidth, BarHeight);
+    // A bar folded to its pin keeps only the pin's box, over the chart's top corner: the chart
+    // takes the bar's width. The corner below a bar stays while the bar is open or, on the
+    // left, while it holds the pane's show button.
+    const auto place = [&](ctl_VertNavBar* bar, QWidget* corner, bool shown, int x, bool keepCorner) {
+        const bool open = shown && !bar->Minimized();
+        bar->setVisible(shown);
+        bar->setGeometry(x, 0, barWidth, open ? barHeight : std::min(barHeight, bar->sizeHint().height()));
+        bar->raise();
+        corner->setVisible(open || keepCorner);
+        corner->setGeometry(x, barHeight, barWidth, BarHeight);
+        return std::pair(open ? barWidth : 0, open || keepCorner ? barWidth : 0);
+    };
+    const auto [chartLeft, navLeft] = place(m_cVertical, m_cCorner, first, 0, !m_bStatisticVisible);
+    const auto [chartRight, navRight] = place(m_cVertical2, m_cCorner2, second, w - barWidth, false);
 
-    const int left = first ? barWidth : 0;
-    const int right = second ? w - barWidth : w;
-    m_cChart->setGeometry(left, 0, std::max(0, right - left), barHeight);
-    m_cNavigate->setGeometry(left, barHeight, std::max(0, right - left), std::min(h, BarHeight));
+    m_cChart->setGeometry(chartLeft, 0, std::max(0, w - chartLeft - chartRight), barHeight);
+    m_cNavigate->setGeometry(navLeft, barHeight, std::max(0, w - navLeft - navRight), std::min(h, BarHeight));
 }
 
 bool frm_GraphicView::SplitterEvent(QEvent* event)
@@ -211,8 +219,20 @@ void frm_GraphicView::StartTextEdit(int x, int y, int width, int height, qint32 
 {
     emit EditFinished(m_sEditId, m_cEdit->toPlainText(), false);
 
+    if (font) {
+        QFont chosen(font->family(), font->pointSize());
+        chosen.setBold(font->bold());
+        m_cEdit->setFont(chosen);
+    } else {
+        m_cEdit->setFont(QFont(QStringLiteral("MS Sans Serif"), 8));
+    }
+    // At least one line of that font fits between the frame and the document's margins, so
+    // that no letter is cut off below.
+    const QMargins frame = m_cEdit->contentsMargins();
+    const int margin = static_cast<int>(std::ceil(m_cEdit->document()->documentMargin()));
+    const int lineHeight = QFontMetrics(m_cEdit->font()).lineSpacing() + 2 * margin + frame.top() + frame.bottom();
     const QPoint origin = m_cChart->mapTo(this, QPoint(0, 0));
-    m_cEdit->setGeometry(origin.x() + x, origin.y() + y, width, height);
+    m_cEdit->setGeometry(origin.x() + x, origin.y() + y, width, std::max(height, lineHeight));
     QPalette palette = m_cEdit->palette();
     palette.setColor(QPalette::Base, CurveColors::ToColor(backColor));
     m_cEdit->setPalette(palette);
@@ -222,13 +242,6 @@ void frm_GraphicView::StartTextEdit(int x, int y, int width, int height, qint32 
     option.setAlignment(alignment == 1 ? Qt::AlignRight : alignment == 2 ? Qt::AlignHCenter : Qt::AlignLeft);
     m_cEdit->document()->setDefaultTextOption(option);
     m_cEdit->selectAll();
-    if (font) {
-        QFont chosen(font->family(), font->pointSize());
-        chosen.setBold(font->bold());
-        m_cEdit->setFont(chosen);
-    } else {
-        m_cEdit->setFont(QFont(QStringLiteral("MS Sans Serif"), 8));
-    }
     m_cEdit->show();
     m_cEdit->raise();
     m_cEdit->setFocus();

@@ -17,6 +17,8 @@
 #include <QToolTip>
 #include <QTreeWidget>
 
+#include <map>
+
 namespace {
 
 using measuring_fixture::D;
@@ -64,6 +66,33 @@ TEST_F(GraphicViewTest, PaneSplitterAndViewModes)
     EXPECT_FALSE(view.pic_Chart()->isVisible());
 }
 
+TEST_F(GraphicViewTest, ShowButtonAndFoldedBarsLeaveTheChartItsRoom)
+{
+    ChartAdapter& chart = *view.chart_View();
+    chart.SetAxisVisible(ChartAxis::Y2, true);
+    view.SetStatisticVisible(false);
+    const auto inView = [&](const QWidget* widget) { return QRect(widget->mapTo(&view, QPoint()), widget->size()); };
+    ctl_VertNavBar& left = *view.nav_Vertical();
+    ctl_VertNavBar& right = *view.nav_Vertical2();
+    const QRect show = inView(view.ShowStatisticsButton());
+    ASSERT_TRUE(view.ShowStatisticsButton()->isVisible());
+    const std::vector<const QWidget*> others = { left.Pin(0), left.Button(0), &chart, view.nav_Navigate() };
+    for (const QWidget* other : others)
+        EXPECT_FALSE(show.intersects(inView(other))) << other->objectName().toStdString();
+    EXPECT_EQ(chart.geometry(), QRect(20, 0, 1005 - 40, 580));
+
+    // Folded, a bar keeps its pin over the chart, which takes the bar's width.
+    left.SetMinimized(true);
+    EXPECT_EQ(chart.geometry(), QRect(0, 0, 1005 - 20, 580));
+    right.SetMinimized(true);
+    EXPECT_EQ(chart.geometry(), QRect(0, 0, 1005, 580));
+    EXPECT_TRUE(left.Pin(1)->isVisible() && right.Pin(1)->isVisible());
+    EXPECT_FALSE(show.intersects(inView(left.Pin(1))));
+    QTest::mouseClick(left.Pin(1), Qt::LeftButton);
+    EXPECT_EQ(chart.geometry(), QRect(20, 0, 1005 - 20, 580));
+    EXPECT_TRUE(left.Button(0)->isVisible());
+}
+
 TEST_F(GraphicViewTest, InPlaceEditorEndsOnEnterAndEscape)
 {
     QSignalSpy finished(&view, &frm_GraphicView::EditFinished);
@@ -78,9 +107,19 @@ TEST_F(GraphicViewTest, InPlaceEditorEndsOnEnterAndEscape)
     EXPECT_EQ(finished.first(), QList<QVariant>({ "-1001", "Title\n2", false }));
     EXPECT_FALSE(view.Editing());
 
-    view.StartTextEdit(0, 0, 100, 20, 0, "note", "-1000", nullptr, 0);
+    // The title's font at the title strip's height: the editor grows until a line fits, a
+    // taller box keeps its height.
+    QFont title(QStringLiteral("Arial"), 12);
+    title.setBold(true);
+    view.StartTextEdit(0, 0, 300, 20, 0x00FFFFFF, "Title", "-1001", &title, 2);
+    QPlainTextEdit& edit = *view.txt_Edit();
+    const QRect line = edit.cursorRect(QTextCursor(edit.document()));
+    EXPECT_TRUE(edit.viewport()->rect().contains(line))
+        << "line " << line.top() << " to " << line.bottom() << " in " << edit.viewport()->height();
+    view.StartTextEdit(0, 0, 100, 60, 0, "note", "-1000", &title, 0);
+    EXPECT_EQ(edit.height(), 60);
     view.StartTextEdit(0, 0, 100, 20, 0, "C7_1", "C7_1", nullptr, 0);
-    EXPECT_EQ(finished.at(2), QList<QVariant>({ "-1000", "note", false })) << "an open edit is not lost";
+    EXPECT_EQ(finished.at(3), QList<QVariant>({ "-1000", "note", false })) << "an open edit is not lost";
     QTest::keyClick(view.txt_Edit(), Qt::Key_Escape);
     EXPECT_EQ(finished.last(), QList<QVariant>({ "C7_1", "", true }));
 }
@@ -286,6 +325,17 @@ TEST_F(ChartInteractionTest, TipsTellValuesAndTimes)
     const QString time = format.FormatDate(D(2009, 2, 10, 10), measuring->GetDateFormat(false));
     EXPECT_EQ(TipAt(PixelOf(power->SeriesID(), 40)), "Power\n" + format.FormatNumber(10, u"0.00") + " kW\n" + time);
 
+    // Over the plot area: the values of both axes, told apart only when both show.
+    const auto areaValues = [&](QPoint at) {
+        double point = 0, left = 0, right = 0;
+        Chart().PixelToValue(at, ChartAxis::Y1, point, left);
+        Chart().PixelToValue(at, ChartAxis::Y2, point, right);
+        return QStringList { format.FormatNumber(left, u"0.00"), format.FormatNumber(right, u"0.00") };
+    };
+    ASSERT_FALSE(Chart().AxisVisible(ChartAxis::Y2));
+    const QPoint corner = Chart().PlotArea().topLeft() + QPoint(5, 5);
+    EXPECT_EQ(TipAt(corner).split('\n').mid(0, 2), areaValues(corner));
+
     Curve* factor = Add("3$L#2");
     factor->SetName("Factor");
     measuring->Refresh(true);
@@ -294,8 +344,62 @@ TEST_F(ChartInteractionTest, TipsTellValuesAndTimes)
     EXPECT_EQ(
         TipAt(PixelOf(factor->SeriesID(), 40)), "Factor\n" + format.FormatNumber(0.9, u"0.00") + " cos phi\n" + time)
         << "the folded power factor shows as what was measured";
-    const QString area = TipAt(Chart().PlotArea().topLeft() + QPoint(5, 5));
-    EXPECT_TRUE(area.startsWith("L: ") && area.contains("\nR: ")) << area.toStdString();
+    const QPoint newCorner = Chart().PlotArea().topLeft() + QPoint(5, 5);
+    const QStringList both = areaValues(newCorner);
+    EXPECT_EQ(TipAt(newCorner).split('\n').mid(0, 2), QStringList({ "L: " + both[0], "R: " + both[1] }));
+}
+
+TEST_F(ChartInteractionTest, FittingAnAxisFromItsBarIsDrawnAtOnce)
+{
+    OpenDay();
+    frm_GraphicView& view = *measuring->Window();
+    view.show();
+    QCoreApplication::processEvents();
+    Chart().SetAxisRange(ChartAxis::Y1, 0, 1000);
+    Chart().Replot();
+    const QImage squeezed = Chart().grab().toImage();
+    QTest::mouseClick(view.nav_Vertical()->AdjustButton(), Qt::LeftButton);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(Chart().AxisMax(ChartAxis::Y1), 23) << "the hours of the day";
+    EXPECT_TRUE(Chart().grab().toImage() != squeezed) << "the fitted range is drawn";
+}
+
+TEST_F(ChartInteractionTest, XLabelsFallOnRoundTimesAndNeverGetFewerWhenWider)
+{
+    Open(60);
+    Add("3$L#1");
+    measuring->SetShowStatistics(false);
+    measuring->Window()->show();
+    Day();
+    const auto labelsAt = [&](int width) {
+        measuring->Window()->resize(width, 600);
+        QCoreApplication::processEvents();
+        return Chart().AxisTickLabels(ChartAxis::X);
+    };
+    // Widths in a mixed order, each drawn right after another.
+    std::map<int, qsizetype> counts;
+    for (const int width : { 1600, 500, 2000, 900, 1200, 300 }) {
+        const QStringList labels = labelsAt(width);
+        counts[width] = labels.size();
+        for (const QString& label : labels)
+            EXPECT_TRUE(label.endsWith(":00")) << width << ": " << label.toStdString();
+    }
+    qsizetype fewer = 0;
+    for (const auto& [width, count] : counts) {
+        EXPECT_GE(count, fewer) << width << " pixels";
+        fewer = count;
+    }
+    EXPECT_GT(counts[2000], counts[300]);
+
+    // Three and a half weeks on a narrow chart, with no first of a month within: Mondays.
+    Window(D(2009, 2, 3), D(2009, 2, 28));
+    measuring->Refresh(true);
+    for (const int width : { 150, 400 }) {
+        const QStringList labels = labelsAt(width);
+        EXPECT_FALSE(labels.isEmpty()) << width;
+        for (const QString& label : labels)
+            EXPECT_TRUE(label.endsWith(" 00:00")) << width << ": " << label.toStdString();
+    }
 }
 
 // The view as a user sees it: two curves on two axes with statistics and cursors, as chart and as table.

@@ -6,6 +6,7 @@
 #include <QColor>
 #include <QImage>
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 
 #include <functional>
@@ -133,6 +134,10 @@ public:
     // none, the ticks fall on evenly spaced whole point numbers.
     using TickHandler = std::function<std::vector<double>(double lower, double upper, int most)>;
     void SetXTickHandler(TickHandler handler);
+    // The ticks of an axis as last laid out (in the widget or a picture): their values (point
+    // numbers on the X axis) and label texts, in ascending order.
+    std::vector<double> AxisTickValues(int axis) const;
+    QStringList AxisTickLabels(int axis) const;
 
     // --- constant lines: horizontal on a Y axis, vertical on the X axis
     int ConstantLineCount() const;

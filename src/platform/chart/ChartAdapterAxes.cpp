@@ -204,3 +204,18 @@ void ChartAdapter::SetXTickHandler(TickHandler handler)
 {
     d->tickers[ChartAxis::X]->SetTickHandler(std::move(handler));
 }
+
+std::vector<double> ChartAdapter::AxisTickValues(int axis) const
+{
+    const QCPAxis* a = d->Axis(axis);
+    if (!a)
+        return {};
+    const QVector<double> ticks = a->tickVector();
+    return std::vector<double>(ticks.begin(), ticks.end());
+}
+
+QStringList ChartAdapter::AxisTickLabels(int axis) const
+{
+    const QCPAxis* a = d->Axis(axis);
+    return a ? QStringList(a->tickVectorLabels()) : QStringList();
+}
