@@ -105,8 +105,27 @@ std::optional<std::uint64_t> ScaledExactly(std::uint64_t mantissa, int binaryExp
     return static_cast<std::uint64_t>(quotient);
 }
 
-// The exact digits for values from about 1e-5 to 1e34, the range of measured values; others
-// go through the library's printf-style conversion, which rounds the same way.
+constexpr double Pow10Double[] = { 1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+    1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22 }; // all exact in a double
+
+// round(value * 10^scale) for a result below 1e15, where the product's own rounding error is at
+// most 1/16: a result that is clearly not near a tie is the exact rounding. Nothing otherwise.
+std::optional<std::uint64_t> ScaledQuickly(double value, int scale)
+{
+    if (scale < 0 || scale > 22)
+        return std::nullopt;
+    const double scaled = value * Pow10Double[scale];
+    if (!(scaled < 0x1p50)) // beyond 1e15, or the error bound no longer holds
+        return scaled < 0x1p52 ? std::optional<std::uint64_t>(Beyond15) : std::nullopt;
+    const double nearest = (scaled + 0x1p52) - 0x1p52; // round to the nearest whole number
+    if (std::fabs(scaled - nearest) > 0.4375)
+        return std::nullopt;
+    return static_cast<std::uint64_t>(nearest);
+}
+
+// Fifteen digits exactly as the library's printf-style conversion rounds them: a product in
+// doubles where that is sure to be right, exact integers near a tie, the library itself for
+// values beyond about 1e-5 to 1e34.
 Digits15 RoundTo15(double value)
 {
     const auto bits = std::bit_cast<std::uint64_t>(value);
@@ -114,19 +133,19 @@ Digits15 RoundTo15(double value)
     if (biased != 0) {
         const std::uint64_t mantissa = (bits & ((std::uint64_t(1) << 52) - 1)) | std::uint64_t(1) << 52;
         const int binaryExponent = biased - 1075;
-        // The binary exponent times log10(2), floored: the decimal exponent or one less.
+        // The binary exponent times log10(2), floored: the decimal exponent or one less. A
+        // result of 1e15 means the exponent was one short, or the digits rounded up to it.
         int exponent = ((biased - 1023) * 78913) >> 18;
-        std::optional<std::uint64_t> digits = ScaledExactly(mantissa, binaryExponent, SignificantDigits - 1 - exponent);
-        if (digits && *digits >= Beyond15) {
-            ++exponent;
-            digits = ScaledExactly(mantissa, binaryExponent, SignificantDigits - 1 - exponent);
-            if (digits && *digits >= Beyond15) { // rounded up to the next power of ten
-                *digits /= 10;
-                ++exponent;
-            }
+        for (int attempt = 0; attempt < 3; ++attempt, ++exponent) {
+            const int scale = SignificantDigits - 1 - exponent;
+            std::optional<std::uint64_t> digits = ScaledQuickly(value, scale);
+            if (!digits)
+                digits = ScaledExactly(mantissa, binaryExponent, scale);
+            if (!digits || *digits < Lowest15)
+                break;
+            if (*digits < Beyond15)
+                return { *digits, exponent };
         }
-        if (digits && *digits >= Lowest15)
-            return { *digits, exponent };
     }
     char text[32];
     const auto result
@@ -159,14 +178,23 @@ char* AppendNumber(char* out, double value)
         value = -value;
     }
     const Digits15 d = RoundTo15(value);
+    // The first seven digits and the last eight; readings with few decimals end in eight zeros.
     char digits[SignificantDigits];
-    std::uint64_t rest = d.digits;
-    for (int i = SignificantDigits - 2; i >= 1; i -= 2) {
-        std::memcpy(digits + i, DigitPairs + (rest % 100) * 2, 2);
-        rest /= 100;
+    auto high = static_cast<std::uint32_t>(d.digits / 100000000);
+    auto low = static_cast<std::uint32_t>(d.digits % 100000000);
+    int count = 7;
+    if (low != 0) {
+        count = SignificantDigits;
+        for (int i = SignificantDigits - 2; i >= 7; i -= 2) {
+            std::memcpy(digits + i, DigitPairs + (low % 100) * 2, 2);
+            low /= 100;
+        }
     }
-    digits[0] = static_cast<char>('0' + rest);
-    int count = SignificantDigits;
+    for (int i = 5; i >= 1; i -= 2) {
+        std::memcpy(digits + i, DigitPairs + (high % 100) * 2, 2);
+        high /= 100;
+    }
+    digits[0] = static_cast<char>('0' + high);
     while (count > 1 && digits[count - 1] == '0')
         --count;
 
