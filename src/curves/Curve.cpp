@@ -193,33 +193,40 @@ qint32 Curve::UpdateData(double dateFrom, double dateTo, TimeValueTransformator&
     Q_UNUSED(dateTo);
     if (!m_cResult)
         m_cResult = std::make_shared<DataMatrix>();
-    if (!m_cResult->DataBlock())
-        m_cResult->SetDataBlock(MatrixBlock::Create());
-    const MatrixBlockPtr result = m_cResult->DataBlock();
-    result->SetName(QStringLiteral("RESULT"));
+
+    // Each channel goes onto the grid; its raw block is gone from here on.
+    transformator.Clear();
+    for (size_t n = 0; n < m_cChannels.size(); ++n) {
+        DataMatrix& channel = *m_cChannels[n].matrix;
+        const QString name = QString::number(n);
+        if (!channel.DataBlock())
+            continue;
+        transformator.Add(*channel.DataBlock(), name, channel.DataType());
+        if (MatrixBlockPtr grid = transformator.Data(name))
+            channel.SetDataBlock(std::move(grid));
+    }
 
     MatrixScriptEngine* engine = g_cScriptEngine;
     qint32 status = -1;
-    if (engine) {
+    const MatrixBlockPtr single = m_cChannels.size() == 1 ? m_cChannels.front().matrix->DataBlock() : nullptr;
+    if (engine && single && single->Columns() >= 2) {
+        // One channel is its own sum: the result is its grid block, not a copy of it.
+        m_cResult->SetDataBlock(single);
+        status = 0;
+    } else if (engine) {
+        if (!m_cResult->DataBlock() || m_cResult->DataBlock() == single)
+            m_cResult->SetDataBlock(MatrixBlock::Create());
         engine->Variables().Clear();
-        engine->Variables().Add(result);
+        m_cResult->DataBlock()->SetName(QStringLiteral("RESULT"));
+        engine->Variables().Add(m_cResult->DataBlock());
         QString script = QStringLiteral("RESULT = ");
-        transformator.Clear();
         for (size_t n = 0; n < m_cChannels.size(); ++n) {
-            DataMatrix& channel = *m_cChannels[n].matrix;
-            const QString name = QString::number(n);
-            if (channel.DataBlock()) {
-                transformator.Add(*channel.DataBlock(), name, channel.DataType());
-                if (MatrixBlockPtr grid = transformator.Data(name))
-                    channel.SetDataBlock(std::move(grid)); // the raw block is gone from here on
-            }
-            if (const MatrixBlockPtr& block = channel.DataBlock()) {
-                block->SetName(QStringLiteral("CHANNEL_") + name);
+            const QString name = QStringLiteral("CHANNEL_") + QString::number(n);
+            if (const MatrixBlockPtr& block = m_cChannels[n].matrix->DataBlock()) {
+                block->SetName(name);
                 engine->Variables().Add(block);
             }
-            if (n > 0)
-                script += QStringLiteral(" + ");
-            script += QStringLiteral("CHANNEL_") + name;
+            script += (n > 0 ? QStringLiteral(" + ") : QString()) + name;
         }
         engine->SetScript(script);
         status = engine->Execute();
@@ -229,13 +236,26 @@ qint32 Curve::UpdateData(double dateFrom, double dateTo, TimeValueTransformator&
         return status;
     }
 
+    const MatrixBlockPtr& result = m_cResult->DataBlock();
+    result->SetName(QStringLiteral("RESULT"));
     if (!m_cChannels.empty())
         m_cResult->SetDataType(m_cChannels.front().matrix->DataType());
-    for (const auto& statistic : m_cStatistics)
-        if (statistic->Update(result) != StatisticStatus::Ok)
-            statistic->SetVisible(false);
+    // Statistics nobody shows are computed when they are first asked for.
+    for (const auto& statistic : m_cStatistics) {
+        statistic->MarkStale();
+        if (statistic->Used())
+            RefreshStatistic(*statistic);
+    }
     m_bChartDirty = true;
     return 0;
+}
+
+void Curve::RefreshStatistic(Statistic& statistic)
+{
+    if (!statistic.Stale() || !m_cResult || !m_cResult->DataBlock())
+        return;
+    if (statistic.Update(m_cResult->DataBlock()) != StatisticStatus::Ok)
+        statistic.SetVisible(false);
 }
 
 int Curve::DistributeAxisTitle()
@@ -318,6 +338,8 @@ qint32 Curve::UpdateChart(ChartAdapter* chart, bool fitRange)
     const QColor color = CurveColors::ToColor(m_cSeriesProperties.Color);
     const int axis = target.SeriesAxis(m_lSeriesID);
     for (const auto& statistic : m_cStatistics) {
+        if (statistic->Used())
+            RefreshStatistic(*statistic);
         if (statistic->Used() && statistic->DisplayType() == Statistic::DisplayLine) {
             if (statistic->ConstantLine() == -1) {
                 const int line = target.AddConstantLine();

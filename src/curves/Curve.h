@@ -111,6 +111,9 @@ public:
     QTreeWidget* Tree() const { return m_cTree; }
     CurveGrid* Grid() const { return m_cGrid; }
 
+    // Computes a statistic on the current result when it hasn't been since the data changed.
+    void RefreshStatistic(Statistic& statistic);
+
 private:
     int DistributeAxisTitle();
     void RetagCursors();

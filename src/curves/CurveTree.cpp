@@ -102,6 +102,7 @@ qint32 Curve::UpdateStatistic(QTreeWidget* tree)
             const int at = previous && previous->parent() == curveNode ? curveNode->indexOfChild(previous) + 1 : 0;
             curveNode->insertChild(at, node);
         }
+        RefreshStatistic(*statistic);
         // The values of a power factor are shown as measured, like its cursors and table
         // cells; its scatter, sum and count are no power factors and show as computed.
         double display = 0;

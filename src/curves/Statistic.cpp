@@ -67,6 +67,7 @@ qint32 Statistic::Update(const MatrixBlockPtr& data)
         return StatisticStatus::NoData;
     }
     qint32 status = StatisticStatus::Ok;
+    m_bStale = false;
     const MatrixBlockPtr result = MatrixBlock::Create(0, 0, QStringLiteral("RESULT"));
     data->SetName(QStringLiteral("DATA"));
 

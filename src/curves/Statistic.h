@@ -64,6 +64,9 @@ public:
     // Runs the value script, then the time script, over data (column 0 time, column 1 values)
     // on the shared script engine. Returns a StatisticStatus.
     qint32 Update(const MatrixBlockPtr& data);
+    // The data changed and Update hasn't run on it yet.
+    bool Stale() const { return m_bStale; }
+    void MarkStale() { m_bStale = true; }
 
     // Reads FormatNumber, UseDate and FormatDate from the key.
     void ReadFromRegistry(Hive hive, const QString& key, const QString& defaultFormat);
@@ -75,6 +78,7 @@ public:
     void SetDateFormat(const QString& format) { m_sFormatDate = format; }
 
 private:
+    bool m_bStale = false;
     bool RunScript(
         const QString& script, const MatrixBlockPtr& result, const MatrixBlockPtr& data, const QString& title);
 

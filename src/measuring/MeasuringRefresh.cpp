@@ -322,10 +322,11 @@ void Measuring::RefreshData(double dateFrom, double dateTo, Curve* curve, bool a
             m_cHost.SendMessage(QStringLiteral("PROGRESS_UPDATE"),
                 progress + QLatin1Char(';') + QString::number(double(i + 1) / double(m_cCurves.size())));
         }
+        // The times of the first channel's grid rows are the grid's own: shared, not copied.
         m_cFirstBlock.reset();
         if (!m_cCurves.empty() && !m_cCurves.front()->Channels().empty()
             && m_cCurves.front()->Channels().front().matrix->DataBlock())
-            m_cFirstBlock = m_cCurves.front()->Channels().front().matrix->DataBlock()->Clone();
+            m_cFirstBlock = grid.Time();
         m_cHost.SendMessage(QStringLiteral("PROGRESS_END"), progress);
     }
 

@@ -95,6 +95,8 @@ TEST_F(CurveTest, ChannelsAreSummedOnTheGridAndStatisticsTaken)
     curve.AddMatrix(Channel(7, "1", "P", "kW", { 10, NoValue, 30, 40 }, 5));
     curve.AddMatrix(Channel(7, "2", "P", "kW", { 100, 200, 300, 400 }, 5));
     curve.FindStatistic("2")->SetFormulaValue("RESULT = mean(");
+    for (const char* id : { "1", "2", "5" })
+        curve.FindStatistic(id)->SetUsed(true);
     ASSERT_EQ(Compute(curve, 4), 0);
     ASSERT_TRUE(curve.Result());
     EXPECT_EQ(curve.Result()->DataType(), 3) << "the first channel's type";
@@ -110,6 +112,9 @@ TEST_F(CurveTest, ChannelsAreSummedOnTheGridAndStatisticsTaken)
     EXPECT_EQ(curve.FindStatistic("5")->Value(), 3) << "rows with a gap are not counted";
     EXPECT_FALSE(curve.FindStatistic("2")->Visible()) << "a failing statistic is hidden";
     EXPECT_TRUE(curve.FindStatistic("1")->Visible());
+    EXPECT_TRUE(curve.FindStatistic("4")->Stale()) << "a statistic nobody shows waits until it is asked for";
+    curve.RefreshStatistic(*curve.FindStatistic("4"));
+    EXPECT_EQ(curve.FindStatistic("4")->Value(), 111 + 333 + 444);
 }
 
 TEST_F(CurveTest, CurveWithoutChannelsHasNoResultAndKeepsStatistics)
