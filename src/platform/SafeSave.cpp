@@ -71,25 +71,18 @@ bool SafeSave::open(OpenMode mode)
         setErrorString(QStringLiteral("No file name"));
         return false;
     }
-    m_target = FollowLinks(m_fileName);
-    if (m_target.isEmpty()) {
-        setErrorString(QStringLiteral("Too many levels of symbolic links"));
-        return false;
-    }
-    if (QFileInfo(m_target).isDir()) {
-        setErrorString(QStringLiteral("The name belongs to a folder"));
-        return false;
-    }
-
 #ifdef Q_OS_UNIX
+    // stat() follows every link, also those of the system that name no file in a folder, such
+    // as /dev/stdout onto a pipe: whatever is not a regular file or a folder is written in place.
     struct stat status
     {
     };
-    const QByteArray target = QFile::encodeName(m_target);
-    if (::stat(target.constData(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    const QByteArray name = QFile::encodeName(m_fileName);
+    if (::stat(name.constData(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+        m_target = QFileInfo(m_fileName).absoluteFilePath();
         // Opened without O_CREAT, so nothing is ever made in its place, and without waiting,
         // so that a pipe without a reader fails here instead of blocking the program.
-        const int fd = ::open(target.constData(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        const int fd = ::open(name.constData(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
         if (fd < 0) {
             const int error = errno;
             setErrorString(error == ENXIO && S_ISFIFO(status.st_mode) ? QStringLiteral("No program reads from the pipe")
@@ -105,6 +98,16 @@ bool SafeSave::open(OpenMode mode)
     }
 #endif
 
+    // A regular file is replaced in the folder of the file its links lead to.
+    m_target = FollowLinks(m_fileName);
+    if (m_target.isEmpty()) {
+        setErrorString(QStringLiteral("Too many levels of symbolic links"));
+        return false;
+    }
+    if (QFileInfo(m_target).isDir()) {
+        setErrorString(QStringLiteral("The name belongs to a folder"));
+        return false;
+    }
     m_atomic = std::make_unique<QSaveFile>(m_target);
     if (!m_atomic->open(WriteOnly)) {
         setErrorString(m_atomic->errorString());

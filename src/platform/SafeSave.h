@@ -27,7 +27,8 @@ public:
     SafeSave& operator=(const SafeSave&) = delete;
 
     QString fileName() const { return m_fileName; }
-    // The file that is actually written: the name with its symbolic links followed.
+    // Known once opened: the file that is replaced, the name with its symbolic links followed;
+    // for a device or a pipe, written in place, the name as given.
     QString targetName() const { return m_target; }
 
     // Only WriteOnly (with Truncate or Unbuffered) is accepted.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Saving onto regular files, links, pipes and devices: what is replaced, what stays, what fails.
 #include "SafeSave.h"
+#include "QtPrinters.h"
 
 #include <QDir>
 #include <QFile>
@@ -188,6 +189,22 @@ TEST_F(SafeSaveTest, PipeIsWrittenInPlaceAndOnlyWhileSomebodyReads)
     EXPECT_EQ(QByteArray(buffer, int(std::max<ssize_t>(got, 0))), "a,b\r\n1,2\r\n");
     EXPECT_EQ(KindOf(path), Kind::Pipe);
     EXPECT_EQ(Entries(), QStringList { "pipe" });
+
+    // A link to the pipe, and a name that only the system resolves (an open descriptor of an
+    // unnamed pipe, as /dev/stdout is), lead to the pipe.
+    ASSERT_EQ(::symlink("pipe", QFile::encodeName(Path("to-pipe")).constData()), 0);
+    EXPECT_EQ(Save(Path("to-pipe"), "linked"), QString());
+    EXPECT_EQ(KindOf(Path("to-pipe")), Kind::Link);
+    int unnamed[2];
+    ASSERT_EQ(::pipe(unnamed), 0);
+    EXPECT_EQ(Save(QStringLiteral("/proc/self/fd/%1").arg(unnamed[1]), "unnamed"), QString());
+    ::close(unnamed[1]);
+    char through[64] = {};
+    const ssize_t linked = ::read(reader, through, sizeof through);
+    EXPECT_EQ(QByteArray(through, int(std::max<ssize_t>(linked, 0))), "linked");
+    const ssize_t viaSystem = ::read(unnamed[0], through, sizeof through);
+    ::close(unnamed[0]);
+    EXPECT_EQ(QByteArray(through, int(std::max<ssize_t>(viaSystem, 0))), "unnamed");
 
     // A reader that goes away mid-save fails the save instead of ending the program.
     SafeSave orphaned(path);
