@@ -124,8 +124,11 @@ void Logging::WriteLog(const QString& title, const QString& message, const QStri
     if (error == 0)
         return;
     m_skipped = error == ENXIO || error == EAGAIN || error == EWOULDBLOCK || error == EPIPE;
-    Warn(m_skipped ? QStringLiteral("is skipped") : QStringLiteral("cannot be written"),
-        QString::fromLocal8Bit(std::strerror(error)));
+    const QString reason = error == ENXIO         ? QStringLiteral("no program reads from the pipe")
+        : error == EPIPE                          ? QStringLiteral("the program reading from the pipe has stopped")
+        : error == EAGAIN || error == EWOULDBLOCK ? QStringLiteral("the pipe is full")
+                                                  : QString::fromLocal8Bit(std::strerror(error));
+    Warn(m_skipped ? QStringLiteral("is skipped") : QStringLiteral("cannot be written"), reason);
 #else
     QFile file(m_fileName);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append) || file.write(line) != line.size())
