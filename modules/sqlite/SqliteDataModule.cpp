@@ -6,6 +6,7 @@
 #include "SqliteSchema.h"
 #include "frm_SqliteConfig.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
@@ -30,26 +31,11 @@ constexpr std::string_view FirstSql = "SELECT time FROM samples WHERE channel = 
 constexpr std::string_view LastSql = "SELECT time FROM samples WHERE channel = ?1 ORDER BY time DESC LIMIT 1";
 constexpr std::string_view ExistsSql = "SELECT 1 FROM channels WHERE id = ?1";
 
-// Parents before children: a breadth-first walk from the top-level entries. Entries whose
-// parent is missing count as top level, so that they are still listed.
-constexpr std::string_view CategoriesSql = R"SQL(
-WITH RECURSIVE tree(id, depth) AS (
-    SELECT id, 0 FROM categories
-     WHERE parent IS NULL OR parent < 1 OR parent NOT IN (SELECT id FROM categories)
-    UNION ALL
-    SELECT c.id, t.depth + 1 FROM categories c JOIN tree t ON c.parent = t.id
-)
-SELECT c.id, c.name, c.remark, c.parent, c.kind FROM tree t JOIN categories c ON c.id = t.id
- ORDER BY t.depth, c.id)SQL";
-constexpr std::string_view ChannelsSql = R"SQL(
-WITH RECURSIVE tree(id, depth) AS (
-    SELECT id, 0 FROM channels
-     WHERE parent_channel IS NULL OR parent_channel < 1 OR parent_channel NOT IN (SELECT id FROM channels)
-    UNION ALL
-    SELECT c.id, t.depth + 1 FROM channels c JOIN tree t ON c.parent_channel = t.id
-)
-SELECT c.id, c.name, c.category, c.parent_channel, c.path_id FROM tree t JOIN channels c ON c.id = t.id
- ORDER BY t.depth, c.category, c.id)SQL";
+constexpr std::string_view CategoriesSql = "SELECT id, name, remark, parent, kind FROM categories";
+constexpr std::string_view ChannelsSql = "SELECT id, name, category, parent_channel, path_id FROM channels";
+
+// At most this many ids are named in one log line.
+constexpr std::size_t NamedIds = 10;
 
 QString ColumnText(sqlite3_stmt* statement, int column)
 {
@@ -80,6 +66,25 @@ bool SamePath(const QString& a, const QString& b)
 QString FormatSeconds(double seconds)
 {
     return QString::number(seconds, 'g', 15);
+}
+
+QString IdList(const std::vector<qint64>& ids)
+{
+    QStringList named;
+    for (std::size_t i = 0; i < ids.size() && i < NamedIds; ++i)
+        named << QString::number(ids[i]);
+    QString text = named.join(QStringLiteral(", "));
+    if (ids.size() > NamedIds)
+        text += QStringLiteral(" and %1 more").arg(ids.size() - NamedIds);
+    return text;
+}
+
+// The text of a log line ("Reading the samples ...") as the start of a reason ("reading ...").
+QString LowerFirst(QString text)
+{
+    if (!text.isEmpty())
+        text[0] = text[0].toLower();
+    return text;
 }
 
 } // namespace
@@ -193,6 +198,7 @@ qint32 SqliteDataModule::Fail(int rc, const QString& title, const QString& what,
     QString reason = QString::fromUtf8(m_db ? sqlite3_errmsg(m_db.get()) : sqlite3_errstr(rc));
     if (rc == SQLITE_READONLY_ROLLBACK)
         reason += "; a write to the file was interrupted and only a writer can undo it";
+    m_sFailure = LowerFirst(what) + " failed: " + reason + " (" + QDir::toNativeSeparators(m_sDatabase) + ")";
     Log(title,
         what + " of module " + m_registration.name + " (" + m_sDatabase + ") failed: " + reason + " ("
             + QString::number(rc) + ").",
@@ -204,11 +210,13 @@ qint32 SqliteDataModule::Open(const QString& source)
 {
     Close();
     if (m_sDatabase.isEmpty()) {
+        m_sFailure = "no database file is configured for module " + m_registration.name;
         Log(OpenTitle, "No database file is configured for module " + m_registration.name + ".", source, 3);
         return NoDatabase;
     }
     const QFileInfo file(m_sDatabase);
     if (!file.exists() || !file.isFile()) {
+        m_sFailure = "the database file does not exist or is no file (" + QDir::toNativeSeparators(m_sDatabase) + ")";
         Log(OpenTitle,
             "The database file " + m_sDatabase + " of module " + m_registration.name + " does not exist or is no file.",
             source, 3);
@@ -263,11 +271,14 @@ qint32 SqliteDataModule::CheckSchema(const QString& source)
         for (std::string_view column : table.columns) {
             if (column.empty() || present.contains(ToQString(column)))
                 continue;
+            const QString problem = present.isEmpty()
+                ? "table " + ToQString(table.name) + " is missing"
+                : "table " + ToQString(table.name) + " has no column " + ToQString(column);
+            m_sFailure
+                = "the file is no logger database: " + problem + " (" + QDir::toNativeSeparators(m_sDatabase) + ")";
             Log(OpenTitle,
-                "The file " + m_sDatabase + " of module " + m_registration.name + " is no logger database: "
-                    + (present.isEmpty()
-                            ? "table " + ToQString(table.name) + " is missing."
-                            : "table " + ToQString(table.name) + " has no column " + ToQString(column) + "."),
+                "The file " + m_sDatabase + " of module " + m_registration.name + " is no logger database: " + problem
+                    + ".",
                 source, 3);
             return ForeignSchema;
         }
@@ -405,6 +416,29 @@ qint32 SqliteDataModule::GetChannelOverview(ChannelCollection& channels, qint32&
     return status;
 }
 
+void SqliteDataModule::LogTreeProblems(
+    const QString& rows, const SqliteTree::Result& result, const QString& source) const
+{
+    // rows is "categories" or "channels".
+    const QString where = rows + " of module " + m_registration.name + " (" + m_sDatabase + ")";
+    const QString capitalised = where.at(0).toUpper() + where.mid(1);
+    if (!result.duplicates.empty())
+        Log(ReadTitle,
+            "Rows of the " + where + " repeat the id of an earlier row and are left out: " + IdList(result.duplicates)
+                + ".",
+            source, 3);
+    if (!result.cyclic.empty())
+        Log(ReadTitle,
+            capitalised + " that are their own parents or lie in or below a cycle of parents are left out: "
+                + IdList(result.cyclic) + ".",
+            source, 3);
+    if (!result.tooDeep.empty())
+        Log(ReadTitle,
+            capitalised + " more than " + QString::number(SqliteTree::MaxDepth)
+                + " levels deep are left out: " + IdList(result.tooDeep) + ".",
+            source, 3);
+}
+
 qint32 SqliteDataModule::GetChannelStructure(QStringList& categories, QStringList& channels, qint32& status)
 {
     const QString source = QStringLiteral("SqliteDataModule.GetChannelStructure");
@@ -414,41 +448,60 @@ qint32 SqliteDataModule::GetChannelStructure(QStringList& categories, QStringLis
     if (!EnsureOpen(source, status))
         return status;
 
+    // The rows are read as they stand and put in order here, not by a recursive query: what a
+    // damaged file holds (an id twice, cycles of parents) can make such a query run forever.
+    struct Category
+    {
+        QString id, name, remark, parent, kind;
+    };
+    std::vector<Category> categoryRows;
+    std::vector<SqliteTree::Row> tree;
     int rc = SQLITE_OK;
     SqliteStatement query = PrepareStatement(m_db.get(), CategoriesSql, rc);
     if (!query)
         return status = Fail(rc, ReadTitle, "Reading the categories", source);
     while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) {
-        QString line = QString::number(sqlite3_column_int64(query.get(), 0)) + '$' + Field(query.get(), 1) + '$'
-            + Field(query.get(), 2) + '$' + QString::number(sqlite3_column_int64(query.get(), 3));
-        // A category without a kind is a plain one: four fields.
-        const QString kind = Field(query.get(), 4).trimmed();
-        if (!kind.isEmpty())
-            line += '$' + kind;
-        categories.append(line);
+        const qint64 id = sqlite3_column_int64(query.get(), 0);
+        const qint64 parent = sqlite3_column_int64(query.get(), 3);
+        categoryRows.push_back({ QString::number(id), Field(query.get(), 1), Field(query.get(), 2),
+            QString::number(parent), Field(query.get(), 4).trimmed() });
+        tree.push_back({ id, parent, 0 });
     }
-    if (rc != SQLITE_DONE) {
-        categories.clear();
+    if (rc != SQLITE_DONE)
         return status = Fail(rc, ReadTitle, "Reading the categories", source);
+    SqliteTree::Result order = SqliteTree::Order(tree);
+    LogTreeProblems(QStringLiteral("categories"), order, source);
+    for (const std::size_t i : order.order) {
+        const Category& c = categoryRows[i];
+        // A category without a kind is a plain one: four fields.
+        categories.append(
+            c.id + '$' + c.name + '$' + c.remark + '$' + c.parent + (c.kind.isEmpty() ? "" : "$" + c.kind));
     }
 
+    std::vector<QString> channelRows;
+    tree.clear();
     query = PrepareStatement(m_db.get(), ChannelsSql, rc);
     if (!query) {
         categories.clear();
         return status = Fail(rc, ReadTitle, "Reading the channels", source);
     }
     while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) {
+        const qint64 id = sqlite3_column_int64(query.get(), 0);
+        const qint64 category = sqlite3_column_int64(query.get(), 2);
+        const qint64 parent = sqlite3_column_int64(query.get(), 3);
         // The table has no remark of a channel: field 2 stays empty.
-        channels.append(QString::number(sqlite3_column_int64(query.get(), 0)) + '$' + Field(query.get(), 1) + "$$"
-            + QString::number(sqlite3_column_int64(query.get(), 2)) + '$'
-            + QString::number(sqlite3_column_int64(query.get(), 3)) + '$'
-            + QString::number(sqlite3_column_int64(query.get(), 4)));
+        channelRows.push_back(QString::number(id) + '$' + Field(query.get(), 1) + "$$" + QString::number(category) + '$'
+            + QString::number(parent) + '$' + QString::number(sqlite3_column_int64(query.get(), 4)));
+        tree.push_back({ id, parent, category });
     }
     if (rc != SQLITE_DONE) {
         categories.clear();
-        channels.clear();
         return status = Fail(rc, ReadTitle, "Reading the channels", source);
     }
+    order = SqliteTree::Order(tree);
+    LogTreeProblems(QStringLiteral("channels"), order, source);
+    for (const std::size_t i : order.order)
+        channels.append(channelRows[i]);
     return status;
 }
 
@@ -458,6 +511,9 @@ qint32 SqliteDataModule::GetData(
     const QString source = QStringLiteral("SqliteDataModule.GetData");
     status = 1;
     bool readable = EnsureOpen(source, status);
+    // Why samples could not be read: the first failure of the call. A channel that was not read
+    // gets no block, so that it can't be taken for one without samples in the window.
+    QString failure = readable ? QString() : m_sFailure;
     double resolution = 0.0;
 
     for (const QString& entry : channelList.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
@@ -465,13 +521,16 @@ qint32 SqliteDataModule::GetData(
         const DataMatrixPtr channel = channels.Channel(key);
         if (!channel)
             continue;
-        // Every listed channel gets a fresh block, so that no data of an earlier window stays
-        // behind when reading fails.
-        auto block = MatrixBlock::Create(0, 2);
-        channel->SetDataBlock(block);
-        qint64 id = 0;
-        if (!readable || !ParseChannelId(key, id))
+        // Every listed channel gets a fresh block or none, so that no data of an earlier window
+        // stays behind.
+        channel->SetDataBlock(nullptr);
+        if (!readable)
             continue;
+        qint64 id = 0;
+        if (!ParseChannelId(key, id)) {
+            channel->SetDataBlock(MatrixBlock::Create(0, 2)); // no such channel: nothing to read
+            continue;
+        }
 
         sqlite3_stmt* query = m_cDataQuery.get();
         sqlite3_reset(query);
@@ -489,9 +548,16 @@ qint32 SqliteDataModule::GetData(
         }
         sqlite3_reset(query);
         if (rc != SQLITE_DONE) {
-            // The rest of the list would run into the same lock or damage: leave it empty.
-            status = Fail(rc, ReadTitle, "Reading the samples of channel " + key, source);
-            readable = false;
+            // One log line for the call, not one per channel. Damaged pages may hold the samples
+            // of some channels only, so the others are still read; a lock or a failing device
+            // would only make every further channel wait and fail alike.
+            if (failure.isEmpty()) {
+                status = Fail(rc, ReadTitle, "Reading the samples of channel " + key, source);
+                failure = m_sFailure;
+            }
+            const int primary = rc & 0xff;
+            if (primary != SQLITE_CORRUPT && primary != SQLITE_NOTADB)
+                readable = false;
             continue;
         }
 
@@ -501,7 +567,9 @@ qint32 SqliteDataModule::GetData(
         cells.reserve(2 * rows);
         cells.insert(cells.end(), m_cTimes.begin(), m_cTimes.end());
         cells.insert(cells.end(), m_cValues.begin(), m_cValues.end());
+        auto block = MatrixBlock::Create(0, 2);
         block->SetArray(static_cast<qsizetype>(rows), 2, std::move(cells));
+        channel->SetDataBlock(block);
 
         sqlite3_stmt* exists = m_cExistsQuery.get();
         sqlite3_reset(exists);
@@ -515,7 +583,10 @@ qint32 SqliteDataModule::GetData(
         sqlite3_reset(exists);
     }
 
-    channels.AddText(QStringLiteral("SQLITE;") + FormatSeconds(resolution));
+    QString text = QStringLiteral("SQLITE;") + FormatSeconds(resolution);
+    if (!failure.isEmpty())
+        text += ';' + failure;
+    channels.AddText(text);
     return status;
 }
 

@@ -5,6 +5,7 @@
 
 #include "DataModuleInterface.h"
 #include "SqliteHandles.h"
+#include "SqliteTree.h"
 
 #include <QHash>
 #include <QObject>
@@ -45,7 +46,13 @@ public:
     // A non-empty param names the database file and takes precedence over the settings.
     qint32 Initialize(const QString& param, qint32& status) override;
     qint32 GetChannelOverview(ChannelCollection& channels, qint32& status) override;
+    // Parents before children. Rows that can't be placed in a tree (an id on a second row, a
+    // cycle of parents, more than SqliteTree::MaxDepth levels) are left out with a log line.
     qint32 GetChannelStructure(QStringList& categories, QStringList& channels, qint32& status) override;
+    // Appends "SQLITE;<resolution in seconds>". A channel whose samples could not be read (the
+    // file can't be opened, is locked or damaged) gets no block; the status is then not 1 and
+    // the text "SQLITE;<resolution>;<reason>" says what failed, naming the file. A channel the
+    // database does not know gets an empty block.
     qint32 GetData(
         const QString& channelList, ChannelCollection& channels, double from, double to, qint32& status) override;
     Q_INVOKABLE void ShowConfig() override;
@@ -68,7 +75,9 @@ private:
     qint32 CheckSchema(const QString& source);
     qint32 LoadInfo(const QString& source);
     qint32 PrepareQueries(const QString& source);
+    // Logs the failure of a library call and keeps it as the reason of the next GetData text.
     qint32 Fail(int rc, const QString& title, const QString& what, const QString& source);
+    void LogTreeProblems(const QString& rows, const SqliteTree::Result& result, const QString& source) const;
     void Log(const QString& title, const QString& text, const QString& source, qint16 level) const;
     bool ParseChannelId(const QString& channelId, qint64& id) const;
     bool ReadBoundary(sqlite3_stmt* statement, qint64 id, double& date, const QString& source);
@@ -78,6 +87,8 @@ private:
     DataModuleRegistration m_registration;
     MessageHandlerInterface* m_pMessageHandler = nullptr;
     QString m_sDatabase;
+    // The last failure to open or read, as one line naming the file.
+    QString m_sFailure;
 
     SqliteConnection m_db;
     SqliteStatement m_cDataQuery;

@@ -2,8 +2,10 @@
 // The SQLite module on a healthy database (overview, structure, periods, GetData) and on files it
 // cannot use (a status and a log line, and no write to the file).
 #include "SqliteDataModule.h"
+#include "../ChildProcess.h"
 #include "Calendar.h"
 #include "LoggerDatabase.h"
+#include "SqliteTree.h"
 #include "TempSettings.h"
 
 #include <QDateTime>
@@ -271,16 +273,21 @@ TEST_F(SqliteFailureTest, UnusableFilesGiveAStatusAndALogLine)
         "CREATE TABLE channels (id, name, unit, data_type, category, parent_channel, path_id);"
         "CREATE TABLE samples (channel, time)",
         false);
-    const std::pair<QString, qint32> cases[] = {
-        { QString(), SqliteDataModule::NoDatabase },
-        { dir.filePath("nowhere.sqlite"), SqliteDataModule::FileMissing },
-        { dir.path(), SqliteDataModule::FileMissing },
-        { WriteFile("export.sqlite", QByteArray("01.01.2025 00:15;12,5\n").repeated(3000)), SqliteDataModule::Corrupt },
-        { WriteFile("truncated.sqlite", whole.left(whole.size() / 3)), SqliteDataModule::Corrupt },
-        { WriteFile("empty.sqlite", QByteArray()), SqliteDataModule::ForeignSchema },
-        { dir.filePath("old.sqlite"), SqliteDataModule::ForeignSchema },
+    // File, status, and the start of the reason that GetData gives after the resolution.
+    const std::tuple<QString, qint32, QString> cases[] = {
+        { QString(), SqliteDataModule::NoDatabase, "no database file is configured for module Werk" },
+        { dir.filePath("nowhere.sqlite"), SqliteDataModule::FileMissing, "the database file does not exist" },
+        { dir.path(), SqliteDataModule::FileMissing, "the database file does not exist or is no file" },
+        { WriteFile("export.sqlite", QByteArray("01.01.2025 00:15;12,5\n").repeated(3000)), SqliteDataModule::Corrupt,
+            "reading the schema failed: file is not a database" },
+        { WriteFile("truncated.sqlite", whole.left(whole.size() / 3)), SqliteDataModule::Corrupt,
+            "reading the schema failed: " },
+        { WriteFile("empty.sqlite", QByteArray()), SqliteDataModule::ForeignSchema,
+            "the file is no logger database: table categories is missing" },
+        { dir.filePath("old.sqlite"), SqliteDataModule::ForeignSchema,
+            "the file is no logger database: table samples has no column value" },
     };
-    for (const auto& [database, expected] : cases) {
+    for (const auto& [database, expected, reason] : cases) {
         SCOPED_TRACE(database.toStdString());
         handler.lines.clear();
         const QByteArray before = FileBytes(database);
@@ -295,8 +302,8 @@ TEST_F(SqliteFailureTest, UnusableFilesGiveAStatusAndALogLine)
         EXPECT_EQ(handler.lines.front().source, "SqliteDataModule.Initialize");
         EXPECT_EQ(handler.lines.front().level, 3);
         EXPECT_TRUE(handler.lines.front().text.contains(database)) << handler.lines.front().text.toStdString();
-        // Every other operation fails the same way; GetData still hands back empty blocks and
-        // its closing text.
+        // Every other operation fails the same way; GetData hands back no block, and its closing
+        // text says why, naming the file.
         qint32 overviewStatus = 1, structureStatus = 1, dataStatus = 1;
         ChannelCollection overview, data = Request({ "301" });
         QStringList categories, channels;
@@ -306,9 +313,12 @@ TEST_F(SqliteFailureTest, UnusableFilesGiveAStatusAndALogLine)
         EXPECT_EQ(QList<qint32>({ overviewStatus, structureStatus, dataStatus }), QList<qint32>(3, expected));
         EXPECT_EQ(overview.Count() + categories.size(), 0);
         ASSERT_EQ(data.Count(), 2);
-        ASSERT_TRUE(data.Channel(0)->DataBlock());
-        EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), 0);
-        EXPECT_EQ(data.Text(1), "SQLITE;0");
+        EXPECT_FALSE(data.Channel(0)->DataBlock());
+        const QString text = data.Text(1);
+        EXPECT_TRUE(text.startsWith("SQLITE;0;" + reason)) << text.toStdString();
+        if (!database.isEmpty()) {
+            EXPECT_TRUE(text.endsWith(" (" + QDir::toNativeSeparators(database) + ")")) << text.toStdString();
+        }
         double date = -3.0;
         module->GetFirstDate("301", date);
         module->GetLastDate("301", date);
@@ -336,21 +346,25 @@ TEST_F(SqliteFailureTest, ALockedDatabaseFailsWithinTheBusyTimeoutAndRecovers)
     EXPECT_EQ(module->Initialize(QString(), status), 1);
 
     // Between calls the module holds no lock, so the writer gets its lock at once; reading
-    // during the writer's transaction fails, and the channels are left empty.
+    // during the writer's transaction fails, and the channels get no blocks.
     ASSERT_EQ(exec("BEGIN EXCLUSIVE"), SQLITE_OK);
     ChannelCollection data = Request({ "301", "302" });
     module->GetData("301;302", data, Day - 1, Day + 1, status);
     EXPECT_EQ(status, SqliteDataModule::Locked);
-    EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), 0);
-    EXPECT_EQ(data.Channel(1)->DataBlock()->Rows(), 0);
-    EXPECT_TRUE(data.IsText(2));
+    EXPECT_FALSE(data.Channel(0)->DataBlock());
+    EXPECT_FALSE(data.Channel(1)->DataBlock());
+    EXPECT_EQ(data.Text(2),
+        "SQLITE;0;reading the samples of channel 301 failed: database is locked (" + QDir::toNativeSeparators(path)
+            + ")");
     EXPECT_EQ(handler.CountAtLeast(3), 2); // one line for the call, not one per channel
     EXPECT_EQ(handler.lines.back().source, "SqliteDataModule.GetData");
     ASSERT_EQ(exec("ROLLBACK"), SQLITE_OK);
 
+    data = Request({ "301", "302" });
     module->GetData("301;302", data, Day - 1, Day + 1, status);
     EXPECT_EQ(status, 1);
     EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), PowerSamples);
+    EXPECT_EQ(data.Text(2), "SQLITE;60");
 }
 
 TEST_F(SqliteFailureTest, AnInterruptedWriteIsLeftForTheWriterToUndo)
@@ -379,6 +393,88 @@ TEST_F(SqliteFailureTest, AnInterruptedWriteIsLeftForTheWriterToUndo)
     EXPECT_TRUE(handler.lines.back().text.contains("interrupted")) << handler.lines.back().text.toStdString();
     EXPECT_EQ(FileBytes(path), database);
     EXPECT_EQ(FileBytes(path + "-journal"), journal);
+}
+
+TEST_F(SqliteFailureTest, DamagedPagesCostTheChannelsOnThemTheirBlocksAndAreSaid)
+{
+    // Garbage over pages in the middle of the file, where the many samples of channel 305 lie:
+    // its read fails, while the channels before and after it are read.
+    const QString path = WriteBigSite("damaged.sqlite");
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        const qint64 middle = file.size() / 2 / 4096 * 4096;
+        ASSERT_TRUE(file.seek(middle));
+        ASSERT_EQ(file.write(QByteArray(4 * 4096, '\xA5')), 4 * 4096);
+    }
+    auto module = MakeModule(path);
+    qint32 status = 0;
+    ASSERT_EQ(module->Initialize(QString(), status), 1);
+    ChannelCollection data = Request({ "301", "305", "302", "999" });
+    module->GetData("301;305;302;999", data, Day - 1, Day + 30, status);
+    EXPECT_EQ(status, SqliteDataModule::Corrupt);
+    ASSERT_EQ(data.Count(), 5);
+    ASSERT_TRUE(data.Channel(0)->DataBlock());
+    EXPECT_EQ(data.Channel(0)->DataBlock()->Rows(), PowerSamples);
+    EXPECT_FALSE(data.Channel(1)->DataBlock());
+    ASSERT_TRUE(data.Channel(2)->DataBlock());
+    EXPECT_EQ(data.Channel(2)->DataBlock()->Rows(), CosPhiSamples);
+    // A channel the database does not know was read, and has no samples.
+    ASSERT_TRUE(data.Channel(3)->DataBlock());
+    EXPECT_EQ(data.Channel(3)->DataBlock()->Rows(), 0);
+    EXPECT_EQ(data.Text(4),
+        "SQLITE;60;reading the samples of channel 305 failed: database disk image is malformed ("
+            + QDir::toNativeSeparators(path) + ")");
+    EXPECT_EQ(handler.CountAtLeast(3), 1);
+}
+
+TEST_F(SqliteFailureTest, TreesOfDuplicateIdsCyclesAndEndlessChainsAreListedAsFarAsTheyGo)
+{
+    // A file whose tables have no keys: an id on two rows, the second its own parent; a cycle
+    // of parents with a category below it; a category that is its own parent; a chain of 100
+    // levels; the same among channels. Run in a child, so that a hang fails the test.
+    const QString path = dir.filePath("hostile.sqlite");
+    QString sql
+        = "CREATE TABLE categories (id, name, remark, parent, kind, path_id);"
+          "CREATE TABLE channels (id, name, unit, data_type, category, parent_channel, path_id);"
+          "CREATE TABLE samples (channel, time, value);"
+          "INSERT INTO categories VALUES (1, 'Werk', '', 0, 'FOLDER', 1), (1, 'Werk doppelt', '', 1, 'FOLDER', 0),"
+          " (2, 'Halle', '', 1, 'FOLDER', 2), (3, 'Zyklus A', '', 4, '', 0), (4, 'Zyklus B', '', 3, '', 0),"
+          " (5, 'Unter Zyklus', '', 3, '', 0), (6, 'Selbst', '', 6, '', 0);"
+          "INSERT INTO channels VALUES (10, 'P', 'kW', 3, 2, 0, 1), (10, 'P doppelt', 'kW', 3, 2, 10, 2),"
+          " (11, 'Q', '', 3, 2, 10, 2), (12, 'Kreis', '', 3, 2, 12, 3);";
+    for (int k = 0; k < 100; ++k)
+        sql += QString("INSERT INTO categories VALUES (%1, 'Ebene %2', '', %3, '', 0);")
+                   .arg(100 + k)
+                   .arg(k)
+                   .arg(k == 0 ? 0 : 99 + k);
+    WriteDatabase(path, sql, false);
+
+    const auto readStructure = [&] {
+        auto module = MakeModule(path);
+        QStringList categories, channels;
+        qint32 status = 0;
+        ASSERT_EQ(module->GetChannelStructure(categories, channels, status), 1);
+        QStringList expected = { "1$Werk$$0$FOLDER", "100$Ebene 0$$0", "2$Halle$$1$FOLDER", "101$Ebene 1$$100" };
+        for (int k = 2; k < SqliteTree::MaxDepth; ++k)
+            expected << QString("%1$Ebene %2$$%3").arg(100 + k).arg(k).arg(99 + k);
+        EXPECT_EQ(categories, expected);
+        EXPECT_EQ(channels, QStringList({ "10$P$$2$0$1", "11$Q$$2$10$2" }));
+        QStringList logged;
+        for (const RecordingHandler::LogLine& line : handler.lines)
+            if (line.level == 3)
+                logged << QString(line.text).remove(" (" + path + ")");
+        EXPECT_EQ(logged,
+            QStringList({ "Rows of the categories of module Werk repeat the id of an earlier row and are left out: 1.",
+                "Categories of module Werk that are their own parents or lie in or below a cycle of parents are left "
+                "out: 3, 4, 5, 6.",
+                "Categories of module Werk more than 64 levels deep are left out: 164, 165, 166, 167, 168, 169, 170, "
+                "171, 172, 173 and 26 more.",
+                "Rows of the channels of module Werk repeat the id of an earlier row and are left out: 10.",
+                "Channels of module Werk that are their own parents or lie in or below a cycle of parents are left "
+                "out: 12." }));
+    };
+    EXPECT_TRUE(RunsInChild(readStructure));
 }
 
 } // namespace
