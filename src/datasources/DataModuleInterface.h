@@ -114,9 +114,16 @@ public:
     // Never called; kept so that the slot order stays that of the original interface.
     virtual void Reserved2() {}
     // Fills DataBlock of each channel in the collection (column 0 the time, column 1 the value,
-    // a missing sample the block's NoValue) for [from, to], then appends one text item whose
-    // second ";"-field is the data's native resolution in seconds. channelList holds the
-    // wanted channel ids joined by ";".
+    // a missing sample the block's NoValue) for [from, to], then appends one text item
+    // "<module tag>;<native resolution in seconds>". channelList holds the wanted channel ids
+    // joined by ";".
+    // A channel that was read and has no samples in the window gets an empty block (0 rows,
+    // 2 columns). A channel whose samples could not be read (a file that is missing, damaged,
+    // locked or unreadable) gets no block at all (SetDataBlock(nullptr)), so that a failure is
+    // never taken for a window without samples; the call then returns a status other than 1,
+    // and the text item is "<module tag>;<resolution>;<reason>": one human-readable line saying
+    // what failed and why, naming the file. The reason may itself hold ";": it is everything
+    // after the second ";". Without a failure the text has no third field.
     virtual qint32 GetData(const QString& channelList, ChannelCollection& channels, double from, double to,
                            qint32& status) = 0;
     // The module's configuration dialog. Also declared Q_INVOKABLE by modules: the program

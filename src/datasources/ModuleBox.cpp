@@ -557,6 +557,17 @@ double GetDataResolution(const ChannelCollection& channels)
     return std::isfinite(seconds) ? seconds : 0;
 }
 
+QString GetDataError(const ChannelCollection& channels)
+{
+    const qsizetype last = channels.Count() - 1;
+    if (!channels.IsText(last))
+        return QString();
+    const QString text = channels.Text(last);
+    const qsizetype first = text.indexOf(QLatin1Char(';'));
+    const qsizetype second = first < 0 ? -1 : text.indexOf(QLatin1Char(';'), first + 1);
+    return second < 0 ? QString() : text.mid(second + 1);
+}
+
 qsizetype GetDataChannelCount(const ChannelCollection& channels)
 {
     return std::max<qsizetype>(0, channels.Count() - 1);

@@ -118,5 +118,8 @@ using ModuleBoxPtr = std::shared_ptr<ModuleBox>;
 // The resolution in seconds from the last item's second ";"-field; 0 when the last item is no
 // text, has no second field, or that field does not start with a number.
 double GetDataResolution(const ChannelCollection& channels);
+// Why the module could not read some of the channels: everything after the second ";" of the
+// last item (it may hold ";" itself); "" when the last item is no text or has no third field.
+QString GetDataError(const ChannelCollection& channels);
 // The number of channel items: all items but the last, which is the resolution text.
 qsizetype GetDataChannelCount(const ChannelCollection& channels);

@@ -306,4 +306,34 @@ TEST_F(ModuleBoxTest, PathIdsLeadFromChannelsToPathsAndBackWhenTheStructureCanBe
     EXPECT_EQ(Bound("NoChannels", { { S::Overview, QStringList {} } })->InitializeStructure(), -1);
 }
 
+TEST(GetDataText, GivesTheResolutionAndTheReasonOfAFailureWhichMayHoldSemicolons)
+{
+    const struct
+    {
+        const char* text;
+        double resolution;
+        QString error;
+    } cases[] = {
+        { "CSV;900", 900, "" },
+        { "SQLITE;60;reading the samples of channel 12 failed: database disk image is malformed (/x/site.sqlite)", 60,
+            "reading the samples of channel 12 failed: database disk image is malformed (/x/site.sqlite)" },
+        { "X;0;a;b; c", 0, "a;b; c" },
+        { "X;15;", 15, "" },
+        { "X", 0, "" },
+    };
+    for (const auto& c : cases) {
+        ChannelCollection channels;
+        channels.Add(std::make_shared<DataMatrix>(), "1");
+        channels.AddText(c.text);
+        EXPECT_EQ(GetDataResolution(channels), c.resolution) << c.text;
+        EXPECT_EQ(GetDataError(channels), c.error) << c.text;
+    }
+    // Only the last item counts, and only when it is a text.
+    ChannelCollection channels;
+    EXPECT_EQ(GetDataError(channels), "");
+    channels.AddText("X;1;gone");
+    channels.Add(std::make_shared<DataMatrix>(), "1");
+    EXPECT_EQ(GetDataError(channels), "");
+}
+
 } // namespace
