@@ -221,20 +221,20 @@ TEST(GridBlocks, NamesKeepTheirFirstBlockEmptyGridsAddNothingAndClearKeepsTheGri
     const MatrixBlockPtr first = grid.Data(QStringLiteral("a"));
     grid.Add(*Block({ { D(2024, 1, 1), 5 } }), QStringLiteral("a"), 2);
     EXPECT_EQ(grid.Data(QStringLiteral("a")), first);
-    // A source without a value column gives the carry only.
+    // A source without a value column gives gaps only.
     MatrixBlock oneColumn(1, 1);
     oneColumn.At(0, 0) = D(2024, 1, 1, 0, 30);
     grid.Add(oneColumn, QStringLiteral("one"), 2);
-    EXPECT_EQ(Values(grid.Data(QStringLiteral("one"))), (std::vector<double> { 0, 0 }));
+    EXPECT_EQ(Values(grid.Data(QStringLiteral("one"))), (std::vector<double> { NoValue, NoValue }));
 
     // Init makes a new grid and keeps the blocks; Clear drops them and keeps the grid.
     const MatrixBlockPtr oldTime = grid.Time();
     grid.Init(D(2024, 1, 1), D(2024, 1, 1, 3), QStringLiteral("h"), 1, true);
     const MatrixBlockPtr time = grid.Time();
     EXPECT_TRUE(time != oldTime && grid.Data(QStringLiteral("a")) == first);
-    EXPECT_EQ(Values(first), (std::vector<double> { 0, 3 }));
+    EXPECT_EQ(Values(first), (std::vector<double> { NoValue, 3 }));
     grid.Clear();
     EXPECT_TRUE(grid.Data(QStringLiteral("a")) == nullptr && grid.Time() == time);
     grid.Add(*Block({ { D(2024, 1, 1, 2), 5 } }), QStringLiteral("a"), 2);
-    EXPECT_EQ(Values(grid.Data(QStringLiteral("a"))), (std::vector<double> { 0, 0, 5 }));
+    EXPECT_EQ(Values(grid.Data(QStringLiteral("a"))), (std::vector<double> { NoValue, NoValue, 5 }));
 }
