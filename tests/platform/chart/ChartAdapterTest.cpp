@@ -250,7 +250,7 @@ TEST_F(ChartAdapterTest, XTicksNeverGetFewerWhenTheChartGetsWider)
         chart.resize(width, 400);
         QApplication::processEvents();
         ASSERT_EQ(chart.Plot()->viewport().width(), width);
-        ticks[width] = chart.Plot()->xAxis->tickVector().size();
+        ticks[width] = qsizetype(chart.AxisTickValues(ChartAxis::X).size());
     }
     qsizetype fewer = 0;
     for (const auto& [width, count] : ticks) {
