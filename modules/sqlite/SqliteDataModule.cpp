@@ -238,9 +238,9 @@ qint32 SqliteDataModule::Open(const QString& source)
     bool ok = false;
     const int ms = timeout.trimmed().toInt(&ok);
     sqlite3_busy_timeout(m_db.get(), ok && ms >= 0 ? ms : DefaultBusyTimeoutMs);
-    // Reads go straight to the file's pages in memory instead of being copied out of it call by
-    // call; SQLite maps only what the file holds when a read begins. Refused, reads stay as they were.
-    sqlite3_exec(m_db.get(), "PRAGMA mmap_size = 1073741824", nullptr, nullptr, nullptr);
+    // Pages are read, never mapped: a file that another program cuts short while it is read
+    // then gives an error and not a signal.
+    sqlite3_exec(m_db.get(), "PRAGMA mmap_size = 0", nullptr, nullptr, nullptr);
     // Ten channels of a year of quarter hours span some thousand pages: kept between refreshes.
     sqlite3_exec(m_db.get(), "PRAGMA cache_size = -65536", nullptr, nullptr, nullptr);
 

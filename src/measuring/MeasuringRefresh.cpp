@@ -85,18 +85,6 @@ void Measuring::ApplyCosPhiAxes(Curve* single)
     }
 }
 
-namespace {
-
-// The reason a module gave for a failed read: the third ";"-field of its trailing text, and
-// everything behind it.
-QString FetchErrorOf(const ChannelCollection& collection)
-{
-    const qsizetype last = collection.Count() - 1;
-    return collection.IsText(last) ? collection.Text(last).section(QLatin1Char(';'), 2) : QString();
-}
-
-} // namespace
-
 // Everything a refresh takes from the user while it runs, given back however it ends.
 class Measuring::RefreshScope
 {
@@ -210,7 +198,7 @@ void Measuring::Fetch(ModuleBox& box, Curve* curve, double dateFrom, double date
                 value = FoldCosPhi(value);
     }
     if (failed) {
-        QString reason = FetchErrorOf(collection);
+        QString reason = GetDataError(collection);
         if (reason.isEmpty())
             reason = QStringLiteral("status %1").arg(status);
         QString text = GetResString(495);
