@@ -410,7 +410,7 @@ QString DynamicGridModel::ValueText(qint32 row, qsizetype column) const
     if (!value || *value == matrix.DataBlock()->NoValue())
         return m_sMissing;
     // Cos phi is stored folded so that it sorts and sums; the grid shows the reading.
-    const double shown = matrix.DataType() == DataMatrix::CosPhiType ? FoldCosPhi(*value) : *value;
+    const double shown = matrix.DataType() == DataMatrix::CosPhiType ? MeasuredCosPhi(*value) : *value;
     return m_format.FormatNumber(shown, m_sValueFormat);
 }
 

@@ -378,7 +378,7 @@ Cursor* Measuring::AddCursor(double dateTime, Curve& curve)
         if (value == block->NoValue())
             break;
         cursor->SetPoint(double(row), value, static_cast<qint16>(curve.SeriesID()), curve.YAxis(), block->At(row, 0),
-            IsCosPhi(curve) ? FoldCosPhi(value) : 0.0);
+            IsCosPhi(curve) ? MeasuredCosPhi(value) : 0.0);
         break;
     }
     return cursor;
@@ -409,7 +409,7 @@ QString Measuring::ToolTipText(const ChartHit& hit, const QPointF& pixel) const
         double value = chart->Value(hit.series, hit.point);
         // Power factors are drawn folded; the tip tells the factor itself.
         if (IsCosPhi(*curve))
-            value = FoldCosPhi(value);
+            value = MeasuredCosPhi(value);
         return curve->Name() + QLatin1Char('\n') + Number(value) + QLatin1Char(' ') + curve->Unit() + QLatin1Char('\n')
             + formatter.FormatDate(DateOfPoint(double(hit.point + 1)), GetDateFormat(false));
     }
@@ -439,7 +439,7 @@ void Measuring::OnAnnotationMoved(ChartAnnotation* object)
         return;
     cursor->SaveBoxPosition();
     cursor->SetPoint(cursor->Index(), cursor->Value(), static_cast<qint16>(curve->SeriesID()), cursor->Axis(),
-        cursor->DateTime(), IsCosPhi(*curve) ? FoldCosPhi(cursor->Value()) : 0.0);
+        cursor->DateTime(), IsCosPhi(*curve) ? MeasuredCosPhi(cursor->Value()) : 0.0);
     SetChanged(true);
 }
 

@@ -109,6 +109,8 @@ TEST_F(DynamicGridTest, ShowsTimesFormattedValuesAndMissingCells)
     for (int r = 0; r < 4; ++r)
         for (int c = 0; c < 3; ++c)
             EXPECT_EQ(Cell(r, c), expected[r][c]) << r << "," << c;
+    grid->AddMatrix(CosPhi({ 0.0 }), "one");
+    EXPECT_EQ(Cell(0, 3), "1,00") << "a stored 0 is a power factor of exactly 1, not -1";
 }
 
 TEST_F(DynamicGridTest, ClipboardAndExportWriteTheHandWrittenFilesAndTheSelection)
