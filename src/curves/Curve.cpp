@@ -199,11 +199,14 @@ qint32 Curve::UpdateData(double dateFrom, double dateTo, TimeValueTransformator&
     for (size_t n = 0; n < m_cChannels.size(); ++n) {
         DataMatrix& channel = *m_cChannels[n].matrix;
         const QString name = QString::number(n);
-        if (!channel.DataBlock())
+        MatrixBlockPtr raw = channel.DataBlock();
+        if (!raw)
             continue;
-        transformator.Add(*channel.DataBlock(), name, channel.DataType());
-        if (MatrixBlockPtr grid = transformator.Data(name))
-            channel.SetDataBlock(std::move(grid));
+        // Let go, so that the grid may take the block over; it is left alone when it doesn't.
+        channel.SetDataBlock(nullptr);
+        transformator.Add(std::move(raw), name, channel.DataType());
+        const MatrixBlockPtr grid = transformator.Data(name);
+        channel.SetDataBlock(grid ? grid : raw);
     }
 
     MatrixScriptEngine* engine = g_cScriptEngine;

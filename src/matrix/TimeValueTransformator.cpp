@@ -197,6 +197,42 @@ void TimeValueTransformator::Add(const MatrixBlock& source, const QString& name,
     m_cData.insert(name, block);
 }
 
+void TimeValueTransformator::Add(MatrixBlockPtr&& source, const QString& name, qint32 aggregation)
+{
+    if (!source)
+        return;
+    const qsizetype rows = std::min(m_cTime->Rows(), static_cast<qsizetype>(m_steps.size()));
+    const double noValue = m_cTime->NoValue();
+    // A block nobody else holds, with one sample in each step, becomes the grid block itself:
+    // its values are aggregated one by one where they stand and its times become the steps'.
+    bool inPlace = source.use_count() == 1 && !m_cData.contains(name) && rows > 0 && source->Rows() == rows
+        && source->Columns() == 2 && source->NoValue() == noValue;
+    if (inPlace) {
+        const std::span<const double> times = source->Column(0);
+        for (qsizetype i = 0; i < rows && inPlace; ++i) {
+            const Step& step = m_steps[static_cast<std::size_t>(i)];
+            const std::int64_t at = Calendar::ToMilliseconds(times[static_cast<std::size_t>(i)]);
+            inPlace = at >= step.start && at < step.end;
+        }
+    }
+    if (!inPlace) {
+        Add(*source, name, aggregation);
+        return;
+    }
+    const std::span<const double> gridTimes = m_cTime->Column(0);
+    const std::span<double> times = source->Column(0);
+    const std::span<double> values = source->Column(1);
+    double carry = noValue;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        carry = Aggregate(values.subspan(i, 1), aggregation, noValue, carry);
+        values[i] = carry;
+        times[i] = gridTimes[i];
+    }
+    source->SetName(name);
+    m_cData.insert(name, source);
+    source.reset();
+}
+
 MatrixBlockPtr TimeValueTransformator::Data(const QString& name) const
 {
     return m_cData.value(name);

@@ -35,6 +35,10 @@ public:
     // keeps it under name. aggregation is the channel's DataType. A name already in use keeps
     // its first block; an empty grid adds nothing.
     void Add(const MatrixBlock& source, const QString& name, qint32 aggregation);
+    // The same; a block that nobody else holds and that has exactly one sample in each step
+    // becomes the grid block itself instead of being copied, and source is then empty.
+    // Otherwise source is left as it was.
+    void Add(MatrixBlockPtr&& source, const QString& name, qint32 aggregation);
 
     // The grid block added under name; nothing when unknown.
     MatrixBlockPtr Data(const QString& name) const;

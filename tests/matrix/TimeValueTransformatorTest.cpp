@@ -238,3 +238,38 @@ TEST(GridBlocks, NamesKeepTheirFirstBlockEmptyGridsAddNothingAndClearKeepsTheGri
     grid.Add(*Block({ { D(2024, 1, 1, 2), 5 } }), QStringLiteral("a"), 2);
     EXPECT_EQ(Values(grid.Data(QStringLiteral("a"))), (std::vector<double> { NoValue, NoValue, 5 }));
 }
+
+TEST(GridAdd, ABlockWithOneSampleInEachStepBecomesTheGridBlockWithTheSameValuesAsACopy)
+{
+    // Samples a little off the steps' starts, one of them missing.
+    const std::vector<std::pair<double, double>> rows
+        = { { D(2024, 1, 1, 0, 0, 1), 4 }, { D(2024, 1, 1, 1, 0, 30), NoValue }, { D(2024, 1, 1, 2, 59, 59), -2 } };
+    for (const qint32 aggregation : { 1, 2, 3, 6, 8, 0 }) {
+        TimeValueTransformator grid;
+        grid.Init(D(2024, 1, 1), D(2024, 1, 1, 3), QStringLiteral("h"), 1, true);
+        grid.Add(*Block(rows), QStringLiteral("copy"), aggregation);
+        MatrixBlockPtr owned = Block(rows);
+        const MatrixBlock* taken = owned.get();
+        grid.Add(std::move(owned), QStringLiteral("owned"), aggregation);
+        EXPECT_FALSE(owned) << "taken over";
+        ASSERT_EQ(grid.Data(QStringLiteral("owned")).get(), taken);
+        EXPECT_EQ(Values(grid.Data(QStringLiteral("owned"))), Values(grid.Data(QStringLiteral("copy"))))
+            << "aggregation " << aggregation;
+        EXPECT_EQ(Texts(taken->Column(0)), Texts(grid.Time()->Column(0)));
+    }
+
+    // Held elsewhere, or with a step of two samples: copied, and the source left alone.
+    TimeValueTransformator grid;
+    grid.Init(D(2024, 1, 1), D(2024, 1, 1, 3), QStringLiteral("h"), 1, true);
+    MatrixBlockPtr shared = Block(rows);
+    const MatrixBlockPtr other = shared;
+    grid.Add(std::move(shared), QStringLiteral("shared"), 2);
+    EXPECT_TRUE(shared && grid.Data(QStringLiteral("shared")) != other);
+    EXPECT_EQ(other->At(1, 1), NoValue);
+    MatrixBlockPtr crowded
+        = Block({ { D(2024, 1, 1, 0, 10), 1 }, { D(2024, 1, 1, 0, 20), 2 }, { D(2024, 1, 1, 2), 3 } });
+    const MatrixBlock* crowdedPtr = crowded.get();
+    grid.Add(std::move(crowded), QStringLiteral("crowded"), 2);
+    EXPECT_TRUE(crowded && grid.Data(QStringLiteral("crowded")).get() != crowdedPtr);
+    EXPECT_EQ(Values(grid.Data(QStringLiteral("crowded"))), (std::vector<double> { 3, 3, 3 }));
+}
