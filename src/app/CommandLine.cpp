@@ -307,13 +307,27 @@ int RunExport(const ExportJob& job, Project& project, QString& error)
                 + QStringLiteral("\" (address ") + address + QStringLiteral(") could not list its channels");
             return ExitCode::View;
         }
-    for (const MeasuringFile::Curve& curve : file.curves)
-        if (!curve.channels.isEmpty() && !measuring.FindCurve(curve.channels.front())) {
-            error = QStringLiteral("the channel ") + curve.channels.front()
-                + (curve.name ? QStringLiteral(" of the curve \"") + *curve.name + u'"' : QString())
-                + QStringLiteral(" is not offered by its data module");
-            return ExitCode::View;
+    // Every channel of every curve, so that a sum is never exported without a part of it.
+    for (const MeasuringFile::Curve& curve : file.curves) {
+        if (curve.channels.isEmpty())
+            continue;
+        const Curve* made = measuring.FindCurve(curve.channels.front());
+        for (const QString& key : curve.channels) {
+            const QString address = key.section(u'$', 0, 0);
+            const QString id = key.section(u'$', 1);
+            const bool present = made
+                && std::any_of(made->Channels().begin(), made->Channels().end(), [&](const CurveChannel& channel) {
+                       return ModuleBoxes::SameAddress(QString::number(channel.matrix->ModuleAddress()), address)
+                           && channel.matrix->ChannelID() == id;
+                   });
+            if (!present) {
+                error = QStringLiteral("the channel ") + key
+                    + (curve.name ? QStringLiteral(" of the curve \"") + *curve.name + u'"' : QString())
+                    + QStringLiteral(" is not offered by its data module");
+                return ExitCode::View;
+            }
         }
+    }
 
     // What opening the view on screen does, without the window.
     measuring.ReloadSettings();

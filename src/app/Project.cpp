@@ -131,7 +131,8 @@ qint32 Project::LoadDataModules()
             QStringLiteral("Configuration for data-module %1 = %2 read.").arg(name, data), source, LogLevel::Info);
         const QStringList parts = data.split(QLatin1Char(':'));
         bool numeric = false;
-        const qint32 address = parts.size() == 2 ? parts.at(1).trimmed().toInt(&numeric) : 0;
+        if (parts.size() == 2)
+            parts.at(1).trimmed().toInt(&numeric);
         if (!numeric) {
             WriteLog(QStringLiteral("invalid module-registration"),
                 QStringLiteral("Invalid Module Registration %1 = %2.").arg(name, data), source, LogLevel::Skipped);
@@ -139,10 +140,7 @@ qint32 Project::LoadDataModules()
         }
         // Addresses are numbers, unique as numbers ("1" and "01" are one address): a second
         // registration of one is refused before it is bound.
-        const auto taken = std::find_if(m_colDataModules.begin(), m_colDataModules.end(),
-            [address](const ModuleBoxPtr& box) { return box->Address().trimmed().toInt() == address; });
-        if (taken != m_colDataModules.end()) {
-            const ModuleBoxPtr& holder = *taken;
+        if (const ModuleBoxPtr holder = m_colDataModules.Item(parts.at(1))) {
             WriteLog(QStringLiteral("duplicate module-address"),
                 QStringLiteral("Data-module %1 = %2 skipped: address %3 is already used by %4.")
                     .arg(name, data, parts.at(1), holder->Name()),
@@ -260,13 +258,21 @@ bool Project::SetCommandsEnabled(bool enabled)
     if (!m_mainWindow || enabled == was)
         return was;
     m_bBarBusy = !enabled;
-    // The menu bar and every command with it, so that no shortcut gets through either.
+    // The menu bar and every command with it, so that no shortcut gets through either; only
+    // the commands that were on come back on.
     m_mainWindow->menuBar()->setEnabled(enabled);
-    for (QAction* action : m_mainWindow->findChildren<QAction*>())
-        if (!action->menu())
-            action->setEnabled(enabled);
-    if (enabled)
+    if (!enabled) {
+        for (QAction* action : m_mainWindow->findChildren<QAction*>())
+            if (!action->menu() && action->isEnabled()) {
+                action->setEnabled(false);
+                m_colHeldCommands.emplace_back(action);
+            }
+    } else {
+        for (const QPointer<QAction>& action : std::exchange(m_colHeldCommands, {}))
+            if (action)
+                action->setEnabled(true);
         UpdateToolStates();
+    }
     return was;
 }
 
@@ -274,7 +280,10 @@ void Project::ShowError(const QString& text)
 {
     if (!m_mainWindow)
         return;
-    QTimer::singleShot(0, this, [this, text] { QMessageBox::warning(m_mainWindow.get(), m_sApplicationName, text); });
+    // A refresh lets events through: the box waits until it has ended.
+    m_colWaitingErrors << text;
+    if (!AnyRefreshing())
+        QTimer::singleShot(0, this, &Project::RunWaitingCloses);
 }
 
 bool Project::AnyRefreshing() const
@@ -294,6 +303,9 @@ void Project::RunWaitingCloses()
         if (open)
             CloseMeasuring(*measuring, false);
     }
+    for (const QString& text : std::exchange(m_colWaitingErrors, {}))
+        if (m_mainWindow)
+            QMessageBox::warning(m_mainWindow.get(), m_sApplicationName, text);
     if (std::exchange(m_bTerminateWaiting, false) && m_mainWindow)
         m_mainWindow->close();
 }

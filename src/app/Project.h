@@ -7,12 +7,15 @@
 #include "ModuleBoxes.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <vector>
 
 class Measuring;
+class QAction;
 class frm_Main;
 
 class Project : public QObject, public MeasuringHost
@@ -90,6 +93,8 @@ private:
 
     bool m_bBarBusy = false; // commands are off for a refresh
     std::vector<Measuring*> m_colWaitingCloses;
+    QStringList m_colWaitingErrors;
+    std::vector<QPointer<QAction>> m_colHeldCommands; // commands a refresh turned off
     bool m_bTerminateWaiting = false;
     QString m_sApplicationName;
     std::unique_ptr<frm_Main> m_mainWindow;

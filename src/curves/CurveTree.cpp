@@ -7,6 +7,7 @@
 #include "Numeric.h"
 #include "ResStrings.h"
 
+#include <QSignalBlocker>
 #include <QTreeWidget>
 
 #include <cmath>
@@ -83,6 +84,8 @@ qint32 Curve::UpdateStatistic(QTreeWidget* tree)
         m_cTree = tree;
     if (!m_cTree)
         return NoView;
+    // The tree tells its owner of changed check boxes: what the curve writes is no click.
+    const QSignalBlocker quiet(m_cTree);
 
     QTreeWidgetItem* curveNode = CurveNode();
     curveNode->setText(0, m_sUnit.isEmpty() ? m_sName : m_sName + QStringLiteral(" (") + m_sUnit + QLatin1Char(')'));
@@ -129,6 +132,7 @@ QString Curve::CursorCaption(int position) const
 
 void Curve::UpdateCursorNodes(QTreeWidgetItem* curveNode, bool checkAll)
 {
+    const QSignalBlocker quiet(m_cTree);
     const QString prefix = GetStatisticKey(nullptr);
     const int count = static_cast<int>(m_cCursors.size());
     for (int i = 1; i <= count; ++i) {

@@ -23,13 +23,23 @@ public:
         return true;
     }
     bool Contains(const QString& address) const { return Item(address) != nullptr; }
-    // The box under the address, or nothing.
+    // The box under the address, or nothing. Addresses are numbers: "01" finds the box of "1".
     ModuleBoxPtr Item(const QString& address) const
     {
         for (const ModuleBoxPtr& box : m_boxes)
-            if (box->Address() == address)
+            if (SameAddress(box->Address(), address))
                 return box;
         return nullptr;
+    }
+    static bool SameAddress(const QString& a, const QString& b)
+    {
+        if (a == b)
+            return true;
+        bool numberA = false;
+        bool numberB = false;
+        const qint64 x = a.trimmed().toLongLong(&numberA);
+        const qint64 y = b.trimmed().toLongLong(&numberB);
+        return numberA && numberB && x == y;
     }
     // The box at the position, from 0; nothing out of range.
     ModuleBoxPtr At(qsizetype index) const
@@ -38,7 +48,7 @@ public:
     }
     void Remove(const QString& address)
     {
-        m_boxes.removeIf([&address](const ModuleBoxPtr& box) { return box->Address() == address; });
+        m_boxes.removeIf([&address](const ModuleBoxPtr& box) { return SameAddress(box->Address(), address); });
     }
     void Clear() { m_boxes.clear(); }
 

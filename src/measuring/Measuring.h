@@ -198,7 +198,9 @@ private:
     void Fetch(ModuleBox& box, Curve* curve, double dateFrom, double dateTo);
     // The module's time base decides an empty resolution, once.
     void SettleResolution(const ChannelCollection& collection);
-    // False, with a message, when rows times curves exceed what one grid may hold.
+    // The grid blocks a refresh of one curve, or of all, keeps at once.
+    std::size_t GridBlocks(const Curve* curve) const;
+    // False, with a message, when rows times grid blocks exceed what one grid may hold.
     bool WithinGridBudget(std::int64_t rows, std::size_t curves);
     void ChooseFirstWindow(bool fromCreate);
     QString AxisLabel(int axis, double value, const QString& text) const;

@@ -25,10 +25,13 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QLocale>
+#include <QPointer>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 // --- refresh
 
@@ -85,6 +88,15 @@ void Measuring::ApplyCosPhiAxes(Curve* single)
     }
 }
 
+namespace {
+
+// Views share their channel objects: while one view refreshes, another waits, and refreshes
+// once all have ended.
+int RunningRefreshes = 0;
+std::vector<QPointer<Measuring>> WaitingViews;
+
+} // namespace
+
 // Everything a refresh takes from the user while it runs, given back however it ends.
 class Measuring::RefreshScope
 {
@@ -95,6 +107,7 @@ public:
         , m_cChart(*measuring.m_cGraph->chart_View())
     {
         measuring.m_bRefreshing = true;
+        ++RunningRefreshes;
         QGuiApplication::setOverrideCursor(Qt::WaitCursor);
         m_bCommands = measuring.m_cHost.SetCommandsEnabled(false);
         m_bBar = m_cBar.Enabled();
@@ -109,6 +122,13 @@ public:
         m_cMeasuring.m_cHost.SetCommandsEnabled(m_bCommands);
         QGuiApplication::restoreOverrideCursor();
         m_cMeasuring.m_bRefreshing = false;
+        if (--RunningRefreshes == 0)
+            for (const QPointer<Measuring>& waiting : std::exchange(WaitingViews, {}))
+                if (waiting)
+                    QTimer::singleShot(0, waiting, [view = waiting] {
+                        if (view)
+                            view->Refresh(true);
+                    });
         emit m_cMeasuring.RefreshEnded();
     }
     RefreshScope(const RefreshScope&) = delete;
@@ -122,22 +142,32 @@ private:
     bool m_bBar = true;
 };
 
-bool Measuring::WithinGridBudget(std::int64_t rows, std::size_t curves)
+std::size_t Measuring::GridBlocks(const Curve* curve) const
 {
-    const std::int64_t values = rows * std::max<std::int64_t>(1, std::int64_t(curves));
+    // A curve of one channel shows its grid block; a sum has one per channel and its own.
+    std::size_t blocks = 0;
+    for (const auto& each : m_cCurves)
+        if (!curve || each.get() == curve)
+            blocks += each->Channels().size() + (each->Channels().size() > 1 ? 1 : 0);
+    return blocks;
+}
+
+bool Measuring::WithinGridBudget(std::int64_t rows, std::size_t blocks)
+{
+    const std::int64_t values = rows * std::max<std::int64_t>(1, std::int64_t(blocks));
     if (values <= TimeValueTransformator::MaxRows)
         return true;
     const QLocale locale;
     QString text = GetResString(494);
     text.replace(QStringLiteral("%s1"), locale.toString(qlonglong(rows)))
-        .replace(QStringLiteral("%s2"), QString::number(curves))
+        .replace(QStringLiteral("%s2"), QString::number(blocks))
         .replace(QStringLiteral("%v"), locale.toString(qlonglong(TimeValueTransformator::MaxRows)));
     WriteLog(QStringLiteral("time grid too large"),
-        QStringLiteral("The measuring %1 would need %2 rows for %3 curves on its grid, more than %4 values; nothing "
+        QStringLiteral("The measuring %1 would need %2 rows in %3 columns on its grid, more than %4 values; nothing "
                        "was fetched.")
             .arg(m_sName)
             .arg(rows)
-            .arg(curves)
+            .arg(blocks)
             .arg(TimeValueTransformator::MaxRows),
         QStringLiteral("Measuring.RefreshData"), LogLevel::Error);
     m_sFetchError = text;
@@ -165,6 +195,7 @@ void Measuring::SettleResolution(const ChannelCollection& collection)
 void Measuring::Fetch(ModuleBox& box, Curve* curve, double dateFrom, double dateTo)
 {
     QStringList ids;
+    std::vector<DataMatrixPtr> wanted;
     ChannelCollection collection;
     const qint32 address = box.Address().toInt();
     for (const auto& candidate : m_cCurves) {
@@ -173,17 +204,16 @@ void Measuring::Fetch(ModuleBox& box, Curve* curve, double dateFrom, double date
         for (const CurveChannel& channel : candidate->Channels())
             if (channel.matrix->ModuleAddress() == address && !collection.Channel(channel.matrix->ChannelID())) {
                 ids << channel.matrix->ChannelID();
+                wanted.push_back(channel.matrix);
+                // Whatever the module doesn't fill counts as not read, never as the last window.
+                channel.matrix->SetDataBlock(nullptr);
                 collection.Add(channel.matrix, channel.matrix->ChannelID());
             }
     }
     Log(282, box.Name());
     const qint32 status = box.GetData(ids.join(QLatin1Char(';')), collection, dateFrom, dateTo);
-    const qsizetype channels = GetDataChannelCount(collection);
     bool failed = status != 1 && !ids.isEmpty();
-    for (qsizetype i = 0; i < channels; ++i) {
-        const DataMatrixPtr channel = collection.Channel(i);
-        if (!channel)
-            continue;
+    for (const DataMatrixPtr& channel : wanted) {
         // A channel that couldn't be read is a gap over the whole window, never a value.
         if (!channel->DataBlock()) {
             channel->SetDataBlock(MatrixBlock::Create(0, 2));
@@ -216,6 +246,12 @@ void Measuring::RefreshData(double dateFrom, double dateTo, Curve* curve, bool a
 {
     if (!m_cGraph || m_bRefreshing)
         return;
+    if (RunningRefreshes > 0) {
+        // Another view's refresh let the events through that asked for this one.
+        if (std::find(WaitingViews.begin(), WaitingViews.end(), this) == WaitingViews.end())
+            WaitingViews.emplace_back(this);
+        return;
+    }
     RefreshScope scope(*this);
     frm_GraphicView& view = *m_cGraph;
     ChartAdapter& chart = *view.chart_View();
@@ -226,13 +262,17 @@ void Measuring::RefreshData(double dateFrom, double dateTo, Curve* curve, bool a
     // With a known resolution the window is fetched from the start of its first step, so that
     // the first row holds what was measured in it; and a window too fine to hold is refused
     // before anything is fetched.
-    const std::size_t curveCount = curve ? 1 : m_cCurves.size();
+    const std::size_t blocks = GridBlocks(curve);
     bool refused = false;
     if (!m_sIntervalUnit.isEmpty()) {
         const std::int64_t rows
             = TimeValueTransformator::RowsBetween(dateFrom, dateTo, m_sIntervalUnit, m_lIntervalCount, true);
-        refused = !WithinGridBudget(rows, curveCount);
+        refused = !WithinGridBudget(rows, blocks);
         dateFrom = TimeValueTransformator::AlignStart(dateFrom, m_sIntervalUnit);
+        // The last step may end after the window when the window isn't a whole number of steps.
+        if (const auto unit = Calendar::ParseUnit(m_sIntervalUnit); unit && !refused)
+            dateTo = std::max(
+                dateTo, Calendar::Add(*unit, qint64(rows) * std::max<qint32>(1, m_lIntervalCount), dateFrom));
     }
     // One fetch per module, with all its channels of this refresh in one list.
     if (!refused)
@@ -264,7 +304,7 @@ void Measuring::RefreshData(double dateFrom, double dateTo, Curve* curve, bool a
     } else if (!refused) {
         // The resolution may have been settled by the modules only now.
         refused = !WithinGridBudget(
-            TimeValueTransformator::RowsBetween(bar.DateFrom(), bar.DateTo(), unit, count, true), curveCount);
+            TimeValueTransformator::RowsBetween(bar.DateFrom(), bar.DateTo(), unit, count, true), blocks);
     }
     TimeValueTransformator grid;
     if (refused) {
@@ -318,8 +358,11 @@ void Measuring::RefreshData(double dateFrom, double dateTo, Curve* curve, bool a
         m_cHost.SendMessage(QStringLiteral("PROGRESS_END"), progress);
     }
 
-    bar.SetDateFrom(grid.DateFrom());
-    bar.SetDateTo(grid.DateTo());
+    // A refused window stays as the user chose it, so that a coarser resolution can follow.
+    if (!refused) {
+        bar.SetDateFrom(grid.DateFrom());
+        bar.SetDateTo(grid.DateTo());
+    }
     Log(286);
     chart.SetAxisRange(ChartAxis::X, 0.5, std::max(1.0, PointCount()) + 0.5);
     // With AutoScale both axes are fitted once more after the cursors; fitting them here too

@@ -254,6 +254,9 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
             { end.toUtf8(), "<enddate>10.03.2025 25:00</enddate>" } });
     const QString reversed
         = variant("reversed.sor", { { start.toUtf8(), "<startdate>2025-03-18 00:00:00</startdate>" } });
+    // A sum curve whose second part the module doesn't have.
+    const QString partial = variant(
+        "partial.sor", { { "<channel>1$111</channel>", "<channel>1$111</channel><channel>1$99999</channel>" } });
 
     const QString target = out.filePath("x.csv");
     const struct
@@ -264,6 +267,7 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
     } cases[] = {
         { { "--export-csv", target, out.filePath("missing.sor") }, ExitCode::View, "does not exist" },
         { { "--export-csv", target, unknownModule }, ExitCode::View, "address 7" },
+        { { "--export-csv", target, partial }, ExitCode::View, "the channel 1$99999 of the curve" },
         { { "--export-csv", target, badStart }, ExitCode::View,
             "the view file \"" + badStart + "\" has an unreadable startdate: \"2025-13-45\"" },
         { { "--export-csv", target, badUnit }, ExitCode::View,

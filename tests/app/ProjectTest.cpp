@@ -77,6 +77,8 @@ TEST_F(ProjectTest, CaptionIsTheConfiguredNameAndMessagesSetTheStatusTextAndTheP
         EXPECT_EQ(bar->value(), value) << params;
     }
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    send("PROGRESS_UPDATE", "UM1;0.375");
+    EXPECT_NEAR(bar->value(), 37.5, 1) << "read as written, not as a German 375";
     send("PROGRESS_UPDATE", "TR1;0,75");
     EXPECT_EQ(bar->value(), 75);
     send("PROGRESS_END", "TR1");
@@ -108,6 +110,8 @@ TEST_F(ProjectTest, RegistrationsAreBoundInOrderAndMalformedOrDuplicateOnesSkipp
     for (const ModuleBoxPtr& box : project.DataModules())
         addresses << box->Address() + "=" + box->Name();
     EXPECT_EQ(addresses, QStringList({ "1=Alpha", "2=Eps" })) << "a failing handler hand-over binds all the same";
+    ASSERT_TRUE(project.DataModules().Item("02"));
+    EXPECT_EQ(project.DataModules().Item("02")->Name(), "Eps") << "addresses are found as numbers";
     EXPECT_EQ(log.From(Source), expected) << log.Dump();
     // Only bound modules get the handler; the duplicate is never created.
     EXPECT_EQ(S::Calls("Alpha", "SetMessageHandler"), 1);
@@ -128,18 +132,21 @@ TEST_F(ProjectTest, ChannelsChangedResetsTheCacheOfThatModuleOnly)
     announcer->GetChannelList(nullptr);
     other->GetChannelList(nullptr);
 
-    for (const QString address : { "9", "", "01" })
+    for (const QString address : { "9", "", "x" })
         project.MsgHandler()->Send("CHANNELS_CHANGED", address);
     EXPECT_NE(other->Channel(""), nullptr);
     project.MsgHandler()->Send("CHANNELS_CHANGED", "2");
     EXPECT_NE(announcer->Channel(""), nullptr);
     EXPECT_EQ(other->Channel(""), nullptr);
+    project.MsgHandler()->Send("CHANNELS_CHANGED", "01");
+    EXPECT_EQ(announcer->Channel(""), nullptr) << "addresses are numbers";
+    announcer->GetChannelList(nullptr);
 
     // The module announces through the handler it was given.
     announcer->ShowConfig();
     EXPECT_EQ(announcer->Channel(""), nullptr);
     announcer->GetChannelList(nullptr);
-    EXPECT_EQ(S::Calls("Announcer", "GetChannelOverview"), 2);
+    EXPECT_EQ(S::Calls("Announcer", "GetChannelOverview"), 3);
 }
 
 TEST_F(ProjectTest, NewMeasuringIdIsTheLoggerOfTheFirstChannelAndKept)

@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <tuple>
 #include <utility>
 
@@ -97,6 +98,8 @@ public:
         messages << name + ":" + params;
         if (!commands)
             ++messagesWhileBusy;
+        if (onMessage)
+            onMessage(name);
     }
     void CallMenu(const QString& menu) override { menus << menu; }
     void ShowError(const QString& text) override { errors << text; }
@@ -107,6 +110,7 @@ public:
     QStringList errors;
     bool commands = true;
     int messagesWhileBusy = 0;
+    std::function<void(const QString&)> onMessage; // what a user does while the events run
 };
 
 class MeasuringFixture : public ::testing::Test

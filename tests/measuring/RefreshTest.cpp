@@ -7,6 +7,7 @@
 #include "Numeric.h"
 #include "ResStrings.h"
 
+#include <QCoreApplication>
 #include <QTreeWidget>
 
 namespace {
@@ -86,6 +87,7 @@ TEST_F(RefreshTest, AGridTooLargeForMemoryIsRefusedBeforeAnythingIsFetched)
     EXPECT_EQ(measuring->FetchError(), host.errors.front());
     EXPECT_NE(log.Dump().find("time grid too large"), std::string::npos) << log.Dump();
     EXPECT_LE(Chart().PointCount(), 1);
+    EXPECT_EQ(Span(), std::pair(D(2008, 6, 1), D(2009, 6, 1))) << "the window stays for a coarser resolution";
 
     // A day of it is fine.
     host.errors.clear();
@@ -93,6 +95,36 @@ TEST_F(RefreshTest, AGridTooLargeForMemoryIsRefusedBeforeAnythingIsFetched)
     measuring->Refresh(true);
     EXPECT_TRUE(host.errors.isEmpty());
     EXPECT_EQ(Chart().PointCount(), 86400);
+}
+
+TEST_F(RefreshTest, AViewAskedToRefreshDuringAnothersRefreshWaitsForItsEnd)
+{
+    Open(900);
+    Add("3$L#1");
+    Window(D(2009, 2, 10), D(2009, 2, 11));
+    // A second view of the same channel object, asked to refresh from inside the first's events.
+    Measuring second(host);
+    ASSERT_EQ(second.Init(), 0);
+    second.DataModules().Add(host.modules.Item("3"));
+    Curve* other = second.AddCurve("3$L#1", false, "", "", nullptr);
+    ASSERT_TRUE(other);
+    second.Window()->nav_Navigate()->SetDateFrom(D(2009, 2, 12));
+    second.Window()->nav_Navigate()->SetDateTo(D(2009, 2, 13));
+    int fetchesInside = -1;
+    host.onMessage = [&](const QString& name) {
+        if (name != "PROGRESS_UPDATE" || fetchesInside >= 0)
+            return;
+        second.Refresh(true);
+        fetchesInside = generated->fetches;
+    };
+    measuring->Refresh(true);
+    host.onMessage = nullptr;
+    EXPECT_EQ(fetchesInside, 1) << "the second view did not fetch inside the first's refresh";
+    EXPECT_EQ(Chart().Value(0, 40), 10.0);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(generated->fetches, 2) << "and refreshed once it was over";
+    EXPECT_EQ(second.Chart()->PointCount(), 96);
+    EXPECT_EQ(second.Chart()->Value(other->SeriesID(), 40), 10.0);
 }
 
 TEST_F(RefreshTest, CommandsAreOffWhileItRunsAndTheProgressReachesItsEnd)

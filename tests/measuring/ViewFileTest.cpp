@@ -139,6 +139,19 @@ TEST_F(ViewFile, TreeCheckBoxesHideCurvesAndLinesAndAreSaved)
 
     node->setCheckState(0, Qt::Checked);
     EXPECT_TRUE(curve.Visible() && chart.SeriesVisible(curve.SeriesID()));
+
+    // A hidden cursor goes at the next refresh; the one behind it keeps what the user chose,
+    // though its node is the one the first had.
+    curve.SetCursor(10, &chart, &chart.Annotations(), 0);
+    curve.SetCursor(60, &chart, &chart.Annotations(), 0);
+    ASSERT_EQ(curve.Cursors().size(), 2u);
+    Node("S_3$L#1_HP1")->setCheckState(0, Qt::Unchecked);
+    EXPECT_FALSE(curve.Cursors()[0]->CursorStatistic().Visible());
+    view.Refresh(true);
+    ASSERT_EQ(curve.Cursors().size(), 1u);
+    EXPECT_EQ(curve.Cursors()[0]->Index(), 60);
+    EXPECT_TRUE(curve.Cursors()[0]->CursorStatistic().Visible()) << "the tree's own update is no click";
+    EXPECT_EQ(Node("S_3$L#1_HP1")->checkState(0), Qt::Checked);
 }
 
 } // namespace

@@ -277,7 +277,12 @@ ChartAdapter::ChartAdapter(QWidget* parent)
     d->pendingReplot = new QTimer(this);
     d->pendingReplot->setSingleShot(true);
     d->pendingReplot->setInterval(0);
-    connect(d->pendingReplot, &QTimer::timeout, this, &ChartAdapter::Replot);
+    // While updates are held (a refresh fills the chart), the replot waits for the one that
+    // ends the hold.
+    connect(d->pendingReplot, &QTimer::timeout, this, [this] {
+        if (updatesEnabled())
+            Replot();
+    });
     for (int axis = 0; axis < 3; ++axis)
         connect(d->Axis(axis), qOverload<const QCPRange&>(&QCPAxis::rangeChanged), this, &ChartAdapter::Repaint);
 }
