@@ -29,7 +29,7 @@ public:
     // dates only serve alignment; without one, steps of intervalCount units run from
     // dateFrom to dateTo. An unknown unit counts as "s", a count below 1 as 1.
     void Init(double dateFrom, double dateTo, const QString& interval, qint32 intervalCount, bool align,
-        const MatrixBlockPtr& timeBase = nullptr);
+              const MatrixBlockPtr& timeBase = nullptr);
 
     // Builds the grid block of a raw block (column 0 time, column 1 values, ascending) and
     // keeps it under name. aggregation is the channel's DataType. A name already in use keeps

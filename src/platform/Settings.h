@@ -24,103 +24,46 @@ inline constexpr char KeyQuandelKeys[] = "Software\\HARVOLD\\QUANDEL\\Keys";
 inline constexpr char KeyIdentities[] = "Identities\\";
 
 enum class Read {
-    Fallback, ///< per-user value, else machine-wide value, else the default
+    Fallback,    ///< per-user value, else machine-wide value, else the default
     MachineOnly, ///< the machine-wide value alone
-    UserOnly ///< the per-user value alone
+    UserOnly     ///< the per-user value alone
 };
 
 enum class Id {
     // installation branding
-    ApplicationName,
-    SplashPicture,
-    StartupPicture,
-    VendorLogo,
-    VendorURL,
-    ShowBatchWindow,
+    ApplicationName, SplashPicture, StartupPicture, VendorLogo, VendorURL, ShowBatchWindow,
     // main settings
-    LangOffset,
-    WhoAmI,
-    LogPath,
-    LogDaily,
-    LogMode,
-    LogAppend,
-    Profiles,
-    CompanyName,
-    CompanyAddress,
-    ShowSplashScreen,
-    SplashScreenTime,
-    ShowStartupWindow,
-    ExtendedChannelSelection,
-    OnCloseMeasuring,
-    OnNewMeasuring,
-    ZoomArea,
-    CursorCrossHairs,
-    CursorLine,
-    CrossHairs,
-    ToolTips,
-    ClosePreviewAfterPrint,
-    NavSmallStep,
-    NavMediumStep,
-    NavBigStep,
-    TableFontName,
-    TableFontSize,
+    LangOffset, WhoAmI, LogPath, LogDaily, LogMode, LogAppend, Profiles,
+    CompanyName, CompanyAddress, ShowSplashScreen, SplashScreenTime, ShowStartupWindow,
+    ExtendedChannelSelection, OnCloseMeasuring, OnNewMeasuring, ZoomArea, CursorCrossHairs,
+    CursorLine, CrossHairs, ToolTips, ClosePreviewAfterPrint, NavSmallStep, NavMediumStep,
+    NavBigStep, TableFontName, TableFontSize,
     // main window
-    WindowState,
-    WindowLeft,
-    WindowTop,
-    WindowWidth,
-    WindowHeight,
-    PreviewZoom,
-    BatchMode,
-    HiderTop,
-    HiderLeft,
+    WindowState, WindowLeft, WindowTop, WindowWidth, WindowHeight, PreviewZoom, BatchMode,
+    HiderTop, HiderLeft,
     // recent files; RecentFile takes the number 1..Count
-    RecentCount,
-    RecentFile,
+    RecentCount, RecentFile,
     // display of one statistic; these take the statistic's name ("Maximum", "Count", ...)
-    IndizesShow,
-    IndizesFormatNumber,
-    IndizesFormatDate,
-    IndizesUseDate,
+    IndizesShow, IndizesFormatNumber, IndizesFormatDate, IndizesUseDate,
     // reports
-    ReportLeft,
-    ReportRight,
-    ReportTop,
-    ReportBottom,
-    ReportHeadHeight,
-    ReportFootHeight,
-    ReportDrawLine,
-    ReportSelection,
+    ReportLeft, ReportRight, ReportTop, ReportBottom, ReportHeadHeight, ReportFootHeight,
+    ReportDrawLine, ReportSelection,
     // what the new-measuring wizard remembers; Customer and AxisBorder take their index
-    NewDataModules,
-    NewIndizes,
-    NewShowIndizes,
-    NewCustomer,
-    NewOptResolution,
-    NewResolutionCount,
-    NewResolutionUnit,
-    NewMinCursor,
-    NewMaxCursor,
-    NewAxisBorders,
-    NewAxisBorder,
-    NewUseSingleAxis,
-    NewUseLgaDays,
-    NewLgaNumValues,
-    NewLgaGallery,
-    NewChkFixedLine,
-    NewFixedLine,
+    NewDataModules, NewIndizes, NewShowIndizes, NewCustomer, NewOptResolution,
+    NewResolutionCount, NewResolutionUnit, NewMinCursor, NewMaxCursor, NewAxisBorders,
+    NewAxisBorder, NewUseSingleAxis, NewUseLgaDays, NewLgaNumValues, NewLgaGallery,
+    NewChkFixedLine, NewFixedLine,
     // outside the product's tree: names the bar layout file
     LastUsername,
     Count_
 };
 
-struct Definition
-{
+struct Definition {
     Id id;
-    const char* key; ///< key path; "%1" is filled by the argument of Indizes values
-    const char* name; ///< value name; "%1" is filled by an index argument
+    const char* key;          ///< key path; "%1" is filled by the argument of Indizes values
+    const char* name;         ///< value name; "%1" is filled by an index argument
     Read read;
-    Hive writeHive; ///< where the program writes the value
+    Hive writeHive;           ///< where the program writes the value
     const char* defaultValue; ///< nullptr: no default, the caller keeps what it has
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "ResStrings.h"
 #include "Globals.h"
+#include "ResStrings.h"
 
 #include <QRegularExpression>
 #include <QStringList>
@@ -41,7 +41,7 @@ TEST_F(ResStrings, HoldsTwoCompleteBlocksOfTrimmedTextsAndTranslatedTwinsOfTheSa
     int differing = 0;
     for (int id = kFirstId; id <= kLastId; ++id) {
         const QString german = ResStringRaw(id), english = ResStringRaw(id + kEnglish);
-        for (const QString& text : { german, english })
+        for (const QString& text : {german, english})
             EXPECT_TRUE(!text.trimmed().isEmpty() && text == text.trimmed() && !text.contains(u'\\'))
                 << "id " << id << ": '" << text.toStdString() << "'";
         differing += german != english ? 1 : 0;
@@ -53,7 +53,7 @@ TEST_F(ResStrings, HoldsTwoCompleteBlocksOfTrimmedTextsAndTranslatedTwinsOfTheSa
         EXPECT_TRUE(key < 0 || (key + 1 < english.size() && english[key + 1].isLetterOrNumber()))
             << "id " << id + kEnglish << ": " << english.toStdString();
     }
-    for (int id : { kFirstId - 1, kLastId + 1, kFirstId - 1 + kEnglish, kLastId + 1 + kEnglish })
+    for (int id : {kFirstId - 1, kLastId + 1, kFirstId - 1 + kEnglish, kLastId + 1 + kEnglish})
         EXPECT_TRUE(ResStringRaw(id).isNull()) << "id " << id;
     EXPECT_EQ(ResStringCount(), 2 * (kLastId - kFirstId + 1));
     // A block copied over without translation would pass the shape checks above.
@@ -63,17 +63,13 @@ TEST_F(ResStrings, HoldsTwoCompleteBlocksOfTrimmedTextsAndTranslatedTwinsOfTheSa
 TEST_F(ResStrings, OffsetChoosesTheLanguageAndAMissingTextShowsItsId)
 {
     constexpr qint32 kLowest = std::numeric_limits<qint32>::min();
-    const struct
-    {
-        qint32 offset;
-        int id;
-        const char16_t* text;
-    } cases[] = { { 0, 200, u"SoRaNo" }, { 0, 204, u"&Datei" }, { 0, 431, u"%v um %l" }, { 0, 260, u"Über @..." },
-        { 0, 488, u"Die angegebene Datei %s existiert bereits.\nSoll die Datei überschrieben werden?" },
-        { kEnglish, 204, u"&File" }, { kEnglish, 431, u"%v at %l" },
+    const struct { qint32 offset; int id; const char16_t* text; } cases[] = {{0, 200, u"SoRaNo"},
+        {0, 204, u"&Datei"}, {0, 431, u"%v um %l"}, {0, 260, u"Über @..."},
+        {0, 488, u"Die angegebene Datei %s existiert bereits.\nSoll die Datei überschrieben werden?"},
+        {kEnglish, 204, u"&File"}, {kEnglish, 431, u"%v at %l"},
         // Ids outside the table and offsets past it show the id, also where a 32-bit sum would wrap to 1204.
-        { 0, 199, u"199" }, { 0, -7, u"-7" }, { kEnglish, 496, u"496" }, { 5000, 493, u"493" },
-        { std::numeric_limits<qint32>::max(), 204, u"204" }, { kLowest + 1204, kLowest, u"-2147483648" } };
+        {0, 199, u"199"}, {0, -7, u"-7"}, {kEnglish, 496, u"496"}, {5000, 493, u"493"},
+        {std::numeric_limits<qint32>::max(), 204, u"204"}, {kLowest + 1204, kLowest, u"-2147483648"}};
     for (const auto& c : cases) {
         g_lLangOffset = c.offset;
         EXPECT_EQ(GetResString(c.id), QString::fromUtf16(c.text)) << "id " << c.id << " at offset " << c.offset;
