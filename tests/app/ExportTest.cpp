@@ -3,6 +3,7 @@
 // straight from the database file, bad command lines, and the views as documents of the main window.
 #include "ChartAdapter.h"
 #include "CommandLine.h"
+#include "DemoFixture.h"
 #include "Globals.h"
 #include "MatrixScriptEngine.h"
 #include "Measuring.h"
@@ -136,20 +137,9 @@ QByteArray ReadAll(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-class ExportTest : public ::testing::Test
+class ExportTest : public DemoFixture
 {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(QFile::exists(Demo));
-        qputenv("SORANO_MODULE_PATH", SORANO_SQLITE_PLUGIN_DIR);
-        roots.SetMachine("Software\\HARVOLD\\DataModules", "Demo", "Sorano.SQLite:1");
-        roots.SetMachine("Software\\HARVOLD\\ModuleSettings\\Demo", "Database", Demo);
-        roots.SetMachine(KeySettings, "LogPath", roots.Path());
-        g_cScriptEngine = &engine;
-    }
-    void TearDown() override { g_cScriptEngine = nullptr; }
-
     int Export(const QStringList& arguments, QString& error)
     {
         const CommandLine command = ParseCommandLine(arguments);
@@ -185,8 +175,6 @@ protected:
         return finished && program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
     }
 
-    TempSettings roots;
-    QTemporaryDir out;
     MatrixScriptEngine engine;
 };
 

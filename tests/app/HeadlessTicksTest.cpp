@@ -3,6 +3,7 @@
 // in the same size.
 #include "ChartAdapter.h"
 #include "CommandLine.h"
+#include "DemoFixture.h"
 #include "Globals.h"
 #include "MatrixScriptEngine.h"
 #include "Measuring.h"
@@ -22,9 +23,6 @@
 #include <vector>
 
 namespace {
-
-const QString Demo = QStringLiteral(SORANO_DEMO_DATABASE);
-const QString Examples = QStringLiteral(SORANO_EXAMPLES_DIR);
 
 // Columns crossed by a vertical grid line: grey (neither white nor black) over a good part of
 // the height, which no curve and no horizontal line gives.
@@ -64,24 +62,7 @@ std::vector<QPair<int, int>> TextSpans(const QImage& strip)
     return spans;
 }
 
-class HeadlessTicksTest : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(QFile::exists(Demo));
-        qputenv("SORANO_MODULE_PATH", SORANO_SQLITE_PLUGIN_DIR);
-        roots.SetMachine("Software\\HARVOLD\\DataModules", "Demo", "Sorano.SQLite:1");
-        roots.SetMachine("Software\\HARVOLD\\ModuleSettings\\Demo", "Database", Demo);
-        roots.SetMachine("Software\\HARVOLD\\Sorano\\Settings", "LogPath", roots.Path());
-        g_cScriptEngine = &engine;
-    }
-    void TearDown() override { g_cScriptEngine = nullptr; }
-
-    TempSettings roots;
-    QTemporaryDir out;
-    MatrixScriptEngine engine;
-};
+using HeadlessTicksTest = DemoFixture;
 
 TEST_F(HeadlessTicksTest, ExportedChartsHaveTheTicksOfTheWindowInTheirSize)
 {

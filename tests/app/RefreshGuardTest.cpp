@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A view's refresh lets window events through: closing the view or the program from inside it
 // waits for its end, and the commands and the pointer say that it is busy.
+#include "DemoFixture.h"
 #include "Globals.h"
 #include "MatrixScriptEngine.h"
 #include "Measuring.h"
@@ -22,23 +23,15 @@
 
 namespace {
 
-const QString KeySettings = QStringLiteral("Software\\HARVOLD\\Sorano\\Settings");
-
-class RefreshGuardTest : public ::testing::Test
+class RefreshGuardTest : public DemoFixture
 {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(QFile::exists(SORANO_DEMO_DATABASE));
-        qputenv("SORANO_MODULE_PATH", SORANO_SQLITE_PLUGIN_DIR);
-        roots.SetMachine("Software\\HARVOLD\\DataModules", "Demo", "Sorano.SQLite:1");
-        roots.SetMachine("Software\\HARVOLD\\ModuleSettings\\Demo", "Database", SORANO_DEMO_DATABASE);
-        roots.SetMachine(KeySettings, "LogPath", roots.Path());
+        DemoFixture::SetUp();
         roots.SetUser(KeySettings, "OnCloseMeasuring", "1"); // close without asking
-        g_cScriptEngine = &engine;
-        ASSERT_TRUE(QFile::copy(SORANO_EXAMPLES_DIR "/Hauptzaehler.sor", out.filePath("main.sor")));
+        ASSERT_TRUE(QFile::copy(Examples + "/Hauptzaehler.sor", out.filePath("main.sor")));
     }
-    void TearDown() override { g_cScriptEngine = nullptr; }
 
     static void Settle()
     {
@@ -47,10 +40,6 @@ protected:
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         }
     }
-
-    TempSettings roots;
-    QTemporaryDir out;
-    MatrixScriptEngine engine;
 };
 
 TEST_F(RefreshGuardTest, ClosingTheViewAndTheProgramFromInsideARefreshWaitsForItsEnd)
