@@ -117,7 +117,12 @@ public:
     ~RefreshScope()
     {
         m_cChart.setUpdatesEnabled(true);
-        m_cChart.Replot();
+        // A chart nobody sees yet (a view being opened, a picture made without a window) is
+        // drawn when it is shown or pictured, not now.
+        if (m_cChart.isVisible())
+            m_cChart.Replot();
+        else
+            m_cChart.Repaint();
         m_cBar.SetEnabled(m_bBar);
         m_cMeasuring.m_cHost.SetCommandsEnabled(m_bCommands);
         QGuiApplication::restoreOverrideCursor();
