@@ -9,6 +9,7 @@
 #include "RegistryKey.h"
 #include "ResStrings.h"
 #include "Settings.h"
+#include "ViewDialogs.h"
 #include "frm_DataModules.h"
 #include "frm_GraphicView.h"
 #include "frm_Main.h"
@@ -51,6 +52,7 @@ qint32 Project::Init()
     m_mainWindow = std::make_unique<frm_Main>();
     if (!m_mainWindow)
         return -1;
+    InstallViewDialogs();
     m_mainWindow->SetCloseRequestHandler([this] { return Terminate(false); });
     connect(m_mainWindow->ToolExtrasConfig(), &QAction::triggered, this, &Project::ConfigureDataModules);
     const auto onTool = [this](const char* name, auto command) {

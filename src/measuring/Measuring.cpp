@@ -29,6 +29,12 @@
 
 namespace {
 
+MeasuringDialogs& Dialogs()
+{
+    static MeasuringDialogs dialogs;
+    return dialogs;
+}
+
 constexpr double FarFuture = 146462.0; // 2300-01-01, above every data date
 
 QString SettingOr(Settings::Id id, const char* fallback)
@@ -82,6 +88,7 @@ qint32 Measuring::Init()
         SetChanged(true);
         m_cHost.UpdateToolStates();
     });
+    connect(view.nav_Navigate(), &ctl_NavBar::DblClick, this, [this] { EditProperties(); });
     connect(view.nav_Vertical(), &ctl_VertNavBar::Move, this,
         [this](bool upper, bool lower, int direction) { OnVerticalMove(ChartAxis::Y1, upper, lower, direction); });
     connect(view.nav_Vertical2(), &ctl_VertNavBar::Move, this,
@@ -364,6 +371,43 @@ void Measuring::ReloadSettings()
     bar->SetSmallStep(SettingOr(Settings::Id::NavSmallStep, "1h"));
     bar->SetMediumStep(SettingOr(Settings::Id::NavMediumStep, "1d"));
     bar->SetBigStep(SettingOr(Settings::Id::NavBigStep, "1m"));
+}
+
+void Measuring::SetDialogs(MeasuringDialogs dialogs)
+{
+    Dialogs() = std::move(dialogs);
+}
+
+qint32 Measuring::EditProperties()
+{
+    const qint32 status = Dialogs().properties ? Dialogs().properties(*this) : -1;
+    if (status > 0) {
+        SetChanged(true);
+        m_cHost.UpdateToolStates();
+    }
+    return status;
+}
+
+qint32 Measuring::ManageCurves()
+{
+    const qint32 status = Dialogs().curves ? Dialogs().curves(*this) : -1;
+    if (status > 0) {
+        SetChanged(true);
+        m_cHost.UpdateToolStates();
+    }
+    return status;
+}
+
+qint32 Measuring::EditCurveProperties()
+{
+    if (!m_cCurrentCurve)
+        return 0;
+    const qint32 status = Dialogs().curveProperties ? Dialogs().curveProperties(*this, *m_cCurrentCurve) : -1;
+    if (status > 0) {
+        SetChanged(true);
+        m_cHost.UpdateToolStates();
+    }
+    return status;
 }
 
 void Measuring::RemoveCursors(bool allCurves)

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -18,9 +19,19 @@ class ChartAdapter;
 class ChartAnnotation;
 class MeasuringHost;
 class TimeValueTransformator;
+class Measuring;
 class frm_GraphicView;
 class QPicture;
 class QTreeWidgetItem;
+
+// The dialogs that edit a view live above this library; the application hands them in. Each
+// returns its ShowMe status: non-zero when it changed the view (it refreshes the view itself).
+struct MeasuringDialogs
+{
+    std::function<qint32(Measuring&)> properties; ///< frm_MeasuringProperties
+    std::function<qint32(Measuring&)> curves; ///< frm_Curves
+    std::function<qint32(Measuring&, Curve&)> curveProperties; ///< frm_CurveProperties
+};
 
 class Measuring : public QObject
 {
@@ -103,6 +114,12 @@ public:
     bool HasFirstLastInfo() const;
     void ReloadSettings();
     void RemoveCursors(bool allCurves);
+    // The view's dialogs: the status of their ShowMe, -1 when there is none; a non-zero
+    // status marks the view changed. The curve dialog edits the current curve.
+    qint32 EditProperties();
+    qint32 ManageCurves();
+    qint32 EditCurveProperties();
+    static void SetDialogs(MeasuringDialogs dialogs);
     // Selects the curve of a statistic tree node, as a click on it does.
     void NodeClick(const QString& tag);
     // Treats the statistic tree's selected node as clicked, selecting the first when none is.

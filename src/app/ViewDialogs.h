@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Hands the dialogs that edit a view to the view document, which can't know them itself.
+#pragma once
+
+void InstallViewDialogs();
