@@ -2,9 +2,13 @@
 #include "ViewDialogs.h"
 
 #include "Measuring.h"
+#include "frm_GraphicView.h"
+#include "frm_MeasuringProperties.h"
 
 void InstallViewDialogs()
 {
     MeasuringDialogs dialogs;
+    dialogs.properties
+        = [](Measuring& measuring) { return frm_MeasuringProperties(measuring, measuring.Window()).ShowMe(); };
     Measuring::SetDialogs(std::move(dialogs));
 }
