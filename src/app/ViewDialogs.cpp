@@ -2,6 +2,7 @@
 #include "ViewDialogs.h"
 
 #include "Measuring.h"
+#include "frm_Curves.h"
 #include "frm_GraphicView.h"
 #include "frm_MeasuringProperties.h"
 
@@ -10,5 +11,6 @@ void InstallViewDialogs()
     MeasuringDialogs dialogs;
     dialogs.properties
         = [](Measuring& measuring) { return frm_MeasuringProperties(measuring, measuring.Window()).ShowMe(); };
+    dialogs.curves = [](Measuring& measuring) { return frm_Curves(measuring.Window()).ShowMe(measuring); };
     Measuring::SetDialogs(std::move(dialogs));
 }

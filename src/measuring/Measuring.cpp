@@ -318,6 +318,24 @@ bool Measuring::AddChannel(Curve& curve, const QString& channelKey)
     return qsizetype(curve.Channels().size()) > before;
 }
 
+bool Measuring::RemoveCurve(const QString& id)
+{
+    const auto found = std::find_if(
+        m_cCurves.begin(), m_cCurves.end(), [&id](const std::unique_ptr<Curve>& curve) { return curve->ID() == id; });
+    if (found == m_cCurves.end())
+        return false;
+    Curve& curve = **found;
+    curve.RemoveCursor(-1);
+    curve.RemoveFromView();
+    // Series are numbered in the chart; the later curves keep theirs and this one stays hidden.
+    if (curve.Chart() && curve.SeriesID() >= 0 && curve.SeriesID() < curve.Chart()->SeriesCount())
+        curve.Chart()->SetSeriesVisible(curve.SeriesID(), false);
+    if (m_cCurrentCurve == &curve)
+        SetCurrentCurve(nullptr);
+    m_cCurves.erase(found);
+    return true;
+}
+
 qint32 Measuring::NextFreeColor() const
 {
     QList<qint32> used;

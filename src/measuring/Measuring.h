@@ -108,6 +108,9 @@ public:
     // Adds a further channel "<address>$<id>" to a curve, which then shows their sum; false
     // when the module or channel is unknown or the curve has it already.
     bool AddChannel(Curve& curve, const QString& channelKey);
+    // Takes the curve out of the view: its tree nodes, table column and cursors go, its chart
+    // series is hidden. False when there is no such curve.
+    bool RemoveCurve(const QString& id);
     qint32 NextFreeColor() const;
     double FirstDataDate() const;
     double LastDataDate() const;
