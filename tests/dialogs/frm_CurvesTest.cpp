@@ -120,6 +120,10 @@ TEST_F(CurvesDialogTest, RemovingACurveTakesItOutOfTheView)
     Add("3$L#1");
     Add("3$L#3");
     Day();
+    const qint32 removedSeries = measuring->FindCurve("3$L#3")->SeriesID();
+    QTreeWidget* tree = measuring->Window()->trv_Statistics();
+    ASSERT_NE(ChannelTree::FindItem(tree, "S_3$L#3"), nullptr);
+    ASSERT_TRUE(Chart().SeriesVisible(removedSeries));
 
     const qint32 status = Show([&](frm_Curves& dialog) {
         SelectCurve(dialog, 1);
@@ -131,6 +135,9 @@ TEST_F(CurvesDialogTest, RemovingACurveTakesItOutOfTheView)
     EXPECT_EQ(status, 1);
     EXPECT_EQ(CurveIds(), QStringList("3$L#1"));
     EXPECT_EQ(measuring->FindCurve("3$L#3"), nullptr);
+    EXPECT_EQ(ChannelTree::FindItem(tree, "S_3$L#3"), nullptr) << "its statistic node went";
+    EXPECT_NE(ChannelTree::FindItem(tree, "S_3$L#1"), nullptr);
+    EXPECT_FALSE(Chart().SeriesVisible(removedSeries)) << "its line is no longer drawn";
     ASSERT_TRUE(measuring->Curves().front()->Result());
     EXPECT_EQ(measuring->Curves().front()->Result()->DataBlock()->Rows(), 24) << "the rest refreshed";
 }
