@@ -101,6 +101,21 @@ MeasuringPropertiesProblems MeasuringPropertiesRules::Check(const MeasuringPrope
     return problems;
 }
 
+std::optional<int> MeasuringPropertiesRules::StepSeconds(const QString& unit, qint32 count)
+{
+    static const std::vector<std::pair<QString, int>> fixed { { QStringLiteral("s"), 1 }, { QStringLiteral("n"), 60 },
+        { QStringLiteral("h"), 3600 }, { QStringLiteral("d"), 86400 } };
+    if (count < 1)
+        return std::nullopt;
+    for (const auto& [code, seconds] : fixed)
+        if (code == unit)
+            return static_cast<int>(std::min<qint64>(qint64(seconds) * count, 86400));
+    // Weeks, months and years have no time of day worth stepping through.
+    if (unit == QLatin1String("ww") || unit == QLatin1String("m") || unit == QLatin1String("yyyy"))
+        return 86400;
+    return std::nullopt;
+}
+
 QString MeasuringPropertiesRules::DurationText(double start, double end)
 {
     const double span = std::max(0.0, end - start);

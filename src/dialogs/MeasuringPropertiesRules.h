@@ -60,6 +60,9 @@ public:
     static std::optional<double> ParseNumber(const QString& text);
     // A resolution count: a whole number of at least 1.
     static std::optional<qint32> ParseCount(const QString& text);
+    // The step of the date entries for a resolution: one resolution step for seconds up to days,
+    // a day for the longer units, nothing for a unit or count it does not know.
+    static std::optional<int> StepSeconds(const QString& unit, qint32 count);
     // The span between two dates in days and hours, as the dialog shows it.
     static QString DurationText(double start, double end);
 

@@ -74,6 +74,7 @@ frm_MeasuringProperties::frm_MeasuringProperties(Measuring& view, QWidget* paren
         connect(edit->Editor(), &QLineEdit::editingFinished, this, &frm_MeasuringProperties::UpdateState);
     connect(m_fromData, &QRadioButton::toggled, this, &frm_MeasuringProperties::UpdateState);
     connect(m_count, &QLineEdit::textChanged, this, &frm_MeasuringProperties::UpdateState);
+    connect(m_unit, &QComboBox::currentIndexChanged, this, &frm_MeasuringProperties::UpdateState);
     for (int axis : { ChartAxis::Y1, ChartAxis::Y2 }) {
         connect(m_axisMin[axis], &QLineEdit::textChanged, this, &frm_MeasuringProperties::UpdateState);
         connect(m_axisMax[axis], &QLineEdit::textChanged, this, &frm_MeasuringProperties::UpdateState);
@@ -250,6 +251,16 @@ void frm_MeasuringProperties::UpdateState()
     m_countMark->setVisible(problems.count);
     m_count->setEnabled(!entries.fromData);
     m_unit->setEnabled(!entries.fromData);
+    // The date entries step by the resolution the view will show; the data's own one is the
+    // one the view read last.
+    const auto step = entries.fromData
+        ? MeasuringPropertiesRules::StepSeconds(m_view.IntervalUnit(), m_view.IntervalCount())
+        : MeasuringPropertiesRules::StepSeconds(
+            entries.unit, MeasuringPropertiesRules::ParseCount(entries.count).value_or(0));
+    if (step) {
+        m_start->SetStepSeconds(*step);
+        m_end->SetStepSeconds(*step);
+    }
     for (int axis : { ChartAxis::Y1, ChartAxis::Y2 })
         m_axisMark[axis]->setVisible(problems.axis[axis]);
     OkButton()->setEnabled(!period && !problems.Any());

@@ -88,6 +88,8 @@ TEST_F(MeasuringPropertiesTest, NewPeriodAndResolutionAreWrittenAndFetchedAgain)
         Click(dialog.NormalisedOption());
         Type(dialog.CountEdit(), "2");
         Choose(dialog.UnitBox(), "h");
+        EXPECT_EQ(dialog.StartEdit()->StepSeconds(), 7200);
+        EXPECT_EQ(dialog.EndEdit()->StepSeconds(), 7200);
         EXPECT_TRUE(dialog.OkButton()->isEnabled());
         Click(dialog.OkButton());
     });
@@ -353,6 +355,20 @@ TEST(MeasuringPropertiesRules, CheckFindsEachProblemByItself)
     EXPECT_TRUE(problems.axis[1]);
     axis.axisMin[0] = "11";
     EXPECT_TRUE(MeasuringPropertiesRules::Check(axis).axis[0]);
+}
+
+TEST(MeasuringPropertiesRules, DateStepsFollowTheResolution)
+{
+    EXPECT_EQ(MeasuringPropertiesRules::StepSeconds("s", 10), 10);
+    EXPECT_EQ(MeasuringPropertiesRules::StepSeconds("n", 15), 900);
+    EXPECT_EQ(MeasuringPropertiesRules::StepSeconds("h", 2), 7200);
+    EXPECT_EQ(MeasuringPropertiesRules::StepSeconds("d", 1), 86400);
+    EXPECT_EQ(MeasuringPropertiesRules::StepSeconds("d", 3), 86400); // a day at most
+    for (const char* unit : { "ww", "m", "yyyy" })
+        EXPECT_EQ(MeasuringPropertiesRules::StepSeconds(unit, 1), 86400) << unit;
+    EXPECT_FALSE(MeasuringPropertiesRules::StepSeconds("n", 0));
+    EXPECT_FALSE(MeasuringPropertiesRules::StepSeconds("", 5));
+    EXPECT_FALSE(MeasuringPropertiesRules::StepSeconds("x", 5));
 }
 
 TEST(MeasuringPropertiesRules, DurationIsShownInDaysAndHours)
