@@ -66,7 +66,7 @@ frm_Curves::frm_Curves(QWidget* parent)
 
     m_curves = new QTreeWidget(this);
     m_curves->setObjectName(QStringLiteral("trv_Curves"));
-    m_curves->setHeaderLabel(GetResString(261));
+    m_curves->setHeaderLabels({ GetResString(261), GetResString(290) });
     m_channels = new QTreeWidget(this);
     m_channels->setObjectName(QStringLiteral("trv_Channels"));
     m_channels->setHeaderLabel(GetResString(307));
@@ -135,13 +135,18 @@ void frm_Curves::Load(Measuring& measuring)
     m_edit = CurveListEdit::FromView(measuring);
     m_chosen.clear();
     m_channels->clear();
+    m_names.clear();
     for (const ModuleBoxPtr& box : measuring.DataModules()) {
         auto* module = new QTreeWidgetItem(m_channels, QStringList(box->Name()));
         ChannelTree::SetKey(module, box->GetModuleKey());
         ChannelTree::SetImage(module, ChannelTree::ImageDataModule);
         ChannelTree::SetTag(module, box->Address());
+        // The list fills the module's channel cache on the way.
+        const bool structured = box->GetChannelList(m_channels, box->GetModuleKey()) == 1 && module->childCount() > 0;
+        for (const DataMatrixPtr& channel : box->Channels())
+            m_names.insert(box->Address() + QLatin1Char('$') + channel->ChannelID(), channel->ChannelName());
         // A module without a category structure shows its channels straight beneath it.
-        if (box->GetChannelList(m_channels, box->GetModuleKey()) == 1 && module->childCount() > 0)
+        if (structured)
             continue;
         for (const DataMatrixPtr& channel : box->Channels()) {
             auto* node = new QTreeWidgetItem(module, QStringList(channel->ChannelName()));
@@ -161,10 +166,10 @@ void frm_Curves::FillCurves(qsizetype selectEntry, qsizetype selectPart)
     const auto& entries = m_edit.Entries();
     for (qsizetype i = 0; i < qsizetype(entries.size()); ++i) {
         const QStringList& keys = entries[size_t(i)].keys;
-        auto* node = new QTreeWidgetItem(m_curves, QStringList(keys.value(0)));
+        auto* node = new QTreeWidgetItem(m_curves, { keys.value(0), m_names.value(keys.value(0)) });
         // A sum shows its further channels beneath it.
         for (qsizetype part = 1; part < keys.size(); ++part) {
-            auto* child = new QTreeWidgetItem(node, QStringList(keys[part]));
+            auto* child = new QTreeWidgetItem(node, { keys[part], m_names.value(keys[part]) });
             if (i == selectEntry && part == selectPart)
                 selected = child;
         }

@@ -6,6 +6,7 @@
 #include "CurveListEdit.h"
 
 #include <QDialog>
+#include <QHash>
 #include <QStringList>
 
 class Measuring;
@@ -48,6 +49,7 @@ private:
 
     CurveListEdit m_edit;
     QStringList m_chosen;
+    QHash<QString, QString> m_names; // channel names by channel key, shown beside the curves
     QTreeWidget* m_curves = nullptr;
     QTreeWidget* m_channels = nullptr;
     QMenu* m_menu = nullptr;

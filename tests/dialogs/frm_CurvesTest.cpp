@@ -90,6 +90,7 @@ TEST_F(CurvesDialogTest, JoiningAChannelIntoACurveShowsTheirSumAfterOneFetch)
     const qint32 status = Show([&](frm_Curves& dialog) {
         ASSERT_EQ(Curves(dialog)->topLevelItemCount(), 1);
         EXPECT_EQ(Curves(dialog)->topLevelItem(0)->text(0), "3$L#1");
+        EXPECT_EQ(Curves(dialog)->topLevelItem(0)->text(1), "Power") << "the channel's name beside its key";
         SelectCurve(dialog, 0);
         Choose(dialog, "3$L#3");
         EXPECT_EQ(dialog.Chosen(), QStringList("3$L#3"));
@@ -97,6 +98,7 @@ TEST_F(CurvesDialogTest, JoiningAChannelIntoACurveShowsTheirSumAfterOneFetch)
         EXPECT_TRUE(dialog.Chosen().isEmpty()) << "the choice is used up";
         ASSERT_EQ(Curves(dialog)->topLevelItem(0)->childCount(), 1);
         EXPECT_EQ(Curves(dialog)->topLevelItem(0)->child(0)->text(0), "3$L#3") << "the part beneath its curve";
+        EXPECT_EQ(Curves(dialog)->topLevelItem(0)->child(0)->text(1), "Reserve");
         EXPECT_EQ(measuring->Curves().front()->Channels().size(), 1u) << "nothing reaches the view before OK";
         Click(dialog, "cmd_OK");
     });
