@@ -261,4 +261,27 @@ TEST_F(CurvesDialogTest, MovingAndSplittingKeepTheLookOfTheCurves)
     EXPECT_EQ(moved.Result()->DataBlock()->At(3, 1), 100.0);
 }
 
+TEST_F(CurvesDialogTest, SplittingASumInPlaceLeavesTheFirstChannelAlone)
+{
+    Open(3600);
+    Curve* curve = Add("3$L#1");
+    ASSERT_TRUE(measuring->AddChannel(*curve, "3$L#3"));
+    Day();
+    ASSERT_EQ(curve->Result()->DataBlock()->At(7, 1), 107.0);
+
+    const qint32 status = Show([&](frm_Curves& dialog) {
+        SelectCurve(dialog, 0, 1);
+        Click(dialog, "cmd_Split");
+        Click(dialog, "cmd_OK");
+    });
+
+    EXPECT_EQ(status, 1);
+    ASSERT_EQ(measuring->Curves().size(), 1u);
+    EXPECT_EQ(measuring->Curves().front().get(), curve) << "kept, not made anew";
+    ASSERT_EQ(curve->Channels().size(), 1u);
+    EXPECT_EQ(curve->Channels().front().key, "3$L#1");
+    ASSERT_TRUE(curve->Result());
+    EXPECT_EQ(curve->Result()->DataBlock()->At(7, 1), 7.0);
+}
+
 } // namespace
