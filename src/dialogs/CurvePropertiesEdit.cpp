@@ -68,7 +68,7 @@ CurvePropertiesEdit::Result CurvePropertiesEdit::ApplyTo(Curve& curve) const
     }
     if (unit != curve.Unit()) {
         curve.SetUnit(unit);
-        result.changed = true;
+        result.changed = result.unitChanged = true;
     }
     if (visible != curve.Visible()) {
         curve.SetVisible(visible);

@@ -28,6 +28,7 @@ public:
     {
         bool changed = false;
         bool axisChanged = false;
+        bool unitChanged = false; ///< the axis titles show the units
     };
 
     static CurvePropertiesEdit FromCurve(const Curve& curve);

@@ -181,8 +181,8 @@ qint32 frm_CurveProperties::Commit()
     if (result.axisChanged)
         m_curve.SetFixedAxis(true); // the user's choice of axis outlasts the sharing out of titles
     m_measuring.Refresh(false);
-    if (result.axisChanged)
-        m_measuring.UpdateAxisTitles();
+    if (result.axisChanged || result.unitChanged)
+        m_measuring.UpdateAxisTitles(); // the titles list the units of each axis's curves
     return 1;
 }
 

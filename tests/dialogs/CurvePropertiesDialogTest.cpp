@@ -214,8 +214,7 @@ TEST_F(CurvePropertiesDialogTest, ShownCannotBeTickedOnAnUnusedStatistic)
 
 TEST_F(CurvePropertiesDialogTest, OkMovesTheCurveToTheSecondAxisWithItsUnit)
 {
-    Add("3$L#3");
-    Day();
+    ASSERT_TRUE(Chart().AxisVisible(ChartAxis::Y1));
     frm_CurveProperties dialog(*measuring, *curve);
     const qint32 result = Drive(
         dialog,
@@ -231,6 +230,20 @@ TEST_F(CurvePropertiesDialogTest, OkMovesTheCurveToTheSecondAxisWithItsUnit)
     EXPECT_EQ(Chart().SeriesAxis(curve->SeriesID()), ChartAxis::Y2);
     EXPECT_TRUE(Chart().AxisTitle(ChartAxis::Y2).contains(curve->Unit()))
         << Chart().AxisTitle(ChartAxis::Y2).toStdString();
+    EXPECT_TRUE(Chart().AxisVisible(ChartAxis::Y2));
+    EXPECT_FALSE(Chart().AxisVisible(ChartAxis::Y1)) << "no curve is left on the first axis";
+}
+
+TEST_F(CurvePropertiesDialogTest, ANewUnitReachesTheAxisTitle)
+{
+    frm_CurveProperties dialog(*measuring, *curve);
+    const qint32 result = Drive(
+        dialog, [&] { Retype(dialog.findChild<QLineEdit*>("txt_Unit"), "MW"); }, "cmd_OK");
+    EXPECT_EQ(result, 1);
+    EXPECT_EQ(curve->Unit(), "MW");
+    const QString title = Chart().AxisTitle(curve->YAxis());
+    EXPECT_TRUE(title.contains("MW")) << title.toStdString();
+    EXPECT_FALSE(title.contains("kW")) << title.toStdString();
 }
 
 } // namespace

@@ -76,6 +76,7 @@ TEST_F(CurvePropertiesEditTest, WritesNothingWhenNothingWasEdited)
     const auto result = CurvePropertiesEdit::FromCurve(curve).ApplyTo(curve);
     EXPECT_FALSE(result.changed);
     EXPECT_FALSE(result.axisChanged);
+    EXPECT_FALSE(result.unitChanged);
     EXPECT_EQ(curve.Name(), "Power");
     EXPECT_TRUE(curve.FindStatistic("1")->Visible());
 }
@@ -96,6 +97,7 @@ TEST_F(CurvePropertiesEditTest, WritesTheEditedFields)
     const auto result = edit.ApplyTo(curve);
     EXPECT_TRUE(result.changed);
     EXPECT_FALSE(result.axisChanged);
+    EXPECT_TRUE(result.unitChanged);
     EXPECT_EQ(curve.Name(), "Hall A") << "blanks around the name are dropped";
     EXPECT_EQ(curve.Unit(), "MW");
     EXPECT_FALSE(curve.Visible());
@@ -140,6 +142,7 @@ TEST_F(CurvePropertiesEditTest, ReportsAChangeOfAxis)
     const auto result = edit.ApplyTo(curve);
     EXPECT_TRUE(result.changed);
     EXPECT_TRUE(result.axisChanged);
+    EXPECT_FALSE(result.unitChanged);
     EXPECT_EQ(curve.YAxis(), 1);
     EXPECT_FALSE(CurvePropertiesEdit::FromCurve(curve).ApplyTo(curve).axisChanged);
 }
