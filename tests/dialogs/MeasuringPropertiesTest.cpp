@@ -201,9 +201,13 @@ TEST_F(MeasuringPropertiesTest, TypedAxisLimitsHoldAfterTheRefreshAndHiddenAxesA
         EXPECT_FALSE(dialog.AxisMaxEdit(1)->isEnabled());
         Type(dialog.AxisMinEdit(0), "-5");
         Type(dialog.AxisMaxEdit(0), "42,5");
+        // A longer period fetches anew, and the fetch scales the axes by the data.
+        dialog.Pages()->setCurrentIndex(0);
+        TypeDate(dialog.EndEdit(), "12.02.2009 00:00");
         Click(dialog.OkButton());
     });
     EXPECT_EQ(status, 1);
+    EXPECT_GT(generated->fetches, fetchesBefore);
     EXPECT_DOUBLE_EQ(Chart().AxisMin(ChartAxis::Y1), -5.0);
     EXPECT_DOUBLE_EQ(Chart().AxisMax(ChartAxis::Y1), 42.5);
     EXPECT_FALSE(Chart().AxisVisible(ChartAxis::Y2));
