@@ -61,6 +61,9 @@ frm_MeasuringProperties::frm_MeasuringProperties(Measuring& view, QWidget* paren
     m_pages->addTab(BuildCustomerPage(), GetResString(381));
     layout->addWidget(m_pages);
     m_buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    // The program's own texts, in its language, not the toolkit's.
+    m_buttons->button(QDialogButtonBox::Ok)->setText(GetResString(266));
+    m_buttons->button(QDialogButtonBox::Cancel)->setText(GetResString(267));
     layout->addWidget(m_buttons);
     connect(m_buttons, &QDialogButtonBox::accepted, this, &frm_MeasuringProperties::OnAccept);
     connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
