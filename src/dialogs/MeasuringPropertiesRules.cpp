@@ -4,11 +4,23 @@
 
 #include "ChartAdapter.h"
 #include "Measuring.h"
+#include "Numeric.h"
 #include "ResStrings.h"
 
 #include <cmath>
 
 namespace {
+
+// A typed axis limit as the chart holds it: a power factor between -1 and 1 is folded.
+std::optional<double> AxisValue(const MeasuringPropertiesEntries& entries, int axis, const QString& text)
+{
+    const std::optional<double> value = MeasuringPropertiesRules::ParseNumber(text);
+    if (!value || !entries.axisCosPhi[static_cast<std::size_t>(axis)])
+        return value;
+    if (std::abs(*value) > 1.0)
+        return std::nullopt;
+    return FoldCosPhi(*value);
+}
 
 // Enough digits that an axis limit read and written back unchanged stays the same number.
 QString NumberText(double value)
@@ -51,8 +63,10 @@ MeasuringPropertiesEntries MeasuringPropertiesRules::Read(Measuring& view)
     if (const ChartAdapter* chart = view.Chart()) {
         for (int axis : { ChartAxis::Y1, ChartAxis::Y2 }) {
             entries.axisVisible[axis] = chart->AxisVisible(axis);
-            entries.axisMin[axis] = NumberText(chart->AxisMin(axis));
-            entries.axisMax[axis] = NumberText(chart->AxisMax(axis));
+            entries.axisCosPhi[axis] = view.CosPhiView(axis);
+            const auto shown = [&](double value) { return entries.axisCosPhi[axis] ? MeasuredCosPhi(value) : value; };
+            entries.axisMin[axis] = NumberText(shown(chart->AxisMin(axis)));
+            entries.axisMax[axis] = NumberText(shown(chart->AxisMax(axis)));
         }
     } else {
         entries.axisVisible = { false, false };
@@ -94,8 +108,8 @@ MeasuringPropertiesProblems MeasuringPropertiesRules::Check(const MeasuringPrope
     for (int axis : { ChartAxis::Y1, ChartAxis::Y2 }) {
         if (!entries.axisVisible[axis])
             continue;
-        const auto min = ParseNumber(entries.axisMin[axis]);
-        const auto max = ParseNumber(entries.axisMax[axis]);
+        const auto min = AxisValue(entries, axis, entries.axisMin[axis]);
+        const auto max = AxisValue(entries, axis, entries.axisMax[axis]);
         problems.axis[axis] = !min || !max || !(*min < *max);
     }
     return problems;
@@ -187,7 +201,8 @@ bool MeasuringPropertiesRules::Apply(
     if (ChartAdapter* chart = view.Chart()) {
         for (int axis : { ChartAxis::Y1, ChartAxis::Y2 })
             if (axes[axis])
-                chart->SetAxisRange(axis, *ParseNumber(after.axisMin[axis]), *ParseNumber(after.axisMax[axis]));
+                chart->SetAxisRange(
+                    axis, *AxisValue(after, axis, after.axisMin[axis]), *AxisValue(after, axis, after.axisMax[axis]));
     }
     return true;
 }

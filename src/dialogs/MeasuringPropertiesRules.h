@@ -27,6 +27,9 @@ struct MeasuringPropertiesEntries
     QString title;
     bool statistics = true;
     std::array<bool, 2> axisVisible { true, false };
+    // An axis of power factors shows its limits as measured (inductive positive, capacitive
+    // negative), not as the folded values the chart holds.
+    std::array<bool, 2> axisCosPhi { false, false };
     std::array<QString, 2> axisMin;
     std::array<QString, 2> axisMax;
     QString company;

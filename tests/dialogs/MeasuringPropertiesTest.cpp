@@ -3,6 +3,7 @@
 #include "DateEdit.h"
 #include "MeasuringFixture.h"
 #include "MeasuringPropertiesRules.h"
+#include "Numeric.h"
 #include "ResStrings.h"
 #include "frm_MeasuringProperties.h"
 
@@ -211,6 +212,28 @@ TEST_F(MeasuringPropertiesTest, TypedAxisLimitsHoldAfterTheRefreshAndHiddenAxesA
     EXPECT_DOUBLE_EQ(Chart().AxisMin(ChartAxis::Y1), -5.0);
     EXPECT_DOUBLE_EQ(Chart().AxisMax(ChartAxis::Y1), 42.5);
     EXPECT_FALSE(Chart().AxisVisible(ChartAxis::Y2));
+}
+
+TEST_F(MeasuringPropertiesTest, APowerFactorAxisShowsAndTakesItsLimitsAsMeasured)
+{
+    // The power factor alone: its axis holds folded values, the dialog shows measured ones.
+    ASSERT_TRUE(measuring->RemoveCurve("3$L#1"));
+    ASSERT_NE(Add("3$L#2"), nullptr);
+    Day();
+    Chart().SetAxisRange(ChartAxis::Y1, FoldCosPhi(-0.95), FoldCosPhi(0.8));
+    const qint32 status = Run([](frm_MeasuringProperties& dialog) {
+        dialog.Pages()->setCurrentIndex(1);
+        EXPECT_DOUBLE_EQ(dialog.AxisMinEdit(0)->text().toDouble(), -0.95);
+        EXPECT_DOUBLE_EQ(dialog.AxisMaxEdit(0)->text().toDouble(), 0.8);
+        Type(dialog.AxisMaxEdit(0), "1.5");
+        EXPECT_FALSE(dialog.OkButton()->isEnabled()) << "no power factor";
+        Type(dialog.AxisMaxEdit(0), "0.85");
+        Type(dialog.AxisMinEdit(0), "-0.9");
+        Click(dialog.OkButton());
+    });
+    EXPECT_EQ(status, 1);
+    EXPECT_NEAR(Chart().AxisMin(ChartAxis::Y1), FoldCosPhi(-0.9), 1e-12);
+    EXPECT_NEAR(Chart().AxisMax(ChartAxis::Y1), FoldCosPhi(0.85), 1e-12);
 }
 
 TEST_F(MeasuringPropertiesTest, OkWithoutEditsChangesNothing)
