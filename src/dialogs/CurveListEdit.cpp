@@ -90,6 +90,18 @@ template<typename Test> QString StatisticList(const Curve& curve, Test test)
     return list;
 }
 
+// Makes the module of the channel "<address>$<id>" one of the view's, when it is not yet and
+// the application offers it: its channel list is read first, as opening a view file does.
+void UseModuleOf(Measuring& measuring, const QString& key)
+{
+    const QString address = key.section(QLatin1Char('$'), 0, 0);
+    if (address.isEmpty() || measuring.DataModules().Contains(address))
+        return;
+    const ModuleBoxPtr box = measuring.OfferedModules().Item(address);
+    if (box && box->GetChannelList(nullptr) == 1)
+        measuring.DataModules().Add(box);
+}
+
 } // namespace
 
 bool CurveListEdit::ApplyTo(Measuring& measuring) const
@@ -124,6 +136,10 @@ bool CurveListEdit::ApplyTo(Measuring& measuring) const
                 StatisticList(*curve, [](const Statistic& s) { return s.Used() && s.Visible(); }) } });
         measuring.RemoveCurve(kept[i]);
     }
+
+    for (const Entry& entry : m_entries)
+        for (const QString& key : entry.keys)
+            UseModuleOf(measuring, key);
 
     for (size_t i = 0; i < m_entries.size(); ++i) {
         const Entry& entry = m_entries[i];

@@ -48,8 +48,9 @@ public:
     bool Changed() const { return m_entries != m_original; }
 
     // Brings the view in line with the list: curves removed, channels taken out and added,
-    // new curves added, the order as in the list; then one refresh with fetching. False when
-    // nothing had to change (the view is left alone).
+    // new curves added, the order as in the list; then one refresh with fetching. A channel of
+    // a module the view does not use yet brings that module in from the offered ones. False
+    // when nothing had to change (the view is left alone).
     bool ApplyTo(Measuring& measuring) const;
 
 private:

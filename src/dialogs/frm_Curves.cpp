@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <vector>
 
 namespace {
 
@@ -136,7 +137,12 @@ void frm_Curves::Load(Measuring& measuring)
     m_chosen.clear();
     m_channels->clear();
     m_names.clear();
-    for (const ModuleBoxPtr& box : measuring.DataModules()) {
+    // Every module of the application is offered, not only those the view already uses.
+    std::vector<ModuleBoxPtr> boxes(measuring.OfferedModules().begin(), measuring.OfferedModules().end());
+    for (const ModuleBoxPtr& box : measuring.DataModules())
+        if (!measuring.OfferedModules().Contains(box->Address()))
+            boxes.push_back(box);
+    for (const ModuleBoxPtr& box : boxes) {
         auto* module = new QTreeWidgetItem(m_channels, QStringList(box->Name()));
         ChannelTree::SetKey(module, box->GetModuleKey());
         ChannelTree::SetImage(module, ChannelTree::ImageDataModule);

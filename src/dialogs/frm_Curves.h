@@ -21,8 +21,8 @@ class frm_Curves : public QDialog
 public:
     explicit frm_Curves(QWidget* parent = nullptr);
 
-    // Shows the view's curves and channels modally. OK brings the view in line with the list
-    // and refreshes it once: 1 when that changed something, else 0; Cancel changes nothing.
+    // Shows the view's curves and the channels of every offered module modally. OK brings the view in line with the
+    // list and refreshes it once: 1 when that changed something, else 0; Cancel changes nothing.
     qint32 ShowMe(Measuring& measuring);
 
     // The channel keys chosen in the channel tree, in the order they were chosen.

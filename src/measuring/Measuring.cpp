@@ -192,6 +192,11 @@ void Measuring::SetIntervalCount(qint32 count)
     SetChanged(true);
 }
 
+ModuleBoxes& Measuring::OfferedModules()
+{
+    return m_cHost.DataModules();
+}
+
 Curve* Measuring::FindCurve(const QString& id) const
 {
     for (const auto& curve : m_cCurves)

@@ -85,6 +85,9 @@ public:
     bool AutoScale() const { return m_bAutoScale; }
     void SetAutoScale(bool on) { m_bAutoScale = on; }
     ModuleBoxes& DataModules() { return m_cDataModules; }
+    // Every module of the application, which a curve may be taken from; the view's own
+    // modules are among them.
+    ModuleBoxes& OfferedModules();
     const std::vector<std::unique_ptr<Curve>>& Curves() const { return m_cCurves; }
     Curve* FindCurve(const QString& id) const;
     Curve* CurrentCurve() const { return m_cCurrentCurve; }

@@ -71,6 +71,18 @@ protected:
         ASSERT_NE(node, nullptr);
         Curves(dialog)->setCurrentItem(node);
     }
+    // A second logger at address 5 that the application offers but the view does not use.
+    GeneratedModule* OfferSecondModule()
+    {
+        auto box = std::make_shared<ModuleBox>();
+        box->SetName("Second logger");
+        box->SetAddress("5");
+        auto module = std::make_unique<GeneratedModule>(3600);
+        GeneratedModule* second = module.get();
+        box->SetDataModule(std::move(module));
+        EXPECT_TRUE(host.modules.Add(box));
+        return second;
+    }
     QStringList CurveIds() const
     {
         QStringList ids;
@@ -282,6 +294,60 @@ TEST_F(CurvesDialogTest, SplittingASumInPlaceLeavesTheFirstChannelAlone)
     EXPECT_EQ(curve->Channels().front().key, "3$L#1");
     ASSERT_TRUE(curve->Result());
     EXPECT_EQ(curve->Result()->DataBlock()->At(7, 1), 7.0);
+}
+
+TEST_F(CurvesDialogTest, ChannelsOfAModuleTheViewDoesNotUseYetBringItInOnOk)
+{
+    Open(3600);
+    Curve* curve = Add("3$L#1");
+    GeneratedModule* second = OfferSecondModule();
+    Day();
+    ASSERT_FALSE(measuring->DataModules().Contains("5"));
+
+    const qint32 status = Show([&](frm_Curves& dialog) {
+        EXPECT_EQ(Channels(dialog)->topLevelItemCount(), 2) << "every module of the application is offered";
+        SelectCurve(dialog, 0);
+        Choose(dialog, "5$L#3");
+        Click(dialog, "cmd_Join");
+        Choose(dialog, "5$L#1");
+        Click(dialog, "cmd_Add");
+        ASSERT_EQ(Curves(dialog)->topLevelItemCount(), 2);
+        EXPECT_EQ(Curves(dialog)->topLevelItem(1)->text(1), "Power") << "named from the offered module";
+        EXPECT_FALSE(measuring->DataModules().Contains("5")) << "nothing reaches the view before OK";
+        Click(dialog, "cmd_OK");
+    });
+
+    EXPECT_EQ(status, 1);
+    EXPECT_TRUE(measuring->DataModules().Contains("5"));
+    EXPECT_EQ(measuring->DataModules().Count(), 2);
+    EXPECT_EQ(CurveIds(), QStringList({ "3$L#1", "5$L#1" }));
+    ASSERT_EQ(curve->Channels().size(), 2u);
+    EXPECT_GT(second->fetches, 0) << "the new module is read on the refresh";
+    ASSERT_TRUE(curve->Result() && curve->Result()->DataBlock());
+    ASSERT_EQ(curve->Result()->DataBlock()->Rows(), 24);
+    EXPECT_EQ(curve->Result()->DataBlock()->At(7, 1), 107.0) << "the sum across the two modules";
+    const Curve* added = measuring->FindCurve("5$L#1");
+    ASSERT_TRUE(added && added->Result() && added->Result()->DataBlock());
+    EXPECT_EQ(added->Result()->DataBlock()->At(7, 1), 7.0);
+}
+
+TEST_F(CurvesDialogTest, CancelDoesNotBringInAnOfferedModule)
+{
+    Open(3600);
+    Add("3$L#1");
+    GeneratedModule* second = OfferSecondModule();
+    Day();
+
+    const qint32 status = Show([&](frm_Curves& dialog) {
+        Choose(dialog, "5$L#1");
+        Click(dialog, "cmd_Add");
+        Click(dialog, "cmd_Cancel");
+    });
+
+    EXPECT_EQ(status, 0);
+    EXPECT_FALSE(measuring->DataModules().Contains("5"));
+    EXPECT_EQ(CurveIds(), QStringList("3$L#1"));
+    EXPECT_EQ(second->fetches, 0);
 }
 
 } // namespace
