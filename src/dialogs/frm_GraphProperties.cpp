@@ -2,27 +2,17 @@
 #include "frm_GraphProperties.h"
 
 #include "ChartAdapter.h"
+#include "DialogFrame.h"
 #include "ResStrings.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
-#include <QVBoxLayout>
 
 frm_GraphProperties::frm_GraphProperties(QWidget* parent)
     : QDialog(parent)
 {
-    setObjectName(QStringLiteral("frm_GraphProperties"));
-    setWindowTitle(GetResString(447));
-
-    auto* description = new QLabel(GetResString(448), this);
-    description->setObjectName(QStringLiteral("lbl_Description"));
-    description->setWordWrap(true);
-
     m_gallery = new QComboBox(this);
     m_gallery->setObjectName(QStringLiteral("cbo_Gallery"));
     m_gallery->addItem(GetResString(403), ChartGallery::Lines);
@@ -39,12 +29,6 @@ frm_GraphProperties::frm_GraphProperties(QWidget* parent)
     m_title = new QLineEdit(this);
     m_title->setObjectName(QStringLiteral("txt_Title"));
 
-    auto* ok = new QPushButton(GetResString(266), this);
-    ok->setObjectName(QStringLiteral("cmd_OK"));
-    ok->setDefault(true);
-    auto* cancel = new QPushButton(GetResString(267), this);
-    cancel->setObjectName(QStringLiteral("cmd_Cancel"));
-
     auto* fields = new QFormLayout;
     fields->addRow(GetResString(380), m_gallery);
     fields->addRow(GetResString(387), m_title);
@@ -52,17 +36,7 @@ frm_GraphProperties::frm_GraphProperties(QWidget* parent)
     fields->addRow(QString(), m_view3D);
     fields->addRow(QString(), m_grid1);
     fields->addRow(QString(), m_grid2);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(description);
-    layout->addLayout(fields, 1);
-    layout->addLayout(buttons);
-
-    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    DialogFrame::Build(*this, QStringLiteral("frm_GraphProperties"), 447, 448, fields);
 }
 
 void frm_GraphProperties::Load(const GraphProperties& properties)
