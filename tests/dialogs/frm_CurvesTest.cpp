@@ -102,7 +102,6 @@ TEST_F(CurvesDialogTest, JoiningAChannelIntoACurveShowsTheirSumAfterOneFetch)
     const qint32 status = Show([&](frm_Curves& dialog) {
         ASSERT_EQ(Curves(dialog)->topLevelItemCount(), 1);
         EXPECT_EQ(Curves(dialog)->topLevelItem(0)->text(0), "3$L#1");
-        EXPECT_EQ(Curves(dialog)->topLevelItem(0)->text(1), "Power") << "the channel's name beside its key";
         SelectCurve(dialog, 0);
         Choose(dialog, "3$L#3");
         EXPECT_EQ(dialog.Chosen(), QStringList("3$L#3"));
@@ -110,7 +109,6 @@ TEST_F(CurvesDialogTest, JoiningAChannelIntoACurveShowsTheirSumAfterOneFetch)
         EXPECT_TRUE(dialog.Chosen().isEmpty()) << "the choice is used up";
         ASSERT_EQ(Curves(dialog)->topLevelItem(0)->childCount(), 1);
         EXPECT_EQ(Curves(dialog)->topLevelItem(0)->child(0)->text(0), "3$L#3") << "the part beneath its curve";
-        EXPECT_EQ(Curves(dialog)->topLevelItem(0)->child(0)->text(1), "Reserve");
         EXPECT_EQ(measuring->Curves().front()->Channels().size(), 1u) << "nothing reaches the view before OK";
         Click(dialog, "cmd_OK");
     });
@@ -125,7 +123,6 @@ TEST_F(CurvesDialogTest, JoiningAChannelIntoACurveShowsTheirSumAfterOneFetch)
     ASSERT_EQ(result->Rows(), 24);
     for (qsizetype row : { 0, 7, 23 })
         EXPECT_EQ(result->At(row, 1), Calendar::Split(result->At(row, 0)).hour + 100.0) << row;
-    EXPECT_EQ(result->At(7, 1), 107.0);
 }
 
 TEST_F(CurvesDialogTest, RemovingACurveTakesItOutOfTheView)
@@ -156,11 +153,12 @@ TEST_F(CurvesDialogTest, RemovingACurveTakesItOutOfTheView)
     EXPECT_EQ(measuring->Curves().front()->Result()->DataBlock()->Rows(), 24) << "the rest refreshed";
 }
 
-TEST_F(CurvesDialogTest, CancelLeavesTheViewAsItWas)
+TEST_F(CurvesDialogTest, CancelLeavesTheViewAsItWasAndBringsInNoOfferedModule)
 {
     Open(3600);
     Curve* curve = Add("3$L#1");
     Add("3$L#2");
+    GeneratedModule* second = OfferSecondModule();
     Day();
     const int before = generated->fetches;
 
@@ -178,6 +176,8 @@ TEST_F(CurvesDialogTest, CancelLeavesTheViewAsItWas)
         Click(dialog, "cmd_Join");
         SelectCurve(dialog, 1);
         Click(dialog, "cmd_Remove");
+        Choose(dialog, "5$L#1");
+        Click(dialog, "cmd_Add");
         Click(dialog, "cmd_Cancel");
     });
 
@@ -185,6 +185,8 @@ TEST_F(CurvesDialogTest, CancelLeavesTheViewAsItWas)
     EXPECT_EQ(CurveIds(), QStringList({ "3$L#1", "3$L#2" }));
     EXPECT_EQ(curve->Channels().size(), 1u);
     EXPECT_EQ(generated->fetches, before) << "no refresh";
+    EXPECT_FALSE(measuring->DataModules().Contains("5"));
+    EXPECT_EQ(second->fetches, 0);
 }
 
 TEST_F(CurvesDialogTest, OkWithoutAChangeGivesZeroAndDoesNotRefresh)
@@ -206,8 +208,6 @@ TEST_F(CurvesDialogTest, OkWithoutAChangeGivesZeroAndDoesNotRefresh)
         Click(dialog, "cmd_OK");
     });
     EXPECT_EQ(status, 0);
-
-    EXPECT_EQ(Show([&](frm_Curves& dialog) { Click(dialog, "cmd_OK"); }), 0);
     EXPECT_EQ(generated->fetches, before);
 }
 
@@ -273,29 +273,6 @@ TEST_F(CurvesDialogTest, MovingAndSplittingKeepTheLookOfTheCurves)
     EXPECT_EQ(moved.Result()->DataBlock()->At(3, 1), 100.0);
 }
 
-TEST_F(CurvesDialogTest, SplittingASumInPlaceLeavesTheFirstChannelAlone)
-{
-    Open(3600);
-    Curve* curve = Add("3$L#1");
-    ASSERT_TRUE(measuring->AddChannel(*curve, "3$L#3"));
-    Day();
-    ASSERT_EQ(curve->Result()->DataBlock()->At(7, 1), 107.0);
-
-    const qint32 status = Show([&](frm_Curves& dialog) {
-        SelectCurve(dialog, 0, 1);
-        Click(dialog, "cmd_Split");
-        Click(dialog, "cmd_OK");
-    });
-
-    EXPECT_EQ(status, 1);
-    ASSERT_EQ(measuring->Curves().size(), 1u);
-    EXPECT_EQ(measuring->Curves().front().get(), curve) << "kept, not made anew";
-    ASSERT_EQ(curve->Channels().size(), 1u);
-    EXPECT_EQ(curve->Channels().front().key, "3$L#1");
-    ASSERT_TRUE(curve->Result());
-    EXPECT_EQ(curve->Result()->DataBlock()->At(7, 1), 7.0);
-}
-
 TEST_F(CurvesDialogTest, ChannelsOfAModuleTheViewDoesNotUseYetBringItInOnOk)
 {
     Open(3600);
@@ -312,42 +289,20 @@ TEST_F(CurvesDialogTest, ChannelsOfAModuleTheViewDoesNotUseYetBringItInOnOk)
         Choose(dialog, "5$L#1");
         Click(dialog, "cmd_Add");
         ASSERT_EQ(Curves(dialog)->topLevelItemCount(), 2);
-        EXPECT_EQ(Curves(dialog)->topLevelItem(1)->text(1), "Power") << "named from the offered module";
         EXPECT_FALSE(measuring->DataModules().Contains("5")) << "nothing reaches the view before OK";
         Click(dialog, "cmd_OK");
     });
 
     EXPECT_EQ(status, 1);
     EXPECT_TRUE(measuring->DataModules().Contains("5"));
-    EXPECT_EQ(measuring->DataModules().Count(), 2);
     EXPECT_EQ(CurveIds(), QStringList({ "3$L#1", "5$L#1" }));
     ASSERT_EQ(curve->Channels().size(), 2u);
     EXPECT_GT(second->fetches, 0) << "the new module is read on the refresh";
     ASSERT_TRUE(curve->Result() && curve->Result()->DataBlock());
-    ASSERT_EQ(curve->Result()->DataBlock()->Rows(), 24);
     EXPECT_EQ(curve->Result()->DataBlock()->At(7, 1), 107.0) << "the sum across the two modules";
     const Curve* added = measuring->FindCurve("5$L#1");
     ASSERT_TRUE(added && added->Result() && added->Result()->DataBlock());
     EXPECT_EQ(added->Result()->DataBlock()->At(7, 1), 7.0);
-}
-
-TEST_F(CurvesDialogTest, CancelDoesNotBringInAnOfferedModule)
-{
-    Open(3600);
-    Add("3$L#1");
-    GeneratedModule* second = OfferSecondModule();
-    Day();
-
-    const qint32 status = Show([&](frm_Curves& dialog) {
-        Choose(dialog, "5$L#1");
-        Click(dialog, "cmd_Add");
-        Click(dialog, "cmd_Cancel");
-    });
-
-    EXPECT_EQ(status, 0);
-    EXPECT_FALSE(measuring->DataModules().Contains("5"));
-    EXPECT_EQ(CurveIds(), QStringList("3$L#1"));
-    EXPECT_EQ(second->fetches, 0);
 }
 
 } // namespace
