@@ -39,19 +39,30 @@ QByteArray ReadFile(const QString& path)
     return file.readAll();
 }
 
+// A matrix named "Wert" of (time, value) rows.
+DataMatrixPtr Rows(const std::vector<std::pair<double, double>>& rows)
+{
+    auto block = MatrixBlock::Create(static_cast<qsizetype>(rows.size()), 2);
+    for (size_t i = 0; i < rows.size(); ++i) {
+        block->At(static_cast<qsizetype>(i), 0) = rows[i].first;
+        block->At(static_cast<qsizetype>(i), 1) = rows[i].second;
+    }
+    auto matrix = std::make_shared<DataMatrix>();
+    matrix->SetChannelName("Wert");
+    matrix->SetDataBlock(block);
+    return matrix;
+}
+
 // Samples every quarter hour from 2009-02-03 14:00.
 DataMatrixPtr Channel(const QString& name, const QString& unit, const std::vector<double>& values, qint32 type = 3)
 {
-    auto block = MatrixBlock::Create(static_cast<qsizetype>(values.size()), 2);
-    for (size_t i = 0; i < values.size(); ++i) {
-        block->At(static_cast<qsizetype>(i), 0) = Calendar::FromParts(2009, 2, 3, 14, static_cast<int>(i) * 15);
-        block->At(static_cast<qsizetype>(i), 1) = values[i];
-    }
-    auto matrix = std::make_shared<DataMatrix>();
+    std::vector<std::pair<double, double>> rows;
+    for (size_t i = 0; i < values.size(); ++i)
+        rows.emplace_back(Calendar::FromParts(2009, 2, 3, 14, static_cast<int>(i) * 15), values[i]);
+    auto matrix = Rows(rows);
     matrix->SetChannelName(name);
     matrix->SetUnit(unit);
     matrix->SetDataType(type);
-    matrix->SetDataBlock(block);
     return matrix;
 }
 
@@ -187,15 +198,11 @@ TEST_F(DynamicGridTest, MatrixListChangesShowAsTheyArriveOrAtUpdate)
 
 TEST_F(DynamicGridTest, ScrollingReachesEveryRow)
 {
-    constexpr qsizetype Rows = 100000;
-    auto block = MatrixBlock::Create(Rows, 2);
-    for (qsizetype i = 0; i < Rows; ++i) {
-        block->At(i, 0) = 40000.0 + static_cast<double>(i) / 1440.0;
-        block->At(i, 1) = static_cast<double>(i);
-    }
-    auto matrix = std::make_shared<DataMatrix>();
-    matrix->SetChannelName("Zähler");
-    matrix->SetDataBlock(block);
+    constexpr qsizetype Count = 100000;
+    std::vector<std::pair<double, double>> rows;
+    for (qsizetype i = 0; i < Count; ++i)
+        rows.emplace_back(40000.0 + static_cast<double>(i) / 1440.0, static_cast<double>(i));
+    const DataMatrixPtr matrix = Rows(rows);
     grid->AddMatrix(matrix, "n");
     for (int i = 0; i < 12; ++i)
         grid->AddMatrix(Channel(QStringLiteral("Kanal %1").arg(i), "kW", { 1.0 }), QString::number(i));
@@ -205,10 +212,10 @@ TEST_F(DynamicGridTest, ScrollingReachesEveryRow)
     ASSERT_GT(visible, 5);
     EXPECT_LT(visible, 100);
     EXPECT_TRUE(grid->VScroll()->isEnabled());
-    EXPECT_EQ(grid->VScroll()->maximum(), Rows - visible);
+    EXPECT_EQ(grid->VScroll()->maximum(), Count - visible);
 
-    grid->ScrollToRow(static_cast<qint32>(Rows));
-    EXPECT_EQ(grid->FirstRow(), Rows - visible);
+    grid->ScrollToRow(static_cast<qint32>(Count));
+    EXPECT_EQ(grid->FirstRow(), Count - visible);
     EXPECT_EQ(Cell(visible - 1, 1), "99.999,00");
 
     // Moving below the last row on the screen moves the data, not the cursor.
@@ -237,20 +244,6 @@ TEST_F(DynamicGridTest, ScrollingReachesEveryRow)
     EXPECT_EQ(timeColumn->width(), view->columnWidth(0));
 }
 
-// A matrix of (time, value) rows.
-DataMatrixPtr Rows(const std::vector<std::pair<double, double>>& rows)
-{
-    auto block = MatrixBlock::Create(static_cast<qsizetype>(rows.size()), 2);
-    for (size_t i = 0; i < rows.size(); ++i) {
-        block->At(static_cast<qsizetype>(i), 0) = rows[i].first;
-        block->At(static_cast<qsizetype>(i), 1) = rows[i].second;
-    }
-    auto matrix = std::make_shared<DataMatrix>();
-    matrix->SetChannelName("Wert");
-    matrix->SetDataBlock(block);
-    return matrix;
-}
-
 // The CSV lines after the header, each split into its fields.
 std::vector<QStringList> CsvRows(const QList<DataMatrixPtr>& matrices)
 {
@@ -269,38 +262,19 @@ TEST(CsvExport, NumbersHaveAtMostFifteenDigitsInTheTablesGeneralForm)
 {
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); // the point stays a point
     const double t = Calendar::FromParts(2024, 5, 6, 7, 8, 9);
+    // Halfway cases round to even.
     const struct
     {
         double value;
         const char* text;
-    } cases[] = {
-        { 0.1 + 0.2, "0.3" },
-        { 1.0 / 3, "0.333333333333333" },
-        { 2.0 / 3, "0.666666666666667" },
-        { 1e-7, "1E-07" },
-        { 1e20, "1E+20" },
-        { NoValue, "-1E+300" },
-        { 1.5e-300, "1.5E-300" },
-        { 230.5, "230.5" },
-        { -2.25, "-2.25" },
-        { 0.0001, "0.0001" },
-        { 0.00001234, "1.234E-05" },
-        { 100, "100" },
-        { 0, "0" },
-        { -0.0, "0" },
-        { 999999999999999, "999999999999999" },
-        { 999999999999999.9, "1E+15" },
-        { 123456789012345678.0, "1.23456789012346E+17" },
-        { 0.1 * 3, "0.3" },
-        { 4.35, "4.35" },
-        { 9.9999999999999995e-5, "0.0001" },
-        { 100000000000000.5, "100000000000000" },
-        { 100000000000001.5, "100000000000002" }, // ties to even
-        { 5e-324, "4.94065645841247E-324" },
-        { -1.7976931348623157e308, "-1.79769313486232E+308" },
-        { std::nan(""), "nan" },
-        { -HUGE_VAL, "-inf" },
-    };
+    } cases[] = { { 0.1 + 0.2, "0.3" }, { 1.0 / 3, "0.333333333333333" }, { 2.0 / 3, "0.666666666666667" },
+        { 1e-7, "1E-07" }, { 1e20, "1E+20" }, { NoValue, "-1E+300" }, { 1.5e-300, "1.5E-300" }, { 230.5, "230.5" },
+        { -2.25, "-2.25" }, { 0.0001, "0.0001" }, { 0.00001234, "1.234E-05" }, { 100, "100" }, { -0.0, "0" },
+        { 999999999999999, "999999999999999" }, { 999999999999999.9, "1E+15" },
+        { 123456789012345678.0, "1.23456789012346E+17" }, { 4.35, "4.35" }, { 9.9999999999999995e-5, "0.0001" },
+        { 100000000000000.5, "100000000000000" }, { 100000000000001.5, "100000000000002" },
+        { 5e-324, "4.94065645841247E-324" }, { -1.7976931348623157e308, "-1.79769313486232E+308" },
+        { std::nan(""), "nan" }, { -HUGE_VAL, "-inf" } };
     std::vector<std::pair<double, double>> rows;
     for (const auto& c : cases)
         rows.emplace_back(t, c.value);
