@@ -7,6 +7,7 @@
 #include "MatrixScriptEngine.h"
 #include "TempSettings.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -29,6 +30,21 @@ protected:
         g_cScriptEngine = &engine;
     }
     void TearDown() override { g_cScriptEngine = nullptr; }
+
+    // The main example view copied into the test's folder as `name`; views close without asking.
+    void CopyMainView(const QString& name)
+    {
+        roots.SetUser(KeySettings, "OnCloseMeasuring", "1");
+        ASSERT_TRUE(QFile::copy(Examples + "/Hauptzaehler.sor", out.filePath(name)));
+    }
+    // Lets posted events and deferred deletes run.
+    static void Settle()
+    {
+        for (int turn = 0; turn < 5; ++turn) {
+            QCoreApplication::processEvents();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        }
+    }
 
     TempSettings roots;
     QTemporaryDir out;

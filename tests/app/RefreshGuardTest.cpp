@@ -2,48 +2,24 @@
 // A view's refresh lets window events through: closing the view or the program from inside it
 // waits for its end, and the commands and the pointer say that it is busy.
 #include "DemoFixture.h"
-#include "Globals.h"
-#include "MatrixScriptEngine.h"
 #include "Measuring.h"
 #include "MessageHandler.h"
 #include "Project.h"
-#include "TempSettings.h"
 #include "frm_Main.h"
 
 #include <QAction>
-#include <QCoreApplication>
-#include <QFile>
 #include <QGuiApplication>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 namespace {
 
-class RefreshGuardTest : public DemoFixture
-{
-protected:
-    void SetUp() override
-    {
-        DemoFixture::SetUp();
-        roots.SetUser(KeySettings, "OnCloseMeasuring", "1"); // close without asking
-        ASSERT_TRUE(QFile::copy(Examples + "/Hauptzaehler.sor", out.filePath("main.sor")));
-    }
-
-    static void Settle()
-    {
-        for (int turn = 0; turn < 5; ++turn) {
-            QCoreApplication::processEvents();
-            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        }
-    }
-};
+using RefreshGuardTest = DemoFixture;
 
 TEST_F(RefreshGuardTest, ClosingTheViewAndTheProgramFromInsideARefreshWaitsForItsEnd)
 {
+    CopyMainView("main.sor");
     Project project;
     ASSERT_EQ(project.Init(), 0);
     frm_Main& window = *project.MainWindow();
@@ -52,8 +28,7 @@ TEST_F(RefreshGuardTest, ClosingTheViewAndTheProgramFromInsideARefreshWaitsForIt
     QMdiSubWindow* frame = window.MdiArea()->currentSubWindow();
     ASSERT_TRUE(frame);
 
-    // What a user can do while the progress bar moves: close the frame, choose Close, close
-    // the main window. The events are let through at once, as the refresh does it.
+    // While the progress bar moves: close the frame, choose Close, close the main window.
     bool busyMenus = false;
     bool busyPointer = false;
     bool closed = false;
@@ -71,10 +46,9 @@ TEST_F(RefreshGuardTest, ClosingTheViewAndTheProgramFromInsideARefreshWaitsForIt
     });
     view->Refresh(true);
     ASSERT_TRUE(closed);
-    EXPECT_TRUE(busyMenus) << "the command bar is off during the refresh";
+    EXPECT_TRUE(busyMenus);
     EXPECT_TRUE(busyPointer);
     ASSERT_EQ(project.Measurings().size(), 1u) << "the view outlives its own refresh";
-    EXPECT_EQ(project.Measurings().front().get(), view);
     EXPECT_TRUE(view->Chart() && view->Chart()->PointCount() > 0);
 
     Settle();
@@ -85,15 +59,14 @@ TEST_F(RefreshGuardTest, ClosingTheViewAndTheProgramFromInsideARefreshWaitsForIt
 
 TEST_F(RefreshGuardTest, CommandsComeBackAsTheyWereAfterARefresh)
 {
+    CopyMainView("main.sor");
     Project project;
     ASSERT_EQ(project.Init(), 0);
     frm_Main& window = *project.MainWindow();
     Measuring* view = project.OpenMeasuring(out.filePath("main.sor"), false);
     ASSERT_TRUE(view);
     view->Refresh(true);
-    EXPECT_TRUE(window.menuBar()->isEnabled());
-    EXPECT_TRUE(window.Tool("mnuFileSave")->isEnabled());
-    EXPECT_TRUE(window.Tool("mnuFileOpen")->isEnabled());
+    EXPECT_TRUE(window.menuBar()->isEnabled() && window.Tool("mnuFileSave")->isEnabled());
     ASSERT_TRUE(project.CloseMeasuring(view));
     EXPECT_FALSE(window.Tool("mnuFileSave")->isEnabled()) << "no view, nothing to save";
     EXPECT_TRUE(window.Tool("mnuFileOpen")->isEnabled());
