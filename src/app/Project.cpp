@@ -64,6 +64,15 @@ qint32 Project::Init()
     onTool("mnuFileSave", [this] { SaveMeasuring(false); });
     onTool("mnuFileSaveAs", [this] { SaveMeasuring(true); });
     onTool("mnuFileExport", [this] { ExportMeasuring(); });
+    const auto onView = [&](const char* name, qint32 (Measuring::*command)()) {
+        onTool(name, [this, command] {
+            if (Measuring* view = GetActiveMeasuring())
+                (view->*command)();
+        });
+    };
+    onView("mnuEditChannel", &Measuring::ManageCurves);
+    onView("mnuEditMeasuring", &Measuring::EditProperties);
+    onView("mnuEditCurve", &Measuring::EditCurveProperties);
     connect(m_mainWindow->MdiArea(), &QMdiArea::subWindowActivated, this, &Project::UpdateToolStates);
 
     m_sApplicationName = Settings::Value(Settings::Id::ApplicationName);
@@ -316,10 +325,14 @@ void Project::UpdateToolStates()
 {
     if (!m_mainWindow || m_bBarBusy)
         return;
-    const bool document = GetActiveMeasuring() != nullptr;
-    for (const char* name : { "mnuFileClose", "mnuFileSave", "mnuFileSaveAs", "mnuFileExport" })
+    const Measuring* active = GetActiveMeasuring();
+    const bool document = active != nullptr;
+    for (const char* name : { "mnuFileClose", "mnuFileSave", "mnuFileSaveAs", "mnuFileExport", "mnuEditChannel",
+             "mnuEditMeasuring" })
         if (QAction* tool = m_mainWindow->Tool(QLatin1String(name)))
             tool->setEnabled(document);
+    if (QAction* tool = m_mainWindow->Tool(QStringLiteral("mnuEditCurve")))
+        tool->setEnabled(active && active->CurrentCurve());
 }
 
 bool Project::CloseMeasuring(Measuring& measuring, bool force)

@@ -16,6 +16,8 @@
 #include <QScreen>
 #include <QStatusBar>
 
+#include <utility>
+
 frm_Main::frm_Main(QWidget* parent)
     : QMainWindow(parent)
 {
@@ -53,6 +55,18 @@ frm_Main::frm_Main(QWidget* parent)
     addTool("mnuFileSaveAs", 210, QKeySequence::UnknownKey);
     file->addSeparator();
     addTool("mnuFileExport", 211, QKeySequence::UnknownKey);
+
+    // What edits the active view: its curves, its properties, the current curve's properties.
+    QMenu* edit = menuBar()->addMenu(GetResString(215));
+    edit->setObjectName(QStringLiteral("mnuEdit"));
+    for (const auto& [name, caption] : { std::pair("mnuEditChannel", 222), std::pair("", 0),
+             std::pair("mnuEditMeasuring", 223), std::pair("mnuEditCurve", 225) }) {
+        if (!caption) {
+            edit->addSeparator();
+            continue;
+        }
+        edit->addAction(GetResString(caption))->setObjectName(QLatin1String(name));
+    }
 
     QMenu* extras = menuBar()->addMenu(GetResString(246));
     extras->setObjectName(QStringLiteral("mnuExtras"));
