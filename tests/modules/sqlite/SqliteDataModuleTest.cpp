@@ -299,11 +299,9 @@ TEST_F(SqliteFailureTest, UnusableFilesGiveAStatusAndALogLine)
         EXPECT_EQ(module->Initialize(QString(), status), expected);
         EXPECT_EQ(status, expected);
         ASSERT_GE(handler.CountAtLeast(3), 1);
-        EXPECT_EQ(handler.lines.front().source, "SqliteDataModule.Initialize");
         EXPECT_EQ(handler.lines.front().level, 3);
         EXPECT_TRUE(handler.lines.front().text.contains(database)) << handler.lines.front().text.toStdString();
-        // Every other operation fails the same way; GetData hands back no block, and its closing
-        // text says why, naming the file.
+        // Every other call fails alike; GetData gives no block and a text naming the file.
         qint32 overviewStatus = 1, structureStatus = 1, dataStatus = 1;
         ChannelCollection overview, data = Request({ "301" });
         QStringList categories, channels;
@@ -345,8 +343,7 @@ TEST_F(SqliteFailureTest, ALockedDatabaseFailsWithinTheBusyTimeoutAndRecovers)
     ASSERT_EQ(exec("ROLLBACK"), SQLITE_OK);
     EXPECT_EQ(module->Initialize(QString(), status), 1);
 
-    // Between calls the module holds no lock, so the writer gets its lock at once; reading
-    // during the writer's transaction fails, and the channels get no blocks.
+    // The module holds no lock between calls; a read inside the writer's transaction fails.
     ASSERT_EQ(exec("BEGIN EXCLUSIVE"), SQLITE_OK);
     ChannelCollection data = Request({ "301", "302" });
     module->GetData("301;302", data, Day - 1, Day + 1, status);
@@ -357,7 +354,6 @@ TEST_F(SqliteFailureTest, ALockedDatabaseFailsWithinTheBusyTimeoutAndRecovers)
         "SQLITE;0;reading the samples of channel 301 failed: database is locked (" + QDir::toNativeSeparators(path)
             + ")");
     EXPECT_EQ(handler.CountAtLeast(3), 2); // one line for the call, not one per channel
-    EXPECT_EQ(handler.lines.back().source, "SqliteDataModule.GetData");
     ASSERT_EQ(exec("ROLLBACK"), SQLITE_OK);
 
     data = Request({ "301", "302" });
@@ -369,8 +365,7 @@ TEST_F(SqliteFailureTest, ALockedDatabaseFailsWithinTheBusyTimeoutAndRecovers)
 
 TEST_F(SqliteFailureTest, AnInterruptedWriteIsLeftForTheWriterToUndo)
 {
-    // A logger that crashed inside a transaction leaves a hot journal. Rolling it back means
-    // writing the database, which a reader must not do: it refuses the file instead.
+    // A hot journal left by a crashed writer: rolling it back would write, so the file is refused.
     const QString original = WriteBigSite("site.sqlite");
     SqliteConnection writer = OpenWriter(original);
     ASSERT_EQ(sqlite3_exec(writer.get(), "PRAGMA cache_size = 10; BEGIN; UPDATE samples SET value = -value;", nullptr,
@@ -397,8 +392,7 @@ TEST_F(SqliteFailureTest, AnInterruptedWriteIsLeftForTheWriterToUndo)
 
 TEST_F(SqliteFailureTest, DamagedPagesCostTheChannelsOnThemTheirBlocksAndAreSaid)
 {
-    // Garbage over pages in the middle of the file, where the many samples of channel 305 lie:
-    // its read fails, while the channels before and after it are read.
+    // Garbage over the pages of channel 305: its read fails, the channels around it are read.
     const QString path = WriteBigSite("damaged.sqlite");
     {
         QFile file(path);
