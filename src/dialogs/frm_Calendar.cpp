@@ -6,15 +6,12 @@
 
 #include <QCalendarWidget>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QPushButton>
-#include <QScreen>
 #include <QVBoxLayout>
 
 frm_Calendar::frm_Calendar(QWidget* parent)
-    : QFrame(parent, Qt::Popup)
+    : DropDown(parent)
 {
-    setFrameShape(QFrame::StyledPanel);
     m_grid = new QCalendarWidget(this);
     m_grid->setFirstDayOfWeek(Qt::Monday);
     m_grid->setVerticalHeaderFormat(QCalendarWidget::ISOWeekNumbers);
@@ -50,27 +47,8 @@ void frm_Calendar::SetRange(QDate first, QDate last)
 void frm_Calendar::DropDownBelow(QWidget* anchor)
 {
     adjustSize();
-    QPoint at = anchor->mapToGlobal(QPoint(0, anchor->height()));
-    // Stay on the anchor's screen: open above it when there is no room below.
-    if (const QScreen* screen = anchor->screen()) {
-        const QRect area = screen->availableGeometry();
-        if (at.y() + height() > area.bottom())
-            at.setY(anchor->mapToGlobal(QPoint(0, 0)).y() - height());
-        at.setX(qBound(area.left(), at.x(), qMax(area.left(), area.right() - width())));
-    }
-    move(at);
-    show();
+    ShowAt(anchor, anchor->mapToGlobal(QPoint(0, anchor->height())));
     m_grid->setFocus(Qt::PopupFocusReason);
-}
-
-void frm_Calendar::keyPressEvent(QKeyEvent* event)
-{
-    if (event->key() == Qt::Key_Escape) {
-        hide();
-        event->accept();
-        return;
-    }
-    QFrame::keyPressEvent(event);
 }
 
 void frm_Calendar::Pick(QDate date)

@@ -2,13 +2,13 @@
 // The calendar that drops down below a date entry: a month grid with week numbers and "today".
 #pragma once
 
+#include "DropDown.h"
 #include <QDate>
-#include <QFrame>
 
 class QCalendarWidget;
 class QPushButton;
 
-class frm_Calendar : public QFrame
+class frm_Calendar : public DropDown
 {
     Q_OBJECT
 public:
@@ -27,9 +27,6 @@ public:
 signals:
     // A day clicked, or taken with Enter, or today's date; the calendar has closed.
     void DatePicked(QDate date);
-
-protected:
-    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void Pick(QDate date);

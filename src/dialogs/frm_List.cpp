@@ -2,17 +2,14 @@
 // The list of times of the day that drops down below a date entry.
 #include "frm_List.h"
 
-#include <QKeyEvent>
 #include <QListWidget>
-#include <QScreen>
 #include <QVBoxLayout>
 
 #include <algorithm>
 
 frm_List::frm_List(QWidget* parent)
-    : QFrame(parent, Qt::Popup)
+    : DropDown(parent)
 {
-    setFrameShape(QFrame::StyledPanel);
     m_list = new QListWidget(this);
     m_list->setSelectionMode(QAbstractItemView::SingleSelection);
     auto* layout = new QVBoxLayout(this);
@@ -45,28 +42,10 @@ void frm_List::DropDownBelow(QWidget* anchor)
     const int rows = std::min(12, std::max(1, m_list->count()));
     resize(std::max(anchor->width() / 2, m_list->sizeHintForColumn(0) + 40),
         rows * std::max(1, m_list->sizeHintForRow(0)) + 2 * frameWidth() + 4);
-    QPoint at = anchor->mapToGlobal(QPoint(anchor->width() - width(), anchor->height()));
-    if (const QScreen* screen = anchor->screen()) {
-        const QRect area = screen->availableGeometry();
-        if (at.y() + height() > area.bottom())
-            at.setY(anchor->mapToGlobal(QPoint(0, 0)).y() - height());
-        at.setX(qBound(area.left(), at.x(), qMax(area.left(), area.right() - width())));
-    }
-    move(at);
-    show();
+    ShowAt(anchor, anchor->mapToGlobal(QPoint(anchor->width() - width(), anchor->height())));
     if (QListWidgetItem* item = m_list->currentItem())
         m_list->scrollToItem(item, QAbstractItemView::PositionAtCenter);
     m_list->setFocus(Qt::PopupFocusReason);
-}
-
-void frm_List::keyPressEvent(QKeyEvent* event)
-{
-    if (event->key() == Qt::Key_Escape) {
-        hide();
-        event->accept();
-        return;
-    }
-    QFrame::keyPressEvent(event);
 }
 
 void frm_List::Pick(int row)

@@ -2,13 +2,14 @@
 // The list of times of the day that drops down below a date entry.
 #pragma once
 
-#include <QFrame>
+#include "DropDown.h"
+
 #include <QList>
 #include <QStringList>
 
 class QListWidget;
 
-class frm_List : public QFrame
+class frm_List : public DropDown
 {
     Q_OBJECT
 public:
@@ -27,9 +28,6 @@ public:
 signals:
     // A time clicked or taken with Enter; the list has closed.
     void TimePicked(double fraction);
-
-protected:
-    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void Pick(int row);
