@@ -2,7 +2,6 @@
 // What a refresh shows and refuses: never a value that wasn't measured, failed reads as gaps
 // with their reason, grids too large for memory, the progress, power-factor statistics.
 #include "Formatter.h"
-#include "LogCapture.h"
 #include "MeasuringFixture.h"
 #include "Numeric.h"
 #include "ResStrings.h"
@@ -53,11 +52,9 @@ TEST_F(RefreshTest, AFailedReadIsAGapWithItsReasonInTheStatusLine)
     ASSERT_EQ(Chart().Value(curve->SeriesID(), 40), 10.0);
     generated->failure = "database disk image is malformed (/data/site.sqlite)";
     measuring->Refresh(true);
-    EXPECT_TRUE(measuring->FetchError().contains("database disk image is malformed"))
-        << measuring->FetchError().toStdString();
-    EXPECT_TRUE(measuring->FetchError().contains("Logger")) << "names the data source";
-    EXPECT_TRUE(host.messages.last().startsWith("LOG:") && host.messages.last().contains("malformed"))
-        << host.messages.last().toStdString();
+    EXPECT_TRUE(measuring->FetchError().contains("malformed") && measuring->FetchError().contains("Logger"))
+        << "the reason and the data source: " << measuring->FetchError().toStdString();
+    EXPECT_TRUE(host.messages.last().startsWith("LOG:") && host.messages.last().contains("malformed"));
     for (qsizetype row : { 0, 40, 95 })
         EXPECT_EQ(Chart().Value(curve->SeriesID(), row), ChartAdapter::HiddenPoint) << "no value, not an old one";
 
@@ -77,7 +74,6 @@ TEST_F(RefreshTest, AGridTooLargeForMemoryIsRefusedBeforeAnythingIsFetched)
     measuring->SetIntervalCount(1);
     // Two curves at one second over a year: 63 million values.
     Window(D(2008, 6, 1), D(2009, 6, 1));
-    LogCapture log(roots);
     measuring->Refresh(true);
     EXPECT_EQ(generated->fetches, 0);
     ASSERT_EQ(host.errors.size(), 1);
@@ -85,7 +81,6 @@ TEST_F(RefreshTest, AGridTooLargeForMemoryIsRefusedBeforeAnythingIsFetched)
     digits.remove('.').remove(',').remove(QChar(0xA0));
     EXPECT_TRUE(digits.contains("50000000")) << "names the limit: " << host.errors.front().toStdString();
     EXPECT_EQ(measuring->FetchError(), host.errors.front());
-    EXPECT_NE(log.Dump().find("time grid too large"), std::string::npos) << log.Dump();
     EXPECT_LE(Chart().PointCount(), 1);
     EXPECT_EQ(Span(), std::pair(D(2008, 6, 1), D(2009, 6, 1))) << "the window stays for a coarser resolution";
 
@@ -163,8 +158,6 @@ TEST_F(RefreshTest, PowerFactorValuesShowAsMeasuredAndScatterSumAndCountAsComput
     EXPECT_TRUE(caption(353).contains(format.FormatNumber(96 * FoldCosPhi(0.9), u"0.00")))
         << "the sum of the stored values: " << caption(353).toStdString();
     EXPECT_TRUE(caption(354).contains("96")) << caption(354).toStdString();
-    EXPECT_EQ(MeasuredCosPhi(0.0), 1.0) << "a stored 0 is a power factor of exactly 1";
-    EXPECT_DOUBLE_EQ(MeasuredCosPhi(FoldCosPhi(-0.8)), -0.8);
 }
 
 } // namespace
