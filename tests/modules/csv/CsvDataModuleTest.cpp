@@ -110,7 +110,6 @@ TEST_F(CsvDataModuleTest, EveryFileFormGivesTheSameChannelsAndSamples)
         ASSERT_EQ(data.Count(), 3);
         EXPECT_EQ(SamplesOf(data, 0), expectedP);
         EXPECT_EQ(SamplesOf(data, 1), expectedQ);
-        EXPECT_EQ(data.Channel(0)->DataBlock()->NoValue(), NV);
         EXPECT_EQ(data.Text(2), "CSV;900");
         EXPECT_TRUE(on.log.lines.empty()) << on.log.All();
     }
@@ -369,7 +368,6 @@ TEST_F(CsvFileProblems, BadLinesBeyondTheLimitAreSkippedSilentlyAfterOneNotice)
     EXPECT_EQ(on.log.Count({ Native(path), "no valid time" }), 20) << on.log.All();
     EXPECT_EQ(on.log.Count({ "more than 20 bad lines" }), 1);
     EXPECT_EQ(on.log.Count({ "30 bad lines skipped in all" }), 1);
-    EXPECT_EQ(on.log.Count({ "no number" }), 0);
     EXPECT_EQ(on.log.lines.size(), 22u);
 }
 
@@ -434,8 +432,7 @@ TEST_F(CsvFileProblems, AFileOfMoreThanTwoGigabytesIsReadUpToItsZeros)
 
 TEST_F(CsvFileProblems, AMissingFolderOrFileGivesNoBlockAStatusAndTheReason)
 {
-    // A channel that could not be read has no block, told apart from one without samples in the
-    // window; the text after the resolution says why.
+    // A channel that could not be read has no block; the text after the resolution says why.
     const std::tuple<QString, qint32, const char*, QString> cases[] = {
         { QString(), CsvDataModule::NoFolder, "No folder is configured",
             "no folder is configured for the data module Logger" },
@@ -461,8 +458,7 @@ TEST_F(CsvFileProblems, AMissingFolderOrFileGivesNoBlockAStatusAndTheReason)
         EXPECT_EQ(on.log.lines.front().level, 3);
     }
 
-    // A file that vanished after the tree was read, and ids that name nothing, which are read
-    // and hold no samples.
+    // A file gone after the scan, and ids that name nothing (read, with no samples).
     folder.Write("Logger/L.csv", "timestamp;P\n2023-01-01 00:00;1\n");
     folder.Write("Logger/M.csv", "timestamp;P\n2023-01-01 00:00;1\n");
     ModuleOn on(folder.Path("Logger"));
@@ -499,8 +495,7 @@ TEST_F(CsvFileProblems, AMissingFolderOrFileGivesNoBlockAStatusAndTheReason)
 
 TEST_F(CsvFileProblems, PipesAndLinksToThemAreNeitherListedNorOpened)
 {
-    // Opening a pipe for reading waits for a writer, and reading it waits for data: the scan and
-    // the reads must never do either. Each part runs in a child, so that a hang fails the test.
+    // Opening or reading a pipe can block; each part runs in a child, so that a hang fails.
     folder.Write("Logger/A.csv", "timestamp;P\n2023-01-01 00:00;1\n");
     const QString pipe = folder.Path("Logger/pipe");
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
