@@ -73,7 +73,6 @@ TEST(CsvConfig, TheDialogStoresTheUsersFolderAndAnnouncesAChangeOnce)
     EXPECT_EQ(OnlyChannel(module), "Erster");
 
     WithDialog(module, [&](frm_CsvConfig& dialog) {
-        EXPECT_EQ(dialog.windowTitle(), "CSV-Dateien");
         auto* edit = dialog.findChild<QLineEdit*>("txt_Folder");
         ASSERT_TRUE(edit);
         EXPECT_EQ(QDir::fromNativeSeparators(edit->text()), QDir::cleanPath(trees.first));
@@ -108,8 +107,7 @@ TEST(CsvConfig, TheDialogStoresTheUsersFolderAndAnnouncesAChangeOnce)
     EXPECT_EQ(OnlyChannel(module), "Zweiter");
 }
 
-// The built plug-in, loaded as the program loads it, declares its ProgID and creates working
-// modules for it only, in any case.
+// The built plug-in, loaded as the program loads it.
 TEST(CsvPlugin, DeclaresItsProgIdAndCreatesWorkingModulesForItOnly)
 {
     QPluginLoader loader(SORANO_CSV_PLUGIN);
