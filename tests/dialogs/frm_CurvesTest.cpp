@@ -92,32 +92,6 @@ protected:
     }
 };
 
-TEST_F(CurvesDialogTest, RemovingACurveTakesItOutOfTheView)
-{
-    Open(3600);
-    Add("3$L#1");
-    Add("3$L#3");
-    Day();
-    const qint32 removedSeries = measuring->FindCurve("3$L#3")->SeriesID();
-    QTreeWidget* tree = measuring->Window()->trv_Statistics();
-    ASSERT_NE(ChannelTree::FindItem(tree, "S_3$L#3"), nullptr);
-    ASSERT_TRUE(Chart().SeriesVisible(removedSeries));
-
-    const qint32 status = Show([&](frm_Curves& dialog) {
-        SelectCurve(dialog, 1);
-        Click(dialog, "cmd_Remove");
-        Click(dialog, "cmd_OK");
-    });
-
-    EXPECT_EQ(status, 1);
-    EXPECT_EQ(CurveIds(), QStringList("3$L#1"));
-    EXPECT_EQ(ChannelTree::FindItem(tree, "S_3$L#3"), nullptr) << "its statistic node went";
-    EXPECT_NE(ChannelTree::FindItem(tree, "S_3$L#1"), nullptr);
-    EXPECT_FALSE(Chart().SeriesVisible(removedSeries)) << "its line is no longer drawn";
-    ASSERT_TRUE(measuring->Curves().front()->Result());
-    EXPECT_EQ(measuring->Curves().front()->Result()->DataBlock()->Rows(), 24) << "the rest refreshed";
-}
-
 TEST_F(CurvesDialogTest, CancelLeavesTheViewAsItWasAndBringsInNoOfferedModule)
 {
     Open(3600);
@@ -208,14 +182,18 @@ TEST_F(CurvesDialogTest, ChannelsChosenFromThePopUpBecomeNewCurvesInTheirOrder)
     EXPECT_EQ(measuring->Curves().back()->Result()->DataBlock()->At(3, 1), 100.0);
 }
 
-TEST_F(CurvesDialogTest, MovingAndSplittingKeepTheLookOfTheCurves)
+TEST_F(CurvesDialogTest, SplittingAndMovingKeepTheLookAndRemovingTakesACurveOutOfTheView)
 {
     Open(3600);
-    const qint32 firstColor = Add("3$L#1")->Properties().Color;
+    Curve* first = Add("3$L#1");
     Curve* second = Add("3$L#3");
     ASSERT_TRUE(measuring->AddChannel(*second, "3$L#2"));
     Day();
     const qint32 color = second->Properties().Color;
+    const qint32 removedSeries = first->SeriesID();
+    QTreeWidget* tree = measuring->Window()->trv_Statistics();
+    ASSERT_NE(ChannelTree::FindItem(tree, "S_3$L#1"), nullptr);
+    ASSERT_TRUE(Chart().SeriesVisible(removedSeries));
 
     const qint32 status = Show([&](frm_Curves& dialog) {
         SelectCurve(dialog, 1, 1);
@@ -224,18 +202,22 @@ TEST_F(CurvesDialogTest, MovingAndSplittingKeepTheLookOfTheCurves)
         SelectCurve(dialog, 1);
         Click(dialog, "cmd_Up");
         EXPECT_EQ(Curves(dialog)->topLevelItem(0)->text(0), "3$L#3");
+        SelectCurve(dialog, 1);
+        Click(dialog, "cmd_Remove");
         Click(dialog, "cmd_OK");
     });
 
     EXPECT_EQ(status, 1);
-    ASSERT_EQ(CurveIds(), QStringList({ "3$L#3", "3$L#1" }));
+    ASSERT_EQ(CurveIds(), QStringList("3$L#3"));
     const Curve& moved = *measuring->Curves().front();
     ASSERT_EQ(moved.Channels().size(), 1u);
     EXPECT_EQ(moved.Channels().front().key, "3$L#3");
     EXPECT_EQ(moved.Properties().Color, color);
-    EXPECT_EQ(measuring->Curves().back()->Properties().Color, firstColor);
     ASSERT_TRUE(moved.Result());
-    EXPECT_EQ(moved.Result()->DataBlock()->At(3, 1), 100.0);
+    EXPECT_EQ(moved.Result()->DataBlock()->At(3, 1), 100.0) << "the rest refreshed";
+    EXPECT_EQ(ChannelTree::FindItem(tree, "S_3$L#1"), nullptr) << "the removed curve's statistic node went";
+    EXPECT_NE(ChannelTree::FindItem(tree, "S_3$L#3"), nullptr);
+    EXPECT_FALSE(Chart().SeriesVisible(removedSeries)) << "its line is no longer drawn";
 }
 
 TEST_F(CurvesDialogTest, ChannelsOfAModuleTheViewDoesNotUseYetBringItInOnOk)
