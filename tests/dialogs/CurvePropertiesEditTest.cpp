@@ -33,25 +33,6 @@ protected:
     Curve curve;
 };
 
-TEST_F(CurvePropertiesEditTest, ListsEveryStatisticAndOnlyLinesCanBeShown)
-{
-    const CurvePropertiesEdit edit = CurvePropertiesEdit::FromCurve(curve);
-    ASSERT_EQ(edit.statistics.size(), curve.Statistics().size());
-    int lines = 0;
-    for (std::size_t row = 0; row < edit.statistics.size(); ++row) {
-        const Statistic& statistic = *curve.Statistics()[row];
-        const StatisticChoice& choice = edit.statistics[row];
-        EXPECT_EQ(choice.id, statistic.ID());
-        EXPECT_EQ(choice.name, statistic.Name());
-        EXPECT_EQ(choice.used, statistic.Used());
-        EXPECT_EQ(choice.canShow, statistic.DisplayType() == Statistic::DisplayLine);
-        EXPECT_EQ(choice.shown, choice.canShow && statistic.Used() && statistic.Visible()) << choice.id.toStdString();
-        lines += choice.canShow;
-    }
-    EXPECT_GT(lines, 0);
-    EXPECT_LT(lines, int(edit.statistics.size()));
-}
-
 TEST_F(CurvePropertiesEditTest, ShownNeedsAUsedLineStatistic)
 {
     CurvePropertiesEdit edit = CurvePropertiesEdit::FromCurve(curve);
