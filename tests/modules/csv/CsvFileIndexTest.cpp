@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The file index of the CSV module: lines longer than a read of the file, and a file that
-// another program cuts short, while the index is built and between building it and reading a
-// window: what the file still holds, a log line, and no signal. Those cases run in a child
-// process, so that a crash fails only its test.
+// The CSV file index: lines longer than a read, and files cut short while or after being indexed
+// (run in a child process, so that a crash fails only its test).
 #include "CsvFileIndex.h"
 #include "../ChildProcess.h"
 #include "CsvFolder.h"
@@ -15,8 +13,7 @@
 
 namespace {
 
-// A header, then the bad line when given, then count lines "2023-01-01 00:00;<i>": all at one
-// time, so that a window on that time reads every line in the order of the file.
+// A header, the bad line if any, then count lines "2023-01-01 00:00;<i>", all at one time.
 QByteArray SameTimeLines(int count, const QByteArray& badLine = QByteArray())
 {
     QByteArray text = "timestamp;P\n" + badLine;
@@ -67,8 +64,7 @@ std::vector<double> ReadAll(CsvFileIndex& index, std::vector<LogLine>& log)
 TEST(CsvFileIndexCutShort, AFileCutWhileItIsIndexedGivesItsWholeLinesAndALogLine)
 {
     CsvFolder folder;
-    // Some megabytes, so that the cut comes while most of the file is still to be read; the
-    // first bad line is where the cut happens, and it falls in the middle of a line.
+    // Megabytes, so the cut (at the first bad line, mid-line) comes while most is still unread.
     const QByteArray text = SameTimeLines(600'000, "kaputt;1\n");
     const QString path = folder.Write("L.csv", text);
     const qsizetype cut = text.size() / 2 + 7;
@@ -116,9 +112,8 @@ TEST(CsvFileIndexCutShort, AFileCutBetweenIndexAndReadGivesTheLinesItStillHolds)
 
 TEST(CsvFileIndex, LinesOfAnyLengthAreFoundAndNamedWhereverTheReadsOfTheFileEnd)
 {
-    // Lines longer than what a read fetches at once: one too long to be a line, one just short
-    // enough, a bad value behind both (its line number counted across them), and a last line
-    // without a line end.
+    // Lines longer than a read: one too long, one just short enough, a bad value behind both
+    // (its line number counted across them), and a last line without a line end.
     CsvFolder folder;
     const QByteArray longest = "2023-01-01 00:03;3";
     const QString path = folder.Write("L.csv",
