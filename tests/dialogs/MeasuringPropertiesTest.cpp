@@ -79,10 +79,10 @@ protected:
     int fetchesBefore = 0;
 };
 
-TEST_F(MeasuringPropertiesTest, NewPeriodAndResolutionAreWrittenAndFetchedAgain)
+TEST_F(MeasuringPropertiesTest, NewPeriodAndResolutionAreWrittenAndFetchedAgainAsIsTheDataResolutionChosenBack)
 {
     QString duration;
-    const qint32 status = Run([&](frm_MeasuringProperties& dialog) {
+    qint32 status = Run([&](frm_MeasuringProperties& dialog) {
         TypeDate(dialog.StartEdit(), "12.02.2009 00:00");
         TypeDate(dialog.EndEdit(), "13.02.2009 06:00");
         duration = dialog.DurationLabel()->text();
@@ -101,15 +101,10 @@ TEST_F(MeasuringPropertiesTest, NewPeriodAndResolutionAreWrittenAndFetchedAgain)
     EXPECT_EQ(measuring->IntervalUnit(), "h");
     EXPECT_EQ(measuring->IntervalCount(), 2);
     EXPECT_GT(generated->fetches, fetchesBefore);
-}
 
-TEST_F(MeasuringPropertiesTest, ChoosingTheDataResolutionClearsTheNormalisationAndFetchesAgain)
-{
-    measuring->SetIntervalUnit("h");
-    measuring->SetIntervalCount(2);
-    measuring->Refresh(true);
+    // Choosing the data's resolution again clears the normalisation and fetches anew.
     fetchesBefore = generated->fetches;
-    const qint32 status = Run([](frm_MeasuringProperties& dialog) {
+    status = Run([](frm_MeasuringProperties& dialog) {
         EXPECT_TRUE(dialog.NormalisedOption()->isChecked());
         EXPECT_EQ(dialog.CountEdit()->text(), "2");
         EXPECT_EQ(dialog.UnitBox()->currentData().toString(), "h");
