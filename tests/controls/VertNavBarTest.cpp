@@ -47,17 +47,15 @@ TEST_F(VertNavBarTest, EachButtonMovesItsLimitsInItsDirection)
     EXPECT_EQ(moves.count(), 6);
 }
 
-TEST_F(VertNavBarTest, HeldButtonRepeatsEveryFiftyMillisecondsUntilReleased)
+TEST_F(VertNavBarTest, HeldButtonRepeatsUntilReleased)
 {
     QTest::mousePress(bar.Button(2), Qt::LeftButton);
     EXPECT_EQ(moves.count(), 1); // at once, before the first tick
-    QTest::qWait(1000);
+    QTest::qWait(500);
     QTest::mouseRelease(bar.Button(2), Qt::LeftButton);
     const qsizetype held = moves.count();
-    EXPECT_GE(held, 15);
-    EXPECT_LE(held, 23);
-    for (const MoveArgs& args : Moves())
-        EXPECT_EQ(args, MoveArgs(true, true, 1));
+    EXPECT_GE(held, 3);
+    EXPECT_EQ(Moves(), std::vector<MoveArgs>(size_t(held), MoveArgs(true, true, 1)));
     QTest::qWait(200);
     EXPECT_EQ(moves.count(), held);
 }
