@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <map>
+#include <numeric>
 #include <vector>
 
 namespace {
@@ -182,8 +183,7 @@ TEST_F(ChartAdapterTest, HitTestFindsNearestVisiblePoint)
 {
     chart.OpenData(2, 100);
     std::vector<double> rising(100), flat(100, 80.0);
-    for (int i = 0; i < 100; ++i)
-        rising[size_t(i)] = i;
+    std::iota(rising.begin(), rising.end(), 0.0);
     chart.SetValues(0, rising);
     chart.SetValues(1, flat);
     Show(100, 100);
@@ -282,8 +282,7 @@ TEST_F(ChartAdapterTest, NewAxisRangeIsDrawnOnceAtTheNextEventLoopTurn)
 {
     chart.OpenData(1, 100);
     std::vector<double> ramp(100);
-    for (size_t i = 0; i < ramp.size(); ++i)
-        ramp[i] = double(i);
+    std::iota(ramp.begin(), ramp.end(), 0.0);
     chart.SetValues(0, ramp);
     Show(100, 200);
     QApplication::processEvents();
