@@ -88,8 +88,6 @@ void Curve::SetSeriesID(qint32 id)
 {
     m_lSeriesID = id;
     m_bChartDirty = true;
-    for (const auto& statistic : m_cStatistics)
-        statistic->SetConstantLine(-1);
     RetagCursors();
 }
 

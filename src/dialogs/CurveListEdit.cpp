@@ -80,16 +80,6 @@ bool CurveListEdit::Split(qsizetype index, qsizetype part)
 
 namespace {
 
-// The statistic IDs of a curve that pass the test, as the view's "|1|2|" lists.
-template<typename Test> QString StatisticList(const Curve& curve, Test test)
-{
-    QString list = QStringLiteral("|");
-    for (const auto& statistic : curve.Statistics())
-        if (test(*statistic))
-            list += statistic->ID() + QLatin1Char('|');
-    return list;
-}
-
 // Makes the module of the channel "<address>$<id>" one of the view's, when it is not yet and
 // the application offers it: its channel list is read first, as opening a view file does.
 void UseModuleOf(Measuring& measuring, const QString& key)
@@ -114,38 +104,15 @@ bool CurveListEdit::ApplyTo(Measuring& measuring) const
         if (std::none_of(m_entries.begin(), m_entries.end(), [&](const Entry& e) { return e.origin == old.origin; }))
             measuring.RemoveCurve(old.origin);
 
-    // The view can only append curves, so from the first curve out of its place on, the kept
-    // curves are made anew behind the ones before, with their look and statistics.
-    std::vector<QString> kept;
-    for (const auto& curve : measuring.Curves())
-        kept.push_back(curve->ID());
-    size_t inPlace = 0;
-    while (inPlace < kept.size() && inPlace < m_entries.size() && m_entries[inPlace].origin == kept[inPlace])
-        ++inPlace;
-    struct Look
-    {
-        SeriesProperties properties;
-        QString used;
-        QString visible;
-    };
-    std::vector<std::pair<QString, Look>> remade;
-    for (size_t i = inPlace; i < kept.size(); ++i) {
-        const Curve* curve = measuring.FindCurve(kept[i]);
-        remade.push_back({ kept[i],
-            Look { curve->Properties(), StatisticList(*curve, [](const Statistic& s) { return s.Used(); }),
-                StatisticList(*curve, [](const Statistic& s) { return s.Used() && s.Visible(); }) } });
-        measuring.RemoveCurve(kept[i]);
-    }
-
     for (const Entry& entry : m_entries)
         for (const QString& key : entry.keys)
             UseModuleOf(measuring, key);
 
-    for (size_t i = 0; i < m_entries.size(); ++i) {
-        const Entry& entry = m_entries[i];
-        Curve* curve = nullptr;
-        if (i < inPlace) {
-            curve = measuring.FindCurve(entry.origin);
+    // Kept curves change their channels, new ones are appended; then all take their places.
+    std::vector<QString> order;
+    for (const Entry& entry : m_entries) {
+        Curve* curve = entry.origin.isEmpty() ? nullptr : measuring.FindCurve(entry.origin);
+        if (curve) {
             // Channels the sum no longer holds go first, so that a channel may come back.
             std::vector<QString> gone;
             for (const CurveChannel& channel : curve->Channels())
@@ -154,20 +121,17 @@ bool CurveListEdit::ApplyTo(Measuring& measuring) const
             for (const QString& key : gone)
                 curve->RemoveMatrix(key);
         } else {
-            const auto look
-                = std::find_if(remade.begin(), remade.end(), [&](const auto& r) { return r.first == entry.origin; });
-            if (look != remade.end())
-                curve = measuring.AddCurve(
-                    entry.keys.value(0), false, look->second.used, look->second.visible, &look->second.properties);
-            else
-                curve = measuring.AddCurve(entry.keys.value(0), false, QString(), QString(), nullptr);
+            curve = measuring.AddCurve(entry.keys.value(0), false, QString(), QString(), nullptr);
         }
         if (!curve)
             continue;
         for (const QString& key : entry.keys)
             if (!curve->Channel(key))
                 measuring.AddChannel(*curve, key);
+        order.push_back(curve->ID());
     }
+    for (size_t i = 0; i < order.size(); ++i)
+        measuring.MoveCurve(order[i], qsizetype(i));
     measuring.Refresh(true);
     return true;
 }

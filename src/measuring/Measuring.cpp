@@ -341,6 +341,74 @@ bool Measuring::RemoveCurve(const QString& id)
     return true;
 }
 
+bool Measuring::MoveCurve(const QString& id, qsizetype index)
+{
+    const auto found = std::find_if(
+        m_cCurves.begin(), m_cCurves.end(), [&id](const std::unique_ptr<Curve>& curve) { return curve->ID() == id; });
+    if (found == m_cCurves.end())
+        return false;
+    const qsizetype from = found - m_cCurves.begin();
+    const qsizetype to = std::clamp<qsizetype>(index, 0, qsizetype(m_cCurves.size()) - 1);
+    if (from == to)
+        return true;
+
+    // The chart draws and lists its series by number: the curves in the chart share their
+    // numbers out again in the new order, each taking its axis along.
+    std::vector<std::pair<Curve*, qint16>> charted;
+    std::vector<qint32> numbers;
+    for (const auto& curve : m_cCurves)
+        if (curve->SeriesID() >= 0) {
+            charted.push_back({ curve.get(), curve->YAxis() });
+            numbers.push_back(curve->SeriesID());
+        }
+
+    std::unique_ptr<Curve> moving = std::move(*found);
+    m_cCurves.erase(found);
+    m_cCurves.insert(m_cCurves.begin() + to, std::move(moving));
+
+    std::sort(numbers.begin(), numbers.end());
+    size_t next = 0;
+    for (const auto& curve : m_cCurves) {
+        const auto entry
+            = std::find_if(charted.begin(), charted.end(), [&curve](const auto& c) { return c.first == curve.get(); });
+        if (entry == charted.end())
+            continue;
+        const qint32 number = numbers[next++];
+        if (curve->SeriesID() == number)
+            continue;
+        curve->SetSeriesID(number);
+        if (ChartAdapter* chart = curve->Chart(); chart && number < chart->SeriesCount())
+            chart->SetSeriesAxis(number, entry->second);
+    }
+
+    // The tree's curve nodes follow the list, each keeping whether it was open.
+    if (QTreeWidget* tree = m_cGraph ? m_cGraph->trv_Statistics() : nullptr) {
+        const QSignalBlocker quiet(tree);
+        int row = 0;
+        for (const auto& curve : m_cCurves) {
+            QTreeWidgetItem* node = ChannelTree::FindItem(tree, curve->GetStatisticKey(nullptr));
+            const int at = node ? tree->indexOfTopLevelItem(node) : -1;
+            if (at < 0)
+                continue;
+            if (at != row) {
+                const bool expanded = node->isExpanded();
+                tree->insertTopLevelItem(row, tree->takeTopLevelItem(at));
+                node->setExpanded(expanded);
+            }
+            ++row;
+        }
+    }
+    // The table adds its columns in the order the curves are written into it.
+    if (m_cGraph && m_cGraph->grid_View()) {
+        for (const auto& curve : m_cCurves)
+            curve->UpdateGrid(nullptr);
+        if (ViewMode() == frm_GraphicView::GridMode)
+            m_cGraph->grid_View()->Update(false);
+    }
+    SetChanged(true);
+    return true;
+}
+
 qint32 Measuring::NextFreeColor() const
 {
     QList<qint32> used;

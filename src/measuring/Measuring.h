@@ -114,6 +114,10 @@ public:
     // Takes the curve out of the view: its tree nodes, table column and cursors go, its chart
     // series is hidden. False when there is no such curve.
     bool RemoveCurve(const QString& id);
+    // Puts the curve at position index (clamped to the list): the chart's series, the legend,
+    // the tree and the table follow; the curve keeps its cursors, look and statistics. False
+    // when there is no such curve.
+    bool MoveCurve(const QString& id, qsizetype index);
     qint32 NextFreeColor() const;
     double FirstDataDate() const;
     double LastDataDate() const;

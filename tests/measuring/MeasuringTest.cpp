@@ -154,6 +154,43 @@ TEST_F(MeasuringTest, FileRoundTripKeepsCurvesStatisticsAndCursors)
     EXPECT_EQ(reopened.StartDate(), D(2009, 2, 10));
 }
 
+TEST_F(MeasuringTest, AMovedCurveTakesItsValuesAxisAndCursorToItsNewPlace)
+{
+    Open(900);
+    Add("3$L#1");
+    Curve* factor = Add("3$L#2");
+    Curve* reserve = Add("3$L#3");
+    Day();
+    reserve->SetCursor(20, &Chart(), &Chart().Annotations(), 0);
+    const qint16 factorAxis = factor->YAxis();
+    const qint16 reserveAxis = reserve->YAxis();
+
+    ASSERT_TRUE(measuring->MoveCurve("3$L#3", 0));
+    EXPECT_FALSE(measuring->MoveCurve("3$L#9", 0));
+    EXPECT_TRUE(measuring->MoveCurve("3$L#2", 99)) << "a place past the end is the last";
+    measuring->Refresh(false);
+    Chart().Replot();
+
+    QStringList ids, legends, nodes;
+    for (const auto& curve : measuring->Curves())
+        ids << curve->ID();
+    for (int series = 0; series < Chart().SeriesCount(); ++series)
+        legends << Chart().SeriesLegend(series).section(' ', 0, 0);
+    QTreeWidget* tree = measuring->Window()->trv_Statistics();
+    for (int node = 0; node < tree->topLevelItemCount(); ++node)
+        nodes << tree->topLevelItem(node)->text(0).section(' ', 0, 0);
+    EXPECT_EQ(ids, QStringList({ "3$L#3", "3$L#1", "3$L#2" }));
+    EXPECT_EQ(legends, QStringList({ "Reserve", "Power", "Power" })) << "the legend follows";
+    EXPECT_EQ(nodes, QStringList({ "Reserve", "Power", "Power" })) << "the tree follows";
+    EXPECT_EQ(Chart().Value(0, 5), 100.0) << "the series shows the moved curve's values";
+    EXPECT_EQ(Chart().Value(1, 5), 1.0);
+    EXPECT_EQ(factor->YAxis(), factorAxis);
+    EXPECT_EQ(reserve->YAxis(), reserveAxis);
+    ASSERT_EQ(reserve->Cursors().size(), 1u);
+    EXPECT_EQ(reserve->Cursors().front()->Tag() % 100, reserve->SeriesID()) << "the cursor follows its series";
+    EXPECT_TRUE(measuring->Changed());
+}
+
 TEST_F(MeasuringTest, NewCurvesTakeTheLeastUsedColour)
 {
     Open(900);
