@@ -161,8 +161,12 @@ bool DateEdit::eventFilter(QObject* watched, QEvent* event)
         return QWidget::eventFilter(watched, event);
     const auto* key = static_cast<QKeyEvent*>(event);
     const Qt::KeyboardModifiers modifiers = key->modifiers() & ~Qt::KeypadModifier;
-    if (key->key() == Qt::Key_Down && modifiers == Qt::AltModifier) {
-        ShowCalendar();
+    // Alt+Down drops the calendar down as a combo box does, Alt+Up the times of the day.
+    if ((key->key() == Qt::Key_Down || key->key() == Qt::Key_Up) && modifiers == Qt::AltModifier) {
+        if (key->key() == Qt::Key_Down)
+            ShowCalendar();
+        else
+            ShowTimeList();
         return true;
     }
     const int cursor = m_edit->cursorPosition();

@@ -13,6 +13,8 @@ frm_Calendar::frm_Calendar(QWidget* parent)
     : DropDown(parent)
 {
     m_grid = new QCalendarWidget(this);
+    // Month and day names in the program's language, not the desktop's.
+    m_grid->setLocale(LanguageLocale());
     m_grid->setFirstDayOfWeek(Qt::Monday);
     m_grid->setVerticalHeaderFormat(QCalendarWidget::ISOWeekNumbers);
     m_grid->setGridVisible(true);

@@ -67,7 +67,7 @@ frm_Curves::frm_Curves(QWidget* parent)
 
     m_curves = new QTreeWidget(this);
     m_curves->setObjectName(QStringLiteral("trv_Curves"));
-    m_curves->setHeaderLabels({ GetResString(261), GetResString(290) });
+    m_curves->setHeaderLabels({ GetResString(261), GetResString(307) });
     m_channels = new QTreeWidget(this);
     m_channels->setObjectName(QStringLiteral("trv_Channels"));
     m_channels->setHeaderLabel(GetResString(307));
@@ -121,6 +121,7 @@ frm_Curves::frm_Curves(QWidget* parent)
     connect(m_channels, &QWidget::customContextMenuRequested, this, &frm_Curves::ShowChannelMenu);
     m_channels->installEventFilter(new SpaceFilter(this, [this] { ToggleChosen(m_channels->currentItem()); }));
     UpdateButtons();
+    resize(860, 480);
 }
 
 qint32 frm_Curves::ShowMe(Measuring& measuring)
@@ -137,6 +138,7 @@ void frm_Curves::Load(Measuring& measuring)
     m_chosen.clear();
     m_channels->clear();
     m_names.clear();
+    m_places.clear();
     // Every module of the application is offered, not only those the view already uses.
     std::vector<ModuleBoxPtr> boxes(measuring.OfferedModules().begin(), measuring.OfferedModules().end());
     for (const ModuleBoxPtr& box : measuring.DataModules())
@@ -162,6 +164,18 @@ void frm_Curves::Load(Measuring& measuring)
         }
     }
     m_channels->expandAll();
+    // Many channels share a name ("Wirkleistung"): the curve list tells them apart by where
+    // they sit in the tree.
+    std::function<void(QTreeWidgetItem*, const QString&)> walk = [&](QTreeWidgetItem* item, const QString& path) {
+        const QString key = ChannelOf(item);
+        if (!key.isEmpty())
+            m_places.insert(key, path);
+        const QString below = path.isEmpty() ? item->text(0) : path + QStringLiteral(" / ") + item->text(0);
+        for (int i = 0; i < item->childCount(); ++i)
+            walk(item->child(i), below);
+    };
+    for (int i = 0; i < m_channels->topLevelItemCount(); ++i)
+        walk(m_channels->topLevelItem(i), QString());
     FillCurves(m_edit.Count() > 0 ? 0 : -1);
 }
 
@@ -172,10 +186,10 @@ void frm_Curves::FillCurves(qsizetype selectEntry, qsizetype selectPart)
     const auto& entries = m_edit.Entries();
     for (qsizetype i = 0; i < qsizetype(entries.size()); ++i) {
         const QStringList& keys = entries[size_t(i)].keys;
-        auto* node = new QTreeWidgetItem(m_curves, { keys.value(0), m_names.value(keys.value(0)) });
+        auto* node = new QTreeWidgetItem(m_curves, { Name(keys.value(0)), m_places.value(keys.value(0)) });
         // A sum shows its further channels beneath it.
         for (qsizetype part = 1; part < keys.size(); ++part) {
-            auto* child = new QTreeWidgetItem(node, { keys[part], m_names.value(keys[part]) });
+            auto* child = new QTreeWidgetItem(node, { Name(keys[part]), m_places.value(keys[part]) });
             if (i == selectEntry && part == selectPart)
                 selected = child;
         }
@@ -183,9 +197,16 @@ void frm_Curves::FillCurves(qsizetype selectEntry, qsizetype selectPart)
         if (i == selectEntry && !selected)
             selected = node;
     }
+    m_curves->resizeColumnToContents(0);
     if (selected)
         m_curves->setCurrentItem(selected);
     UpdateButtons();
+}
+
+QString frm_Curves::Name(const QString& key) const
+{
+    // A channel no module lists any more still shows, by its key.
+    return m_names.value(key, key);
 }
 
 void frm_Curves::SetChosen(QTreeWidgetItem* item, bool chosen)

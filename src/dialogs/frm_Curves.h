@@ -31,6 +31,7 @@ public:
 private:
     void Load(Measuring& measuring);
     void FillCurves(qsizetype selectEntry, qsizetype selectPart = -1);
+    QString Name(const QString& key) const;
     // Chooses the channel of the node, or takes the choice back; other nodes stay as they are.
     void SetChosen(QTreeWidgetItem* item, bool chosen);
     void SetChosenBelow(QTreeWidgetItem* item, bool chosen);
@@ -49,7 +50,8 @@ private:
 
     CurveListEdit m_edit;
     QStringList m_chosen;
-    QHash<QString, QString> m_names; // channel names by channel key, shown beside the curves
+    QHash<QString, QString> m_names; // channel names by channel key, naming the curves
+    QHash<QString, QString> m_places; // the path of module and categories above each channel
     QTreeWidget* m_curves = nullptr;
     QTreeWidget* m_channels = nullptr;
     QMenu* m_menu = nullptr;

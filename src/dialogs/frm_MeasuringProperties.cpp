@@ -291,5 +291,8 @@ void frm_MeasuringProperties::OnAccept()
 qint32 frm_MeasuringProperties::ShowMe()
 {
     m_changed = false;
+    // A keyboard user starts at the first date, the entry most often changed.
+    m_pages->setCurrentIndex(0);
+    m_start->setFocus();
     return exec() == QDialog::Accepted && m_changed ? 1 : 0;
 }

@@ -140,3 +140,9 @@ int ResStringCount()
 {
     return int(Table().size());
 }
+
+QLocale LanguageLocale()
+{
+    return g_lLangOffset >= 1000 ? QLocale(QLocale::English, QLocale::UnitedKingdom)
+                                 : QLocale(QLocale::German, QLocale::Germany);
+}

@@ -139,6 +139,7 @@ TEST_F(DateEditTest, theCalendarOpensByKeyOrButtonAndPicksADayWithTheTimeKeptOrC
     frm_Calendar* calendar = edit.CalendarDropDown();
     ASSERT_TRUE(calendar->isVisible());
     EXPECT_EQ(calendar->Grid()->selectedDate(), QDate(2025, 3, 7));
+    EXPECT_EQ(calendar->Grid()->locale().language(), QLocale::German) << "the program's language names the months";
     QTest::keyClick(DayGrid(), Qt::Key_Right);
     QTest::keyClick(DayGrid(), Qt::Key_Escape);
     EXPECT_FALSE(calendar->isVisible());
@@ -169,7 +170,8 @@ TEST_F(DateEditTest, theCalendarOpensByKeyOrButtonAndPicksADayWithTheTimeKeptOrC
 
 TEST_F(DateEditTest, theTimeListHoldsTheDayInTheViewsStepAndTakesAClickOrTheKeyboard)
 {
-    edit.ShowTimeList();
+    KeyAt(0, Qt::Key_Up, Qt::AltModifier);
+    ASSERT_TRUE(edit.TimeDropDown()->isVisible());
     QListWidget* list = edit.TimeDropDown()->List();
     QTest::keyClick(list, Qt::Key_Down);
     QTest::keyClick(list, Qt::Key_Escape);

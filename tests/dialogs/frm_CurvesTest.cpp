@@ -201,7 +201,8 @@ TEST_F(CurvesDialogTest, SplittingAndMovingKeepTheLookAndRemovingTakesACurveOutO
         EXPECT_EQ(Curves(dialog)->topLevelItem(1)->childCount(), 0);
         SelectCurve(dialog, 1);
         Click(dialog, "cmd_Up");
-        EXPECT_EQ(Curves(dialog)->topLevelItem(0)->text(0), "3$L#3");
+        EXPECT_EQ(Curves(dialog)->topLevelItem(0)->text(0), "Reserve");
+        EXPECT_EQ(Curves(dialog)->topLevelItem(0)->text(1), "Logger") << "where the channel sits";
         SelectCurve(dialog, 1);
         Click(dialog, "cmd_Remove");
         Click(dialog, "cmd_OK");
