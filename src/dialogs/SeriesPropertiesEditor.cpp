@@ -54,6 +54,7 @@ SeriesPropertiesEditor::SeriesPropertiesEditor(QWidget* parent)
     setObjectName(QStringLiteral("SeriesPropertiesEditor"));
     m_gallery = new QComboBox(this);
     m_gallery->setObjectName(QStringLiteral("cbo_Gallery"));
+    m_gallery->addItem(GetResString(402), 0); // the chart's own type
     m_gallery->addItem(GetResString(403), ChartGallery::Lines);
     m_gallery->addItem(GetResString(404), ChartGallery::Bar);
     m_gallery->addItem(GetResString(405), ChartGallery::Step);

@@ -134,6 +134,11 @@ TEST(SeriesPropertiesDialog, ChartTypeAndNoLineAreOfferedAndACancelledColourChoi
     EXPECT_EQ(look.LineStyle, -1);
     EXPECT_EQ(look.Color, SomeLook().Color);
     EXPECT_EQ(look.LineWidth, SomeLook().LineWidth);
+
+    Drive(
+        dialog, [&] { ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 0); }, "cmd_OK",
+        [&] { return dialog.ShowMe(look); });
+    EXPECT_EQ(look.Gallery, 0) << "back to the chart's type";
 }
 
 TEST(SeriesPropertiesDialog, LineWidthTakesNoLettersAndNothingOutsideItsRange)
