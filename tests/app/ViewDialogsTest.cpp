@@ -130,7 +130,7 @@ TEST_F(ViewDialogsTest, ASumMadeInTheCurveDialogExportsAsTheSumAndComesBackWithT
                 auto* list = dialog.findChild<QTreeWidget*>("trv_Curves");
                 auto* channels = dialog.findChild<QTreeWidget*>("trv_Channels");
                 ASSERT_TRUE(list && channels);
-                const auto found = list->findItems("1$111", Qt::MatchExactly, 0);
+                const auto found = list->findItems("Wirkleistung", Qt::MatchExactly, 0);
                 ASSERT_EQ(found.size(), 1);
                 list->setCurrentItem(found.front());
                 QTreeWidgetItem* office = nullptr;
