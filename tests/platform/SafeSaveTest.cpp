@@ -18,6 +18,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -168,13 +169,28 @@ TEST_F(SafeSaveTest, PipeIsWrittenInPlaceAndOnlyWhileSomebodyReads)
     EXPECT_TRUE(error.startsWith("open: ") && error.contains("pipe")) << error.toStdString();
     EXPECT_EQ(KindOf(path), S_IFIFO);
 
-    // With a reader the bytes go through the pipe; they fit its buffer, so one thread does.
+    // With a reader the bytes go through the pipe, also more than its buffer holds: the save
+    // waits for the reader. A writer of the test's own keeps the reader from seeing the end
+    // before the save has opened the pipe.
     const int reader = ::open(name.constData(), O_RDONLY | O_NONBLOCK);
     ASSERT_GE(reader, 0);
-    EXPECT_EQ(Save(path, "a,b\r\n1,2\r\n"), QString());
-    EXPECT_EQ(ReadOnce(reader), "a,b\r\n1,2\r\n");
+    const int holder = ::open(name.constData(), O_WRONLY);
+    ASSERT_GE(holder, 0);
+    ::fcntl(reader, F_SETFL, ::fcntl(reader, F_GETFL) & ~O_NONBLOCK);
+    QByteArray received;
+    std::thread reading([&] {
+        char buffer[65536];
+        for (ssize_t got = 0; (got = ::read(reader, buffer, sizeof buffer)) > 0;)
+            received.append(buffer, got);
+    });
+    const QByteArray big(1 << 20, 'x');
+    EXPECT_EQ(Save(path, big), QString());
+    ::close(holder);
+    reading.join();
+    EXPECT_TRUE(received == big) << received.size() << " bytes arrived";
     EXPECT_EQ(KindOf(path), S_IFIFO);
     EXPECT_EQ(Entries(), QStringList { "pipe" });
+    ::fcntl(reader, F_SETFL, ::fcntl(reader, F_GETFL) | O_NONBLOCK);
 
     // A link to the pipe, and a name that only the system resolves (an open descriptor of an
     // unnamed pipe, as /dev/stdout is), lead to the pipe.
