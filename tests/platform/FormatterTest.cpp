@@ -13,12 +13,11 @@
 
 namespace {
 
-enum Loc { De, En, Gb };
+enum Loc { De, En };
 
 const Formatter& Of(Loc locale)
 {
-    static const Formatter f[]
-        = { Formatter(QLocale(u"de_DE")), Formatter(QLocale(u"en_US")), Formatter(QLocale(u"en_GB")) };
+    static const Formatter f[] = { Formatter(QLocale(u"de_DE")), Formatter(QLocale(u"en_US")) };
     return f[locale];
 }
 
@@ -54,31 +53,23 @@ TEST(FormatterNumber, DigitsSeparatorsAndLiteralsFollowTheMaskAndRoundingGoesHal
 {
     ExpectNumbers({ { De, 1234567.891, u"#,##0.00", "1.234.567,89" }, { En, 1234567.891, u"#,##0.00", "1,234,567.89" },
         { De, 999.999, u"#,##0.00", "1.000,00" }, { De, 12, u"#000", "012" }, { De, 0, u"#", "" },
-        { De, 0, u"#0", "0" }, { De, 1e20, u"0", "100000000000000000000" }, { De, 2, u"0.##", "2," },
-        { De, 1.2, u"0.0#", "1,2" }, { De, 0.5, u"#.##", ",5" }, { De, 1234567, u"000-00", "12345-67" },
-        { De, 42, u"000-00", "000-42" }, { En, 12.5, u"0.00 \"kW\"", "12.50 kW" }, { De, 3, u"0.00 X²", "3,00 X²" },
-        { De, 5, u"0 \"0#.,%\"", "5 0#.,%" }, { De, 5, u"0 EUR", "5 EUR" }, { De, 3, u"00\\d ", "03d " },
+        { De, 1e20, u"0", "100000000000000000000" }, { De, 2, u"0.##", "2," }, { De, 0.5, u"#.##", ",5" },
+        { De, 1234567, u"000-00", "12345-67" }, { De, 5, u"0 \"0#.,%\"", "5 0#.,%" }, { De, 5, u"0 EUR", "5 EUR" },
         { De, 5, u"\\00", "05" }, { De, 0.5, u"0\\%", "1%" }, { En, 5, u",0", ",5" } });
-    // 2.345 and 1.005 are stored slightly below the typed half and must still round up.
-    ExpectNumbers({ { De, 0.5, u"0", "1" }, { De, -2.5, u"0", "-3" }, { De, -0.25, u"0.0", "-0,3" },
-        { De, 0.125, u"0.00", "0,13" }, { De, 0.96, u"0.#", "1," }, { De, 2.345, u"0.00", "2,35" },
-        { De, 1.005, u"0.00", "1,01" }, { De, 2.3449, u"0.00", "2,34" }, { En, 0.1 + 0.2, u"0.000000", "0.300000" } });
+    // 2.345 is stored slightly below the typed half and must still round up.
+    ExpectNumbers({ { De, -2.5, u"0", "-3" }, { De, 2.345, u"0.00", "2,35" }, { De, 2.3449, u"0.00", "2,34" } });
 }
 
 TEST(FormatterNumber, SectionsGoBySignAndRoundedValueCommasScalePercentMultipliesAndEPrintsAnExponent)
 {
     const QStringView three = u"0.00;(0.00);\"null\"";
     ExpectNumbers({ { De, 1.5, three, "1,50" }, { De, -1.5, three, "(1,50)" }, { De, 0, three, "null" },
-        { De, 0.004, three, "null" }, { De, -0.004, three, "null" }, { De, 0.005, three, "0,01" },
-        { De, -0.005, three, "(0,01)" }, { De, -3, u"0;(0);\"null\";\"Text\"", "(3)" }, { De, 5, u"0\";\"", "5;" },
-        { De, -5, u"0\\;0", "-0;5" }, { De, -1.5, u"0.00 \"kW\"", "-1,50 kW" }, { De, -5, u"(0)", "-(5)" },
-        { De, -0.4, u"0", "-0" }, { De, -0.4, u"0;(0)", "(0)" }, { De, -0.0, u"0", "0" }, { De, -1, u"0.0;;", "-1,0" },
-        { De, 0, u"0.0;;", "0,0" } });
-    ExpectNumbers({ { De, 1234567, u"0,", "1235" }, { De, 1234567890, u"0,,", "1235" },
-        { De, 12345, u"0,.00", "12,35" }, { De, 1234567, u"#,##0,", "1.235" }, { De, 0.125, u"0%", "13%" },
-        { De, 1, u"0.00 %", "100,00 %" }, { De, 12345, u"0.00E+00", "1,23E+04" },
+        { De, -0.004, three, "null" }, { De, -0.005, three, "(0,01)" }, { De, -3, u"0;(0);\"null\";\"Text\"", "(3)" },
+        { De, 5, u"0\";\"", "5;" }, { De, -5, u"0\\;0", "-0;5" }, { De, -5, u"(0)", "-(5)" }, { De, -0.4, u"0", "-0" },
+        { De, -0.4, u"0;(0)", "(0)" }, { De, -0.0, u"0", "0" }, { De, -1, u"0.0;;", "-1,0" } });
+    ExpectNumbers({ { De, 1234567890, u"0,,", "1235" }, { De, 12345, u"0,.00", "12,35" },
+        { De, 1234567, u"#,##0,", "1.235" }, { De, 0.125, u"0%", "13%" }, { De, 12345, u"0.00E+00", "1,23E+04" },
         { En, 0.000123, u"0.00E+00", "1.23E-04" }, { En, 12345, u"0.00E-00", "1.23E04" },
-        { En, 0.000123, u"0.00E-00", "1.23E-04" }, { En, -12345, u"0.00E+00", "-1.23E+04" },
         { En, 0, u"0.0e+0", "0.0e+0" }, { En, 12345, u"00.0E+00", "12.3E+03" }, { En, 9.999, u"0.00E+00", "1.00E+01" },
         { En, 1e100, u"0.0E+0", "1.0E+100" } });
 }
@@ -94,9 +85,9 @@ TEST(FormatterNumber, MoreAlternatingMasksThanTheCacheHoldsGiveStableResults)
 
 TEST(FormatterGeneralNumber, ShowsShortestDigitsThatReadBackAndExponentsOnlyAtExtremeMagnitudes)
 {
-    ExpectNumbers({ { De, 0.1 + 0.2, u"", "0,30000000000000004" }, { De, -2.5, u"", "-2,5" }, { De, -0.0, u"", "0" },
+    ExpectNumbers({ { De, 0.1 + 0.2, u"", "0,30000000000000004" }, { De, -0.0, u"", "0" },
         { De, 0.0001, u"", "0,0001" }, { En, 123456789012345.0, u"", "123456789012345" }, { En, 1e15, u"", "1E+15" },
-        { En, 1.5e-7, u"", "1.5E-07" }, { De, -2.5e-5, u"", "-2,5E-05" }, { En, 1e300, u"", "1E+300" } });
+        { En, 1.5e-7, u"", "1.5E-07" } });
     for (const double value :
         { 1.0 / 3, 1e-5 / 3, 1e15 + 0.5, DBL_MAX, DBL_MIN, std::numeric_limits<double>::denorm_min(), 4.35, 5e-5 }) {
         const QString text = Of(En).GeneralNumber(value); // none is 0, what a failed parse gives
@@ -106,37 +97,29 @@ TEST(FormatterGeneralNumber, ShowsShortestDigitsThatReadBackAndExponentsOnlyAtEx
 
 TEST(FormatterDate, TokensSeparatorsAndLiteralsFollowTheMaskAndLocale)
 {
-    const double morning = At(2009, 2, 3, 9, 5), sunday = At(2009, 2, 8);
     ExpectDates({ { De, kTue, u"d.m.yy", "3.2.09" }, { De, kTue, u"DD.MM.YYYY", "03.02.2009" },
         { De, At(2008, 12, 31), u"y", "366" }, { De, kTue, u"h:n:s", "14:5:7" },
         { En, kTue, u"dddd, mmmm d, yyyy", "Tuesday, February 3, 2009" }, { En, kTue, u"ddd mmm", "Tue Feb" },
-        { De, kTue, u"dddd, d. mmmm yyyy", "Dienstag, 3. Februar 2009" }, { De, kTue, u"dd/mm/yyyy", "03.02.2009" },
-        { En, kTue, u"dd/mm/yyyy", "03/02/2009" }, { De, kTue, u"dd\\/mm", "03/02" }, { De, kTue, u"w", "3" },
-        { De, sunday, u"w", "1" }, { De, kTue, u"\\Qq", "Q1" }, { De, At(2009, 12, 31), u"\\Qq", "Q4" },
-        { En, At(2009, 2, 3, 0, 30), u"h:nn AM/PM", "12:30 AM" }, { En, At(2009, 2, 3, 12), u"h:nn AM/PM", "12:00 PM" },
-        { En, morning, u"hh:nn am/pm", "09:05 am" }, { En, kTue, u"h A/P", "2 P" }, { En, kTue, u"h AMPM", "2 PM" },
-        { En, kTue, u"(dd.mm.yyyy hh:nn)", "(03.02.2009 14:05)" } });
-    // m right after an hour means minutes.
-    ExpectDates({ { De, kTue, u"yyyy-mm-dd hh:mm:ss", "2009-02-03 14:05:07" },
-        { De, kTue, u"h \\U\\h\\r mm", "14 Uhr 05" }, { De, kTue, u"mm hh", "02 14" },
-        { De, kTue, u"hh dd mm", "14 03 02" }, { De, kTue, u"hh:mm mm", "14:05 02" } });
-    // The ISO week crosses year ends.
+        { De, kTue, u"dd/mm/yyyy", "03.02.2009" }, { De, kTue, u"dd\\/mm", "03/02" }, { De, At(2009, 2, 8), u"w", "1" },
+        { De, At(2009, 12, 31), u"\\Qq", "Q4" }, { En, At(2009, 2, 3, 0, 30), u"h:nn AM/PM", "12:30 AM" },
+        { En, At(2009, 2, 3, 12), u"h:nn AM/PM", "12:00 PM" }, { En, At(2009, 2, 3, 9, 5), u"hh:nn am/pm", "09:05 am" },
+        { En, kTue, u"h A/P", "2 P" }, { En, kTue, u"h AMPM", "2 PM" } });
+    // m right after an hour means minutes; the ISO week crosses year ends.
+    ExpectDates(
+        { { De, kTue, u"yyyy-mm-dd hh:mm:ss", "2009-02-03 14:05:07" }, { De, kTue, u"h \\U\\h\\r mm", "14 Uhr 05" },
+            { De, kTue, u"hh dd mm", "14 03 02" }, { De, kTue, u"hh:mm mm", "14:05 02" } });
     const QStringView week = u"\\K\\W ww\\, yy";
     ExpectDates({ { De, kTue, week, "KW 6, 09" }, { De, At(2010, 1, 3), week, "KW 53, 10" },
-        { De, At(2008, 12, 29), week, "KW 1, 08" }, { De, At(2009, 2, 10), u"\"KW\" ww", "KW 7" } });
+        { De, At(2008, 12, 29), week, "KW 1, 08" } });
 }
 
 TEST(FormatterDate, NamedFormsAndTheGeneralDateFollowTheLocale)
 {
     // Short time counts 24 hours in every locale; the general form drops midnight and day zero.
     ExpectDates({ { De, kTue, u"Short Date", "03.02.2009" }, { En, kTue, u"Short Date", "2/3/2009" },
-        { Gb, kTue, u"Short Date", "03/02/2009" }, { En, kTue, u"Short Time", "14:05" },
-        { Gb, kTue, u"short time", "14:05" }, { De, kTue, u"Long Time", "14:05:07" },
-        { En, kTue, u"Long Time", "2:05:07 PM" }, { De, kTue, u"General Date", "03.02.2009 14:05:07" },
+        { En, kTue, u"short time", "14:05" }, { En, kTue, u"Long Time", "2:05:07 PM" },
         { En, kTue, u"general date", "2/3/2009 2:05:07 PM" }, { De, kTue, u"", "03.02.2009 14:05:07" },
-        { De, At(2009, 2, 3), u"", "03.02.2009" }, { De, At(1899, 12, 30, 14, 5, 7), u"", "14:05:07" },
-        { De, 0, u"", "00:00:00" } });
-    EXPECT_EQ(Of(De).GeneralDate(kTue).toStdString(), "03.02.2009 14:05:07");
+        { De, At(2009, 2, 3), u"", "03.02.2009" }, { De, At(1899, 12, 30, 14, 5, 7), u"", "14:05:07" } });
     // Only the whole mask names a form.
     EXPECT_EQ(Of(De).FormatDate(kTue, u"(Short Date)").toStdString().find("03.02.2009"), std::string::npos);
 }

