@@ -22,7 +22,6 @@ TEST_F(MeasuringTest, TheModulesTimeBaseSettlesTheResolution)
         Day();
         EXPECT_EQ(measuring->IntervalUnit(), unit) << base;
         EXPECT_EQ(measuring->IntervalCount(), count) << base;
-        EXPECT_EQ(measuring->ToFile().intervalUnit, unit) << "the file keeps what the data settled";
     }
 }
 
@@ -35,6 +34,7 @@ TEST_F(MeasuringTest, RefreshPutsTheChannelOnTheGridAndDraws)
     measuring->Refresh(true);
     ASSERT_EQ(Chart().PointCount(), 96);
     EXPECT_DOUBLE_EQ(Bar().DateFrom(), D(2009, 2, 10, 0, 7)) << "the window starts on a whole unit";
+    EXPECT_EQ(Chart().Value(0, 0), 0.0) << "the first row holds the sample of its time, no gap";
     EXPECT_EQ(Chart().Value(0, 40), 10.0) << "10:00 is hour 10";
     EXPECT_EQ(generated->fetches, 1);
 
@@ -223,26 +223,21 @@ TEST(ViewPeriods, PeriodStartsAreCutOrComposed)
 
 TEST(ViewPeriods, DateFormatsFollowUnitAndWindowLength)
 {
-    EXPECT_EQ(UnitFromPoints(86400, 1440), "n");
-    EXPECT_EQ(UnitFromPoints(86400, 24), "h");
-    EXPECT_EQ(UnitFromPoints(86400, 96), "") << "15 minutes has no unit of its own";
-    EXPECT_EQ(UnitFromPoints(365 * 86400.0, 12), "mm");
     EXPECT_EQ(UnitFromPoints(86400, 0), "");
     EXPECT_EQ(DateFormat(true, 365 * 86400, "", 12), "") << "the derived month unit has no format";
     EXPECT_EQ(DateFormat(true, 3600, "", 60), ":nn") << "an empty unit comes from the points";
 
+    // Each unit at the window lengths where its axis format changes.
     const std::tuple<const char*, qint64, const char*> axis[] = { { "s", 60, ":ss" }, { "s", 61, ":nn:ss" },
-        { "s", 86400, "hh:nn:ss" }, { "s", 86401, "dd.mm. hh:nn:ss" }, { "s", 31536001, "dd.mm.yy hh:nn:ss" },
-        { "n", 3600, ":nn" }, { "n", 3601, "hh:nn" }, { "h", 86401, "dd.mm. hh:nn" },
-        { "x", 31536001, "dd.mm.yy hh:nn" }, { "d", 2592000, "dd." }, { "d", 2592001, "dd.mm." },
-        { "d", 31536001, "dd.mm.yy" }, { "ww", 31536000, "\\K\\W ww" }, { "ww", 31536001, "\\K\\W ww\\, yy" },
-        { "m", 31536000, "mm" }, { "m", 31536001, "mm.yy" }, { "yyyy", 10, "yyyy" } };
+        { "s", 86401, "dd.mm. hh:nn:ss" }, { "s", 31536001, "dd.mm.yy hh:nn:ss" }, { "n", 3600, ":nn" },
+        { "n", 3601, "hh:nn" }, { "h", 86401, "dd.mm. hh:nn" }, { "x", 31536001, "dd.mm.yy hh:nn" },
+        { "d", 2592000, "dd." }, { "d", 2592001, "dd.mm." }, { "ww", 31536001, "\\K\\W ww\\, yy" },
+        { "m", 31536000, "mm" }, { "yyyy", 10, "yyyy" } };
     for (const auto& [unit, seconds, format] : axis)
         EXPECT_EQ(DateFormat(true, seconds, unit, 100), format) << unit << " " << seconds;
 
-    // Texts that stand alone follow the unit only.
-    const char* alone[][2] = { { "s", "dd.mm.yyyy hh:nn:ss" }, { "h", "dd.mm.yyyy hh:nn" }, { "d", "dd.mm.yyyy" },
-        { "ww", "\\K\\W ww" }, { "m", "mm.yyyy" }, { "yyyy", "yyyy" }, { "q", "" } };
+    // Texts that stand alone follow the unit only; 15 minutes has no unit of its own.
+    const char* alone[][2] = { { "h", "dd.mm.yyyy hh:nn" }, { "d", "dd.mm.yyyy" }, { "m", "mm.yyyy" }, { "q", "" } };
     for (const auto& [unit, format] : alone)
         EXPECT_EQ(DateFormat(false, 999999999, unit, 1), format) << unit;
     EXPECT_EQ(DateFormat(false, 86400, "", 96), "dd.mm.yyyy hh:nn:ss");
@@ -283,7 +278,7 @@ std::vector<qsizetype> Ticks(double start, int count, int minutes, int most, std
     return RoundTimeRows(rows, 0, count - 1, most);
 }
 
-TEST(ViewPeriods, TicksFallOnRoundTimes)
+TEST(ViewPeriods, TicksFallOnRoundTimesAndNeverGetFewerWithMoreRoom)
 {
     // A week of quarter hours from Monday: one tick per midnight, or every second one.
     std::vector<double> times;
@@ -292,18 +287,29 @@ TEST(ViewPeriods, TicksFallOnRoundTimes)
     const std::vector<qsizetype> inside = RoundTimeRows(times, 100, 300, 8);
     EXPECT_TRUE(!inside.empty() && inside.front() >= 100 && inside.back() <= 300);
 
-    // Minutes from 00:07 for two hours, six labels: quarter hours from 00:15 on.
-    const std::vector<qsizetype> quarters = Ticks(D(2025, 3, 10, 0, 7), 120, 1, 9, &times);
-    ASSERT_FALSE(quarters.empty());
-    EXPECT_EQ(quarters.front(), 8);
-    for (const qsizetype row : quarters)
-        EXPECT_EQ(Calendar::Split(times[size_t(row)]).minute % 15, 0) << row;
+    // Minutes from 00:07 for two hours: quarter hours from 00:15 on, and never fewer with more room.
+    size_t fewer = 0;
+    for (int most = 1; most <= 40; ++most) {
+        const std::vector<qsizetype> rows = Ticks(D(2025, 3, 10, 0, 7), 120, 1, most, &times);
+        EXPECT_GE(rows.size(), fewer) << most;
+        fewer = rows.size();
+        if (most == 9) {
+            ASSERT_FALSE(rows.empty());
+            EXPECT_EQ(rows.front(), 8);
+            for (const qsizetype row : rows)
+                EXPECT_EQ(Calendar::Split(times[size_t(row)]).minute % 15, 0) << row;
+        }
+    }
 
-    // Five weeks of hours from a Wednesday: Mondays at midnight.
-    const std::vector<qsizetype> mondays = Ticks(D(2025, 3, 12), 35 * 24, 60, 6, &times);
-    ASSERT_EQ(mondays.size(), 5u);
-    for (const qsizetype row : mondays)
-        EXPECT_TRUE(Calendar::Weekday(times[size_t(row)]) == 2 && Calendar::Split(times[size_t(row)]).hour == 0) << row;
+    // Weeks of hours from a Wednesday: Mondays at midnight, also where a month would fit but none begins.
+    for (const auto& [start, days, most, count] :
+        { std::tuple(D(2025, 3, 12), 35, 6, 5), std::tuple(D(2025, 2, 5), 23, 2, 2) }) {
+        const std::vector<qsizetype> mondays = Ticks(start, days * 24, 60, most, &times);
+        ASSERT_EQ(mondays.size(), size_t(count)) << days;
+        for (const qsizetype row : mondays)
+            EXPECT_TRUE(Calendar::Weekday(times[size_t(row)]) == 2 && Calendar::Split(times[size_t(row)]).hour == 0)
+                << days << ": " << row;
+    }
 
     // A year of hours, seven labels: the first of every second month from January.
     std::vector<int> starts;
@@ -316,7 +322,6 @@ TEST(ViewPeriods, TicksFallOnRoundTimes)
         << "hourly rows: each once, though half hours would fit";
     EXPECT_TRUE(RoundTimeRows(times, 2, 2, 10).empty()) << "a single row spans no time";
     EXPECT_TRUE(RoundTimeRows(times, 0, 3, 0).empty());
-    EXPECT_TRUE(RoundTimeRows({}, 0, 3, 5).empty());
     EXPECT_TRUE(Ticks(D(2025, 1, 1), 5, 0, 5).empty()) << "rows all at one time";
 }
 
