@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The statistic format editor and its dialog, driven through their controls.
+// The statistic format rules, and their editor and dialog driven through the controls.
 #include "IndizesEditor.h"
 #include "IndizesRules.h"
 #include "QtPrinters.h"
 #include "RegistryKey.h"
 #include "ResStrings.h"
 #include "Settings.h"
+#include "Statistic.h"
 #include "TempSettings.h"
 #include "frm_Indizes.h"
 
@@ -18,6 +19,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -26,6 +28,40 @@ namespace {
 using Settings::Id;
 
 const QString IndizesKey = "Software\\HARVOLD\\Sorano\\Indizes\\";
+const QString StandardDate = "(dd.mm.yyyy hh:nn)";
+
+IndizesFormat Format(const QString& number, bool useDate = false, const QString& date = QString())
+{
+    return IndizesFormat { true, number, useDate, date };
+}
+
+// Every value of one statistic as stored per user, empty for a missing one.
+QStringList Stored(const QString& key)
+{
+    return { Settings::StoredValue(Id::IndizesShow, key), Settings::StoredValue(Id::IndizesFormatNumber, key),
+        Settings::StoredValue(Id::IndizesUseDate, key), Settings::StoredValue(Id::IndizesFormatDate, key) };
+}
+
+// Whatever a mask is, good or broken, the sample shows the value as a statistic of a view shows
+// it after the mask has been stored: every "X" as the unit, the time stamp after a blank when it
+// is used, and an empty mask as the default that the view reads for it.
+TEST(IndizesRules, SampleShowsEveryMaskAsAViewShowsTheStoredStatistic)
+{
+    TempSettings roots;
+    for (const IndizesFormat& format : { Format("0.00 X", true, StandardDate), Format("0 \"Werte\"", true, ""),
+             Format("0.00 \"kW", false), Format("\"X", true, "\"dd"), Format("0.0.0,,X%", true, "zz hh:nn:ss \\"),
+             Format("X;X;X", true, "General Date"), Format("", false), Format("E+X", true, "mmmm yyyy"),
+             Format("0 x", true, "yyyy-mm-dd") }) {
+        SCOPED_TRACE(format.formatNumber.toStdString() + " / " + format.formatDate.toStdString());
+        IndizesRules::Write("Streuung", format);
+        Statistic statistic;
+        statistic.ReadFromRegistry(Hive::CurrentUser, IndizesKey + "Streuung", "0.00 X²");
+        statistic.SetValueTime(IndizesRules::SampleDate());
+        const QString sample = IndizesRules::Sample("Streuung", format);
+        EXPECT_EQ(sample, statistic.FormatedValue(IndizesRules::SampleUnit(), IndizesRules::SampleValue));
+        EXPECT_FALSE(sample.isEmpty());
+    }
+}
 
 // The editor's controls, found by their names.
 struct Controls
@@ -52,82 +88,56 @@ void Retype(QLineEdit* edit, const QString& text, const std::function<void(const
     edit->setFocus();
     QTest::keyClick(edit, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(edit, Qt::Key_Delete);
-    QString typed;
-    for (const QChar c : text) {
-        QTest::keyClicks(edit, QString(c));
-        typed += c;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        QTest::keyClicks(edit, text.mid(i, 1));
         if (afterKey)
-            afterKey(typed);
+            afterKey(text.left(i + 1));
     }
 }
 
-// Every value of one statistic as stored per user, empty for a missing one.
-QStringList Stored(const QString& key)
+// Flags count by their leading number, and only the per-user values count: a machine-wide one
+// is no default for the user.
+TEST(IndizesEditor, ShowsTheStoredStatisticsAndASampleThatFollowsEveryKeystrokeAndChangedFollowsTheEdits)
 {
-    return { Settings::StoredValue(Id::IndizesShow, key), Settings::StoredValue(Id::IndizesFormatNumber, key),
-        Settings::StoredValue(Id::IndizesUseDate, key), Settings::StoredValue(Id::IndizesFormatDate, key) };
-}
-
-class IndizesEditorTest : public ::testing::Test
-{
-protected:
     TempSettings roots;
-};
-
-TEST_F(IndizesEditorTest, ListsTheStatisticsWithTheirStoredCheckMarksAndShowsTheSelectedOne)
-{
-    roots.SetUser(IndizesKey + "Minimum", "Show", "0");
+    roots.SetMachine(IndizesKey + "Maximum", "Show", "0");
+    roots.SetUser(IndizesKey + "Minimum", "Show", "0abc");
     roots.SetUser(IndizesKey + "Average", "FormatNumber", "0.0 X");
-    roots.SetUser(IndizesKey + "Average", "UseDate", "0");
+    roots.SetUser(IndizesKey + "Average", "UseDate", "abc");
     roots.SetUser(IndizesKey + "Average", "FormatDate", "yyyy");
     IndizesEditor editor;
     editor.Load();
+    editor.show();
     Controls c(editor);
     ASSERT_TRUE(c.Complete());
     ASSERT_EQ(c.list->count(), 7);
     for (int row = 0; row < 7; ++row)
         EXPECT_EQ(c.list->item(row)->checkState(), row == 2 ? Qt::Unchecked : Qt::Checked) << row;
-
-    EXPECT_EQ(c.list->currentRow(), 0);
-    EXPECT_EQ(c.number->text(), "0.00 X");
-    EXPECT_TRUE(c.useDate->isChecked() && c.date->isEnabled());
-
     c.list->setCurrentRow(1);
     EXPECT_EQ(c.number->text(), "0.0 X");
     EXPECT_FALSE(c.useDate->isChecked() || c.date->isEnabled());
     EXPECT_EQ(c.date->text(), "yyyy");
     EXPECT_EQ(c.sample->text(), IndizesRules::Sample("Average", { true, "0.0 X", false, "yyyy" }));
     EXPECT_FALSE(editor.Changed());
-}
 
-TEST_F(IndizesEditorTest, SampleFollowsEveryKeystrokeAndTheDateCheckBoxAndChangedFollowsTheEdits)
-{
-    IndizesEditor editor;
-    editor.Load();
-    editor.show();
-    Controls c(editor);
-    ASSERT_TRUE(c.Complete());
     c.list->setCurrentRow(3);
-
     Retype(c.number, "#,##0.000 X²", [&](const QString& typed) {
-        EXPECT_EQ(c.sample->text(), IndizesRules::Sample("Streuung", { true, typed, true, "(dd.mm.yyyy hh:nn)" }))
+        EXPECT_EQ(c.sample->text(), IndizesRules::Sample("Streuung", Format(typed, true, StandardDate)))
             << typed.toStdString();
     });
     EXPECT_TRUE(editor.Changed());
-
     QTest::keyClick(c.useDate, Qt::Key_Space);
     EXPECT_FALSE(c.date->isEnabled());
-    EXPECT_EQ(c.sample->text(), IndizesRules::Sample("Streuung", { true, "#,##0.000 X²", false, "" }));
+    EXPECT_EQ(c.sample->text(), IndizesRules::Sample("Streuung", Format("#,##0.000 X²")));
     QTest::keyClick(c.useDate, Qt::Key_Space);
     ASSERT_TRUE(c.date->isEnabled());
-
     Retype(c.date, "hh:nn", [&](const QString& typed) {
-        EXPECT_EQ(c.sample->text(), IndizesRules::Sample("Streuung", { true, "#,##0.000 X²", true, typed }))
+        EXPECT_EQ(c.sample->text(), IndizesRules::Sample("Streuung", Format("#,##0.000 X²", true, typed)))
             << typed.toStdString();
     });
     // A broken mask shows in the sample as it will in the view.
     Retype(c.number, "0 \"X");
-    EXPECT_EQ(c.sample->text(), IndizesRules::Sample("Streuung", { true, "0 \"X", true, "hh:nn" }));
+    EXPECT_EQ(c.sample->text(), IndizesRules::Sample("Streuung", Format("0 \"X", true, "hh:nn")));
 
     // Loading again forgets the edits; Changed then follows marks and texts back to what was loaded.
     editor.Load();
@@ -138,81 +148,70 @@ TEST_F(IndizesEditorTest, SampleFollowsEveryKeystrokeAndTheDateCheckBoxAndChange
     EXPECT_TRUE(editor.Changed());
     QTest::keyClick(c.list, Qt::Key_Space);
     EXPECT_FALSE(editor.Changed());
-
     Retype(c.number, "0.00 X ");
     EXPECT_TRUE(editor.Changed());
     QTest::keyClick(c.number, Qt::Key_Backspace);
     EXPECT_FALSE(editor.Changed());
 }
 
-// Works the dialog while it is up; closes it with Cancel should the work not close it.
-bool RunDialog(frm_Indizes& dialog, const std::function<void(Controls&, QPushButton*, QPushButton*)>& work)
+// Works the dialog while it is up, then closes it with the button; ShowMe's result.
+bool RunDialog(const std::function<void(Controls&)>& work, const char* button)
 {
+    frm_Indizes dialog;
     QTimer::singleShot(0, &dialog, [&] {
         Controls c(dialog);
-        auto* ok = dialog.findChild<QPushButton*>("cmd_OK");
-        auto* cancel = dialog.findChild<QPushButton*>("cmd_Cancel");
-        EXPECT_TRUE(c.Complete() && ok && cancel);
-        if (c.Complete() && ok && cancel)
-            work(c, ok, cancel);
-        if (dialog.isVisible())
-            dialog.reject();
+        EXPECT_TRUE(c.Complete());
+        if (c.Complete())
+            work(c);
+        QTest::mouseClick(dialog.findChild<QPushButton*>(button), Qt::LeftButton);
     });
     return dialog.ShowMe();
 }
 
-TEST_F(IndizesEditorTest, OkWritesEveryStatisticWithExactlyTheEditedValues)
+TEST(IndizesDialog, OkWritesEveryStatisticWithExactlyTheEditedValues)
 {
+    TempSettings roots;
     roots.SetUser(IndizesKey + "Sum", "FormatDate", "dd.mm.");
     roots.SetUser(IndizesKey + "Selection", "UseDate", "0");
-    frm_Indizes dialog;
-    const bool accepted = RunDialog(dialog, [](Controls& c, QPushButton* ok, QPushButton*) {
-        c.list->setCurrentRow(0);
-        QTest::keyClick(c.list, Qt::Key_Space);
-        c.list->setCurrentRow(4);
-        Retype(c.number, "#,##0 X");
-        c.list->setCurrentRow(5);
-        QTest::keyClick(c.useDate, Qt::Key_Space);
-        c.list->setCurrentRow(3);
-        Retype(c.date, "");
-        QTest::mouseClick(ok, Qt::LeftButton);
-    });
+    const bool accepted = RunDialog(
+        [](Controls& c) {
+            c.list->setCurrentRow(0);
+            QTest::keyClick(c.list, Qt::Key_Space);
+            c.list->setCurrentRow(4);
+            Retype(c.number, "#,##0 X");
+            c.list->setCurrentRow(5);
+            QTest::keyClick(c.useDate, Qt::Key_Space);
+            c.list->setCurrentRow(3);
+            Retype(c.date, "");
+        },
+        "cmd_OK");
     EXPECT_TRUE(accepted);
-
-    const QString standardDate = "(dd.mm.yyyy hh:nn)";
-    EXPECT_EQ(Stored("Maximum"), QStringList({ "0", "0.00 X", "1", standardDate }));
-    EXPECT_EQ(Stored("Average"), QStringList({ "1", "0.00 X", "1", standardDate }));
-    EXPECT_EQ(Stored("Minimum"), QStringList({ "1", "0.00 X", "1", standardDate }));
+    EXPECT_EQ(Stored("Maximum"), QStringList({ "0", "0.00 X", "1", StandardDate }));
+    EXPECT_EQ(Stored("Average"), QStringList({ "1", "0.00 X", "1", StandardDate }));
+    EXPECT_EQ(Stored("Minimum"), QStringList({ "1", "0.00 X", "1", StandardDate }));
     EXPECT_EQ(Stored("Streuung"), QStringList({ "1", "0.00 X²", "1", "" }));
     EXPECT_EQ(Stored("Sum"), QStringList({ "1", "#,##0 X", "1", "dd.mm." }));
-    EXPECT_EQ(Stored("Count"), QStringList({ "1", "0 \"" + GetResString(356) + "\"", "0", standardDate }));
-    EXPECT_EQ(Stored("Selection"), QStringList({ "1", "0.00 X", "0", standardDate }));
+    EXPECT_EQ(Stored("Count"), QStringList({ "1", "0 \"" + GetResString(356) + "\"", "0", StandardDate }));
+    EXPECT_EQ(Stored("Selection"), QStringList({ "1", "0.00 X", "0", StandardDate }));
 }
 
-TEST_F(IndizesEditorTest, OkWithoutAnEditStillWritesTheDefaultsAndCancelWritesNothing)
+TEST(IndizesDialog, CancelWritesNothingAndOkWithoutAnEditStillWritesTheDefaults)
 {
+    TempSettings roots;
     roots.SetUser(IndizesKey + "Count", "Show", "0");
-    {
-        frm_Indizes dialog;
-        const bool accepted = RunDialog(dialog, [](Controls& c, QPushButton*, QPushButton* cancel) {
-            c.list->setCurrentRow(5);
-            QTest::keyClick(c.list, Qt::Key_Space);
-            Retype(c.number, "0");
-            QTest::mouseClick(cancel, Qt::LeftButton);
-        });
-        EXPECT_FALSE(accepted);
-        for (const IndizesEntry& entry : IndizesRules::Entries()) {
-            const QString key = QString::fromLatin1(entry.key);
-            const QStringList expected
-                = key == "Count" ? QStringList({ "0", "", "", "" }) : QStringList({ "", "", "", "" });
-            EXPECT_EQ(Stored(key), expected) << entry.key;
-        }
-    }
-    frm_Indizes dialog;
-    EXPECT_TRUE(
-        RunDialog(dialog, [](Controls&, QPushButton* ok, QPushButton*) { QTest::mouseClick(ok, Qt::LeftButton); }));
-    EXPECT_EQ(Stored("Count"), QStringList({ "0", "0 \"" + GetResString(356) + "\"", "1", "(dd.mm.yyyy hh:nn)" }));
-    EXPECT_EQ(Stored("Maximum"), QStringList({ "1", "0.00 X", "1", "(dd.mm.yyyy hh:nn)" }));
+    const auto edit = [](Controls& c) {
+        c.list->setCurrentRow(5);
+        QTest::keyClick(c.list, Qt::Key_Space);
+        Retype(c.number, "0");
+    };
+    EXPECT_FALSE(RunDialog(edit, "cmd_Cancel"));
+    for (const IndizesEntry& entry : IndizesRules::Entries())
+        EXPECT_EQ(Stored(entry.key), QStringList({ entry.key == QString("Count") ? "0" : "", "", "", "" }))
+            << entry.key;
+
+    EXPECT_TRUE(RunDialog([](Controls&) {}, "cmd_OK"));
+    EXPECT_EQ(Stored("Count"), QStringList({ "0", "0 \"" + GetResString(356) + "\"", "1", StandardDate }));
+    EXPECT_EQ(Stored("Maximum"), QStringList({ "1", "0.00 X", "1", StandardDate }));
 }
 
 } // namespace

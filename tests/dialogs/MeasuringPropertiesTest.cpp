@@ -19,6 +19,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <tuple>
 
 namespace {
 
@@ -66,12 +67,12 @@ protected:
     {
         QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(6, button->height() / 2));
     }
+    // Steps with the arrow keys, as the keyboard does on a closed list.
     static void Choose(QComboBox* box, const QVariant& data)
     {
         box->setFocus();
         const int wanted = box->findData(data);
         ASSERT_GE(wanted, 0);
-        // Steps with the arrow keys, as the keyboard does on a closed list.
         while (box->currentIndex() != wanted)
             QTest::keyClick(box, box->currentIndex() < wanted ? Qt::Key_Down : Qt::Key_Up);
     }
@@ -89,25 +90,21 @@ TEST_F(MeasuringPropertiesTest, NewPeriodAndResolutionAreWrittenAndFetchedAgainA
         Click(dialog.NormalisedOption());
         Type(dialog.CountEdit(), "2");
         Choose(dialog.UnitBox(), "h");
-        EXPECT_EQ(dialog.StartEdit()->StepSeconds(), 7200);
-        EXPECT_EQ(dialog.EndEdit()->StepSeconds(), 7200);
-        EXPECT_TRUE(dialog.OkButton()->isEnabled());
+        EXPECT_EQ(std::pair(dialog.StartEdit()->StepSeconds(), dialog.EndEdit()->StepSeconds()), std::pair(7200, 7200));
         Click(dialog.OkButton());
     });
     EXPECT_EQ(status, 1);
     EXPECT_EQ(duration, "1 " + GetResString(365) + " 6 " + GetResString(364));
-    EXPECT_DOUBLE_EQ(measuring->StartDate(), D(2009, 2, 12));
-    EXPECT_DOUBLE_EQ(measuring->EndDate(), D(2009, 2, 13, 6));
-    EXPECT_EQ(measuring->IntervalUnit(), "h");
-    EXPECT_EQ(measuring->IntervalCount(), 2);
+    EXPECT_EQ(
+        std::tuple(measuring->StartDate(), measuring->EndDate(), measuring->IntervalUnit(), measuring->IntervalCount()),
+        std::tuple(D(2009, 2, 12), D(2009, 2, 13, 6), QString("h"), 2));
     EXPECT_GT(generated->fetches, fetchesBefore);
 
     // Choosing the data's resolution again clears the normalisation and fetches anew.
     fetchesBefore = generated->fetches;
     status = Run([](frm_MeasuringProperties& dialog) {
         EXPECT_TRUE(dialog.NormalisedOption()->isChecked());
-        EXPECT_EQ(dialog.CountEdit()->text(), "2");
-        EXPECT_EQ(dialog.UnitBox()->currentData().toString(), "h");
+        EXPECT_EQ(dialog.CountEdit()->text() + dialog.UnitBox()->currentData().toString(), "2h");
         Click(dialog.FromDataOption());
         EXPECT_FALSE(dialog.CountEdit()->isEnabled());
         Click(dialog.OkButton());
@@ -115,25 +112,23 @@ TEST_F(MeasuringPropertiesTest, NewPeriodAndResolutionAreWrittenAndFetchedAgainA
     EXPECT_EQ(status, 1);
     EXPECT_GT(generated->fetches, fetchesBefore);
     // The fetch settles an empty resolution by the module's time base of 15 minutes.
-    EXPECT_EQ(measuring->IntervalUnit(), "n");
-    EXPECT_EQ(measuring->IntervalCount(), 15);
+    EXPECT_EQ(std::pair(measuring->IntervalUnit(), measuring->IntervalCount()), std::pair(QString("n"), 15));
 }
 
-TEST_F(MeasuringPropertiesTest, LookAndCustomerChangesAreAppliedWithoutANewFetch)
+TEST_F(MeasuringPropertiesTest, LookCustomerAndAxisLimitsAreAppliedWithoutANewFetch)
 {
     const bool statistics = measuring->ShowStatistics();
     const bool autoScale = measuring->AutoScale();
-    const double start = measuring->StartDate();
     measuring->CustomerAddress().Phone = "0123";
     const qint32 status = Run([](frm_MeasuringProperties& dialog) {
         dialog.Pages()->setCurrentIndex(1);
         Type(dialog.TitleEdit(), "Load %NAME%");
         Choose(dialog.GalleryBox(), 2);
-        Click(dialog.AutoScaleCheck());
-        Click(dialog.StatisticsCheck());
-        Click(dialog.LegendCheck());
-        Click(dialog.View3DCheck());
-        Click(dialog.GridCheck(1));
+        for (QAbstractButton* check : { dialog.AutoScaleCheck(), dialog.StatisticsCheck(), dialog.LegendCheck(),
+                 dialog.View3DCheck(), dialog.GridCheck(1) })
+            Click(check);
+        Type(dialog.AxisMinEdit(0), "-5");
+        Type(dialog.AxisMaxEdit(0), "42,5");
         dialog.Pages()->setCurrentIndex(2);
         Type(dialog.CompanyEdit(), "Works Ltd");
         Type(dialog.PlaceEdit(), "12345 Town");
@@ -143,74 +138,59 @@ TEST_F(MeasuringPropertiesTest, LookAndCustomerChangesAreAppliedWithoutANewFetch
     });
     EXPECT_EQ(status, 1);
     EXPECT_EQ(generated->fetches, fetchesBefore);
-    EXPECT_DOUBLE_EQ(measuring->StartDate(), start);
     const GraphProperties& graph = measuring->Graph();
-    EXPECT_EQ(graph.Title, "Load %NAME%");
-    EXPECT_EQ(graph.Gallery, 2);
-    EXPECT_TRUE(graph.Legend);
-    EXPECT_TRUE(graph.View3D);
-    EXPECT_TRUE(graph.ShowYGrid2);
+    EXPECT_EQ(std::tuple(graph.Title, graph.Gallery, graph.Legend, graph.View3D, graph.ShowYGrid2),
+        std::tuple(QString("Load %NAME%"), 2, true, true, true));
     EXPECT_EQ(measuring->AutoScale(), !autoScale);
     EXPECT_EQ(measuring->ShowStatistics(), !statistics);
     EXPECT_TRUE(Chart().Legend()) << "the refresh put the look onto the chart";
-    const MeasuringFile::Address& address = measuring->CustomerAddress();
-    EXPECT_EQ(address.Name, "Works Ltd");
-    EXPECT_EQ(address.Place, "12345 Town");
-    EXPECT_EQ(address.Memo, "Meter replaced");
-    EXPECT_EQ(address.Phone, "0123"); // fields the dialog does not show stay
-}
-
-TEST_F(MeasuringPropertiesTest, TypedAxisLimitsHoldAfterTheRefreshAndHiddenAxesAreNotOffered)
-{
-    ASSERT_TRUE(Chart().AxisVisible(ChartAxis::Y1));
-    ASSERT_FALSE(Chart().AxisVisible(ChartAxis::Y2));
-    const qint32 status = Run([](frm_MeasuringProperties& dialog) {
-        dialog.Pages()->setCurrentIndex(1);
-        EXPECT_FALSE(dialog.AxisMinEdit(1)->isEnabled());
-        EXPECT_FALSE(dialog.AxisMaxEdit(1)->isEnabled());
-        Type(dialog.AxisMinEdit(0), "-5");
-        Type(dialog.AxisMaxEdit(0), "42,5");
-        // A longer period fetches anew, and the fetch scales the axes by the data.
-        dialog.Pages()->setCurrentIndex(0);
-        TypeDate(dialog.EndEdit(), "12.02.2009 00:00");
-        Click(dialog.OkButton());
-    });
-    EXPECT_EQ(status, 1);
-    EXPECT_GT(generated->fetches, fetchesBefore);
     EXPECT_DOUBLE_EQ(Chart().AxisMin(ChartAxis::Y1), -5.0);
     EXPECT_DOUBLE_EQ(Chart().AxisMax(ChartAxis::Y1), 42.5);
-    EXPECT_FALSE(Chart().AxisVisible(ChartAxis::Y2));
+    const MeasuringFile::Address& address = measuring->CustomerAddress();
+    EXPECT_EQ(std::tuple(address.Name, address.Place, address.Memo, address.Phone),
+        std::tuple(QString("Works Ltd"), QString("12345 Town"), QString("Meter replaced"), QString("0123")))
+        << "fields the dialog does not show stay";
 }
 
-TEST_F(MeasuringPropertiesTest, APowerFactorAxisShowsAndTakesItsLimitsAsMeasured)
+// The power factor alone: its axis holds folded values, the dialog shows and takes measured
+// ones; a longer period fetches anew, and the fetch scales the axes by the data first.
+TEST_F(MeasuringPropertiesTest, APowerFactorAxisShowsAndTakesItsLimitsAsMeasuredAndTheyHoldAfterTheFetch)
 {
-    // The power factor alone: its axis holds folded values, the dialog shows measured ones.
     ASSERT_TRUE(measuring->RemoveCurve("3$L#1"));
     ASSERT_NE(Add("3$L#2"), nullptr);
     Day();
+    ASSERT_FALSE(Chart().AxisVisible(ChartAxis::Y2));
     Chart().SetAxisRange(ChartAxis::Y1, FoldCosPhi(-0.95), FoldCosPhi(0.8));
+    fetchesBefore = generated->fetches;
     const qint32 status = Run([](frm_MeasuringProperties& dialog) {
         dialog.Pages()->setCurrentIndex(1);
+        EXPECT_FALSE(dialog.AxisMinEdit(1)->isEnabled() || dialog.AxisMaxEdit(1)->isEnabled()) << "a hidden axis";
         EXPECT_DOUBLE_EQ(dialog.AxisMinEdit(0)->text().toDouble(), -0.95);
         EXPECT_DOUBLE_EQ(dialog.AxisMaxEdit(0)->text().toDouble(), 0.8);
         Type(dialog.AxisMaxEdit(0), "1.5");
         EXPECT_FALSE(dialog.OkButton()->isEnabled()) << "no power factor";
         Type(dialog.AxisMaxEdit(0), "0.85");
         Type(dialog.AxisMinEdit(0), "-0.9");
+        dialog.Pages()->setCurrentIndex(0);
+        TypeDate(dialog.EndEdit(), "12.02.2009 00:00");
         Click(dialog.OkButton());
     });
     EXPECT_EQ(status, 1);
+    EXPECT_GT(generated->fetches, fetchesBefore);
     EXPECT_NEAR(Chart().AxisMin(ChartAxis::Y1), FoldCosPhi(-0.9), 1e-12);
     EXPECT_NEAR(Chart().AxisMax(ChartAxis::Y1), FoldCosPhi(0.85), 1e-12);
+    EXPECT_FALSE(Chart().AxisVisible(ChartAxis::Y2));
 }
 
 TEST_F(MeasuringPropertiesTest, OkWithoutEditsAndCancelAfterEditsWriteNothing)
 {
-    const auto [start, end] = Span();
-    const QString unit = measuring->IntervalUnit();
-    const qint32 count = measuring->IntervalCount();
-    const double max = Chart().AxisMax(ChartAxis::Y1);
     measuring->SetChanged(false);
+    const auto state = [&] {
+        return std::tuple(Span(), measuring->IntervalUnit(), measuring->IntervalCount(), measuring->Graph().Title,
+            measuring->Graph().Legend, measuring->CustomerAddress().Name, Chart().AxisMax(ChartAxis::Y1),
+            generated->fetches, measuring->Changed());
+    };
+    const auto before = state();
     EXPECT_EQ(Run([](frm_MeasuringProperties& dialog) { Click(dialog.OkButton()); }), 0);
     const qint32 status = Run([](frm_MeasuringProperties& dialog) {
         TypeDate(dialog.StartEdit(), "05.02.2009 00:00");
@@ -225,98 +205,68 @@ TEST_F(MeasuringPropertiesTest, OkWithoutEditsAndCancelAfterEditsWriteNothing)
         Click(dialog.CancelButton());
     });
     EXPECT_EQ(status, 0);
-    EXPECT_DOUBLE_EQ(measuring->StartDate(), start);
-    EXPECT_DOUBLE_EQ(measuring->EndDate(), end);
-    EXPECT_EQ(measuring->IntervalUnit(), unit);
-    EXPECT_EQ(measuring->IntervalCount(), count);
-    EXPECT_TRUE(measuring->Graph().Title.isEmpty());
-    EXPECT_FALSE(measuring->Graph().Legend);
-    EXPECT_TRUE(measuring->CustomerAddress().Name.isEmpty());
-    EXPECT_DOUBLE_EQ(Chart().AxisMax(ChartAxis::Y1), max);
-    EXPECT_EQ(generated->fetches, fetchesBefore);
-    EXPECT_FALSE(measuring->Changed());
+    EXPECT_EQ(state(), before);
 }
 
-TEST_F(MeasuringPropertiesTest, BadInputIsMarkedAndKeepsOkDisabled)
+TEST_F(MeasuringPropertiesTest, BadInputIsMarkedAndKeepsOkDisabledUntilItIsPutRight)
 {
-    const auto [start, end] = Span();
+    const auto span = Span();
     const qint32 status = Run([](frm_MeasuringProperties& dialog) {
         QPushButton* ok = dialog.OkButton();
         ASSERT_TRUE(ok->isEnabled());
-
-        TypeDate(dialog.EndEdit(), "09.02.2009 00:00"); // before the start
-        EXPECT_FALSE(ok->isEnabled());
-        EXPECT_TRUE(dialog.PeriodMark()->isVisibleTo(&dialog));
-        Click(ok);
-        EXPECT_TRUE(dialog.isVisible());
-        TypeDate(dialog.EndEdit(), "11.02.2009 00:00");
-        EXPECT_TRUE(ok->isEnabled());
-        EXPECT_FALSE(dialog.PeriodMark()->isVisibleTo(&dialog));
-
+        // Types each bad text and then the good one, with the field's mark and OK following.
+        const auto check = [&](const std::function<void(const QString&)>& type, QLabel* mark, const QStringList& bad,
+                               const QString& good) {
+            for (const QString& text : bad) {
+                type(text);
+                EXPECT_FALSE(ok->isEnabled()) << text.toStdString();
+                EXPECT_TRUE(mark->isVisibleTo(&dialog)) << text.toStdString();
+            }
+            type(good);
+            EXPECT_TRUE(ok->isEnabled() && !mark->isVisibleTo(&dialog)) << good.toStdString();
+        };
+        // A date that names none, then an end before the start.
+        check([&](const QString& text) { TypeDate(dialog.EndEdit(), text); }, dialog.PeriodMark(),
+            { "31.02.2009", "09.02.2009 00:00" }, "11.02.2009 00:00");
         Click(dialog.NormalisedOption());
-        for (const char* count : { "0", "2x", "" }) {
-            Type(dialog.CountEdit(), count);
-            EXPECT_FALSE(ok->isEnabled()) << count;
-            EXPECT_TRUE(dialog.CountMark()->isVisibleTo(&dialog)) << count;
-        }
+        check([&](const QString& text) { Type(dialog.CountEdit(), text); }, dialog.CountMark(), { "0", "2x", "" }, "4");
         // The count does not matter while the data's own resolution is chosen.
+        Type(dialog.CountEdit(), "0");
         Click(dialog.FromDataOption());
         EXPECT_TRUE(ok->isEnabled());
-        Click(dialog.NormalisedOption());
-        Type(dialog.CountEdit(), "4");
-        EXPECT_TRUE(ok->isEnabled());
-
+        // Limits that are no numbers, a minimum above the maximum or equal to it.
         dialog.Pages()->setCurrentIndex(1);
-        const QString max = dialog.AxisMaxEdit(0)->text();
-        for (const char* min : { "1e9", "x" }) {
-            Type(dialog.AxisMinEdit(0), min);
-            EXPECT_FALSE(ok->isEnabled()) << min;
-            EXPECT_TRUE(dialog.AxisMark(0)->isVisibleTo(&dialog)) << min;
-        }
-        Type(dialog.AxisMinEdit(0), max); // equal limits span nothing
-        EXPECT_FALSE(ok->isEnabled());
-        Type(dialog.AxisMinEdit(0), "0");
-        EXPECT_TRUE(ok->isEnabled());
-        EXPECT_FALSE(dialog.AxisMark(0)->isVisibleTo(&dialog));
+        check([&](const QString& text) { Type(dialog.AxisMinEdit(0), text); }, dialog.AxisMark(0),
+            { "x", "1e9", dialog.AxisMaxEdit(0)->text() }, "0");
     });
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(Span(), std::make_pair(start, end));
+    EXPECT_EQ(Span(), span);
     EXPECT_EQ(generated->fetches, fetchesBefore);
 }
 
 // The rules without a dialog; what the dialog tests above already drive is not repeated.
-TEST(MeasuringPropertiesRules, NumbersAndCountsAreParsedStrictly)
+TEST(MeasuringPropertiesRules, NumbersCountsAndStepsAreStrictAndAHiddenAxisIsNotChecked)
 {
     EXPECT_EQ(MeasuringPropertiesRules::ParseNumber(" -3.25 "), -3.25);
     EXPECT_EQ(MeasuringPropertiesRules::ParseNumber("1e3"), 1000.0);
     for (const char* bad : { "1,2,3", "inf", "nan", "5 kW" })
         EXPECT_FALSE(MeasuringPropertiesRules::ParseNumber(bad)) << bad;
     EXPECT_EQ(MeasuringPropertiesRules::ParseCount(" 1 "), 1);
-    for (const char* bad : { "-1", "1.5" })
-        EXPECT_FALSE(MeasuringPropertiesRules::ParseCount(bad)) << bad;
-}
 
-TEST(MeasuringPropertiesRules, AHiddenAxisIsNotChecked)
-{
+    for (const char* unit : { "d", "ww", "m", "yyyy" })
+        EXPECT_EQ(MeasuringPropertiesRules::StepSeconds(unit, 3), 86400) << unit;
+    EXPECT_FALSE(MeasuringPropertiesRules::StepSeconds("n", 0) || MeasuringPropertiesRules::StepSeconds("x", 5));
+
     MeasuringPropertiesEntries entries;
     entries.start = D(2009, 2, 1);
     entries.end = D(2009, 2, 2);
     entries.count = "1";
-    entries.axisVisible = { true, false };
     entries.axisMin = { QString("0"), QString("x") };
-    entries.axisMax = { QString("10"), QString("") };
+    entries.axisMax = { QString("10"), QString() };
+    entries.axisVisible = { true, false };
     EXPECT_FALSE(MeasuringPropertiesRules::Check(entries).Any());
     entries.axisVisible = { true, true };
     EXPECT_TRUE(MeasuringPropertiesRules::Check(entries).axis[1]);
-}
-
-TEST(MeasuringPropertiesRules, DateStepsFollowTheResolutionUpToADay)
-{
-    EXPECT_EQ(MeasuringPropertiesRules::StepSeconds("n", 15), 900);
-    for (const char* unit : { "d", "ww", "m", "yyyy" })
-        EXPECT_EQ(MeasuringPropertiesRules::StepSeconds(unit, 3), 86400) << unit;
-    EXPECT_FALSE(MeasuringPropertiesRules::StepSeconds("n", 0));
-    EXPECT_FALSE(MeasuringPropertiesRules::StepSeconds("x", 5));
 }
 
 } // namespace

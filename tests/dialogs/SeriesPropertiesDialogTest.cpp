@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The dialogs of a curve's look and of the chart-wide look, driven through their controls.
 #include "CurveColors.h"
+#include "QtPrinters.h"
 #include "SeriesPropertiesEditor.h"
 #include "frm_GraphProperties.h"
 #include "frm_SeriesProperties.h"
@@ -17,20 +18,23 @@
 #include <QToolButton>
 
 #include <functional>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-// Shows the dialog modally through show, runs the steps on it once it is up, then clicks
-// the named button; the result of show comes back.
-template<typename Show> auto Drive(QDialog& dialog, const std::function<void()>& steps, const char* button, Show show)
+// Shows the properties in a new dialog, runs the steps on it once it is up, then clicks the
+// named button; ShowMe's result comes back.
+template<typename Dialog, typename Properties>
+bool Drive(Properties& properties, const std::function<void(Dialog&)>& steps, const char* button = "cmd_OK")
 {
-    QTimer::singleShot(0, &dialog, [&dialog, steps, button] {
-        steps();
-        QTest::mouseClick(dialog.findChild<QPushButton*>(button), Qt::LeftButton);
+    Dialog dialog;
+    QTimer::singleShot(0, &dialog, [&] {
+        steps(dialog);
+        QTest::mouseClick(dialog.template findChild<QPushButton*>(button), Qt::LeftButton);
     });
-    return show();
+    return dialog.ShowMe(properties);
 }
 
 // Clicks the colour button and picks the colour in the colour dialog it opens; with accept
@@ -41,10 +45,7 @@ void PickColor(QWidget& parent, const QColor& color, bool accept = true)
         auto* dialog = qobject_cast<QColorDialog*>(QApplication::activeModalWidget());
         ASSERT_NE(dialog, nullptr);
         dialog->setCurrentColor(color);
-        if (accept)
-            dialog->accept();
-        else
-            dialog->reject();
+        accept ? dialog->accept() : dialog->reject();
     });
     QTest::mouseClick(parent.findChild<QToolButton*>("cmd_Color"), Qt::LeftButton);
 }
@@ -57,10 +58,8 @@ void ChooseByKeys(QComboBox* box, int value)
     box->setFocus();
     if (box->currentIndex() < 0)
         QTest::keyClick(box, Qt::Key_Down);
-    while (box->currentIndex() < target)
-        QTest::keyClick(box, Qt::Key_Down);
-    while (box->currentIndex() > target)
-        QTest::keyClick(box, Qt::Key_Up);
+    while (box->currentIndex() != target)
+        QTest::keyClick(box, box->currentIndex() < target ? Qt::Key_Down : Qt::Key_Up);
 }
 
 void Retype(QWidget* field, const QString& text)
@@ -71,173 +70,118 @@ void Retype(QWidget* field, const QString& text)
     QTest::keyClicks(field, text);
 }
 
-bool Same(const SeriesProperties& a, const SeriesProperties& b)
+auto Fields(const SeriesProperties& p)
 {
-    return a.Color == b.Color && a.LineWidth == b.LineWidth && a.LineStyle == b.LineStyle && a.Marker == b.Marker
-        && a.Gallery == b.Gallery;
+    return std::tuple(p.Color, p.LineWidth, p.LineStyle, p.Marker, p.Gallery);
 }
 
-SeriesProperties SomeLook()
+auto Fields(const GraphProperties& g)
 {
-    SeriesProperties look;
-    look.Color = CurveColors::Rgb(255, 0, 0);
-    look.LineWidth = 3;
-    look.LineStyle = 0;
-    look.Marker = false;
-    look.Gallery = 0; // the chart's type, which the list doesn't offer
-    return look;
+    return std::tuple(
+        g.Gallery, g.Legend, g.View3D, g.ShowXGrid, g.ShowYGrid1, g.ShowYGrid2, g.GridColor1, g.GridColor2, g.Title);
 }
+
+// Gallery 0 is the chart's own type, which the list offers as its first entry.
+const SeriesProperties SomeLook {
+    .Color = CurveColors::Rgb(255, 0, 0), .LineWidth = 3, .LineStyle = 0, .Marker = false, .Gallery = 0
+};
 
 TEST(SeriesPropertiesDialog, OkWritesTheEditedFieldsAndKeepsTheOthersAndCancelWritesNothing)
 {
-    for (const char* button : { "cmd_OK", "cmd_Cancel" }) {
-        frm_SeriesProperties dialog;
-        SeriesProperties look = SomeLook();
-        const QColor blue(0, 128, 255);
-        const bool accepted = Drive(
-            dialog,
-            [&] {
+    const QColor blue(0, 128, 255);
+    const SeriesProperties edited {
+        .Color = CurveColors::FromColor(blue), .LineWidth = 5, .LineStyle = 2, .Marker = true, .Gallery = 0
+    }; // the chart type was not touched and stays the chart's
+    for (const char* button : { "cmd_Cancel", "cmd_OK" }) {
+        SeriesProperties look = SomeLook;
+        const bool accepted = Drive<frm_SeriesProperties>(
+            look,
+            [&](QDialog& dialog) {
                 PickColor(dialog, blue);
                 ChooseByKeys(dialog.findChild<QComboBox*>("cbo_LineStyle"), 2);
                 Retype(dialog.findChild<QSpinBox*>("spn_LineWidth"), "5");
                 QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_Marker"), Qt::LeftButton);
             },
-            button, [&] { return dialog.ShowMe(look); });
-        if (!accepted) {
-            EXPECT_STREQ(button, "cmd_Cancel");
-            EXPECT_TRUE(Same(look, SomeLook()));
-            continue;
-        }
-        EXPECT_STREQ(button, "cmd_OK");
-        EXPECT_EQ(look.Color, CurveColors::FromColor(blue));
-        EXPECT_EQ(look.LineStyle, 2);
-        EXPECT_EQ(look.LineWidth, 5);
-        EXPECT_TRUE(look.Marker);
-        EXPECT_EQ(look.Gallery, 0) << "the chart type was not touched and stays the chart's";
+            button);
+        EXPECT_EQ(accepted, QByteArray(button) == "cmd_OK");
+        EXPECT_EQ(Fields(look), Fields(accepted ? edited : SomeLook)) << button;
     }
 }
 
 TEST(SeriesPropertiesDialog, ChartTypeAndNoLineAreOfferedAndACancelledColourChoiceKeepsTheColour)
 {
-    frm_SeriesProperties dialog;
-    SeriesProperties look = SomeLook();
+    SeriesProperties look = SomeLook;
     look.Gallery = 1;
-    Drive(
-        dialog,
-        [&] {
-            PickColor(dialog, Qt::green, false);
-            ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 8);
-            ChooseByKeys(dialog.findChild<QComboBox*>("cbo_LineStyle"), -1);
-        },
-        "cmd_OK", [&] { return dialog.ShowMe(look); });
-    EXPECT_EQ(look.Gallery, 8);
-    EXPECT_EQ(look.LineStyle, -1);
-    EXPECT_EQ(look.Color, SomeLook().Color);
-    EXPECT_EQ(look.LineWidth, SomeLook().LineWidth);
-
-    Drive(
-        dialog, [&] { ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 0); }, "cmd_OK",
-        [&] { return dialog.ShowMe(look); });
+    Drive<frm_SeriesProperties>(look, [](QDialog& dialog) {
+        PickColor(dialog, Qt::green, false);
+        ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 8);
+        ChooseByKeys(dialog.findChild<QComboBox*>("cbo_LineStyle"), -1);
+    });
+    EXPECT_EQ(Fields(look),
+        Fields(SeriesProperties {
+            .Color = SomeLook.Color, .LineWidth = 3, .LineStyle = -1, .Marker = false, .Gallery = 8 }));
+    Drive<frm_SeriesProperties>(
+        look, [](QDialog& dialog) { ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 0); });
     EXPECT_EQ(look.Gallery, 0) << "back to the chart's type";
 }
 
-TEST(SeriesPropertiesDialog, LineWidthTakesNoLettersAndNothingOutsideItsRange)
+TEST(SeriesPropertiesDialog, LineWidthTakesNoLettersNorWidthsOutsideItsRangeButKeepsALoadedOneUntilEdited)
 {
     SeriesPropertiesEditor editor;
-    editor.Load(SomeLook());
+    editor.Load(SomeLook);
     auto* width = editor.findChild<QSpinBox*>("spn_LineWidth");
-
-    const struct
-    {
-        const char* typed;
-        int width;
-    } cases[] = { { "ab", SomeLook().LineWidth }, { "0", SomeLook().LineWidth }, { "12", 12 } };
-    for (const auto& c : cases) {
-        Retype(width, c.typed);
+    for (const auto& [typed, expected] : { std::pair("ab", 3), std::pair("0", 3), std::pair("12", 12) }) {
+        Retype(width, typed);
         QTest::keyClick(width, Qt::Key_Return);
-        EXPECT_EQ(editor.Values().LineWidth, c.width) << c.typed;
+        EXPECT_EQ(editor.Values().LineWidth, expected) << typed;
     }
     Retype(width, "99");
     QTest::keyClick(width, Qt::Key_Return);
     EXPECT_LE(editor.Values().LineWidth, SeriesPropertiesEditor::MaxLineWidth);
-}
 
-TEST(SeriesPropertiesDialog, AWidthOutsideTheRangeIsKeptUntilEdited)
-{
-    SeriesPropertiesEditor editor;
-    SeriesProperties look = SomeLook();
-    look.LineWidth = 0;
-    editor.Load(look);
+    SeriesProperties thin = SomeLook;
+    thin.LineWidth = 0;
+    editor.Load(thin);
     EXPECT_FALSE(editor.Edited());
     QTest::mouseClick(editor.findChild<QCheckBox*>("chk_Marker"), Qt::LeftButton);
     EXPECT_TRUE(editor.Edited());
     EXPECT_EQ(editor.Values().LineWidth, 0);
 }
 
-GraphProperties SomeChart()
-{
-    GraphProperties chart;
-    chart.Gallery = 1;
-    chart.Legend = false;
-    chart.View3D = false;
-    chart.ShowXGrid = false;
-    chart.ShowYGrid1 = true;
-    chart.ShowYGrid2 = false;
-    chart.GridColor1 = CurveColors::Rgb(1, 2, 3);
-    chart.GridColor2 = CurveColors::Rgb(4, 5, 6);
-    chart.Title = "%NAME%";
-    return chart;
-}
-
-bool Same(const GraphProperties& a, const GraphProperties& b)
-{
-    return a.Gallery == b.Gallery && a.Legend == b.Legend && a.View3D == b.View3D && a.ShowXGrid == b.ShowXGrid
-        && a.ShowYGrid1 == b.ShowYGrid1 && a.ShowYGrid2 == b.ShowYGrid2 && a.GridColor1 == b.GridColor1
-        && a.GridColor2 == b.GridColor2 && a.Title == b.Title;
-}
-
-void EditChart(frm_GraphProperties& dialog)
-{
-    ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 2);
-    QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_Legend"), Qt::LeftButton);
-    QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_View3D"), Qt::LeftButton);
-    QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_YGrid1"), Qt::LeftButton);
-    QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_YGrid2"), Qt::LeftButton);
-    Retype(dialog.findChild<QLineEdit*>("txt_Title"), "Load %START_DATE%");
-}
+// The X grid and the grid colours are not in the dialog.
+// View3D, Legend, ShowXGrid, ShowYGrid1, ShowYGrid2, GridColor1, GridColor2, Title, Gallery
+const GraphProperties SomeChart { false, false, false, true, false, CurveColors::Rgb(1, 2, 3),
+    CurveColors::Rgb(4, 5, 6), "%NAME%", 1 };
 
 TEST(GraphPropertiesDialog, OkWritesTheEditedFieldsAndKeepsTheOthersAndCancelWritesNothing)
 {
-    for (const char* button : { "cmd_OK", "cmd_Cancel" }) {
-        frm_GraphProperties dialog;
-        GraphProperties chart = SomeChart();
-        const bool accepted = Drive(
-            dialog, [&] { EditChart(dialog); }, button, [&] { return dialog.ShowMe(chart); });
-        if (!accepted) {
-            EXPECT_STREQ(button, "cmd_Cancel");
-            EXPECT_TRUE(Same(chart, SomeChart()));
-            continue;
-        }
-        EXPECT_STREQ(button, "cmd_OK");
-        EXPECT_EQ(chart.Gallery, 2);
-        EXPECT_TRUE(chart.Legend && chart.View3D && chart.ShowYGrid2);
-        EXPECT_FALSE(chart.ShowYGrid1);
-        EXPECT_EQ(chart.Title, "Load %START_DATE%");
-        // Not in the dialog: untouched.
-        EXPECT_FALSE(chart.ShowXGrid);
-        EXPECT_EQ(chart.GridColor1, SomeChart().GridColor1);
-        EXPECT_EQ(chart.GridColor2, SomeChart().GridColor2);
+    GraphProperties edited = SomeChart;
+    edited.View3D = edited.Legend = edited.ShowYGrid2 = true;
+    edited.ShowYGrid1 = false;
+    edited.Title = "Load %START_DATE%";
+    edited.Gallery = 2;
+    for (const char* button : { "cmd_Cancel", "cmd_OK" }) {
+        GraphProperties chart = SomeChart;
+        const bool accepted = Drive<frm_GraphProperties>(
+            chart,
+            [](QDialog& dialog) {
+                ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 2);
+                for (const char* box : { "chk_Legend", "chk_View3D", "chk_YGrid1", "chk_YGrid2" })
+                    QTest::mouseClick(dialog.findChild<QCheckBox*>(box), Qt::LeftButton);
+                Retype(dialog.findChild<QLineEdit*>("txt_Title"), "Load %START_DATE%");
+            },
+            button);
+        EXPECT_EQ(accepted, QByteArray(button) == "cmd_OK");
+        EXPECT_EQ(Fields(chart), Fields(accepted ? edited : SomeChart)) << button;
     }
 }
 
 TEST(GraphPropertiesDialog, AChartTypeTheListLacksIsKeptUnlessOneIsChosen)
 {
-    frm_GraphProperties dialog;
-    GraphProperties chart = SomeChart();
+    GraphProperties chart = SomeChart;
     chart.Gallery = 4; // markers only
-    Drive(
-        dialog, [&] { QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_Legend"), Qt::LeftButton); }, "cmd_OK",
-        [&] { return dialog.ShowMe(chart); });
+    Drive<frm_GraphProperties>(
+        chart, [](QDialog& dialog) { QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_Legend"), Qt::LeftButton); });
     EXPECT_EQ(chart.Gallery, 4);
     EXPECT_TRUE(chart.Legend);
 }
