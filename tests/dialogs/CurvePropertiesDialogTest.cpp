@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The curve properties on a view: what the edit allows and writes, and what the dialog's OK writes
-// into the curve, the chart and the statistic tree while Cancel writes nothing.
+// The look dialogs of a curve and of the chart, and the curve properties dialog on a view, driven
+// through their controls: what OK writes, that Cancel writes nothing, and the input they refuse.
 #include "MeasuringFixture.h"
+#include "SeriesPropertiesEditor.h"
 #include "frm_CurveProperties.h"
+#include "frm_GraphProperties.h"
+#include "frm_SeriesProperties.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QColorDialog>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTest>
 #include <QTimer>
@@ -24,6 +29,168 @@ namespace {
 
 using namespace measuring_fixture;
 
+// Shows the properties in a new dialog, runs the steps on it once it is up, then clicks the
+// named button; ShowMe's result comes back.
+template<typename Dialog, typename Properties>
+bool Drive(Properties& properties, const std::function<void(Dialog&)>& steps, const char* button = "cmd_OK")
+{
+    Dialog dialog;
+    QTimer::singleShot(0, &dialog, [&] {
+        steps(dialog);
+        QTest::mouseClick(dialog.template findChild<QPushButton*>(button), Qt::LeftButton);
+    });
+    return dialog.ShowMe(properties);
+}
+
+// Clicks the colour button and picks the colour in the colour dialog it opens; with accept
+// false the colour dialog is cancelled after the pick.
+void PickColor(QWidget& parent, const QColor& color, bool accept = true)
+{
+    QTimer::singleShot(0, &parent, [color, accept] {
+        auto* dialog = qobject_cast<QColorDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        dialog->setCurrentColor(color);
+        accept ? dialog->accept() : dialog->reject();
+    });
+    QTest::mouseClick(parent.findChild<QToolButton*>("cmd_Color"), Qt::LeftButton);
+}
+
+// Moves the combo box's selection to the entry with the value by keys.
+void ChooseByKeys(QComboBox* box, int value)
+{
+    const int target = box->findData(value);
+    ASSERT_GE(target, 0);
+    box->setFocus();
+    if (box->currentIndex() < 0)
+        QTest::keyClick(box, Qt::Key_Down);
+    while (box->currentIndex() != target)
+        QTest::keyClick(box, box->currentIndex() < target ? Qt::Key_Down : Qt::Key_Up);
+}
+
+void Retype(QWidget* field, const QString& text)
+{
+    field->setFocus();
+    QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(field, Qt::Key_Delete);
+    QTest::keyClicks(field, text);
+}
+
+auto Fields(const SeriesProperties& p)
+{
+    return std::tuple(p.Color, p.LineWidth, p.LineStyle, p.Marker, p.Gallery);
+}
+
+auto Fields(const GraphProperties& g)
+{
+    return std::tuple(
+        g.Gallery, g.Legend, g.View3D, g.ShowXGrid, g.ShowYGrid1, g.ShowYGrid2, g.GridColor1, g.GridColor2, g.Title);
+}
+
+// Gallery 0 is the chart's own type, which the list offers as its first entry.
+const SeriesProperties SomeLook {
+    .Color = CurveColors::Rgb(255, 0, 0), .LineWidth = 3, .LineStyle = 0, .Marker = false, .Gallery = 0
+};
+
+TEST(SeriesPropertiesDialog, OkWritesTheEditedFieldsAndKeepsTheOthersAndCancelWritesNothing)
+{
+    const QColor blue(0, 128, 255);
+    const SeriesProperties edited {
+        .Color = CurveColors::FromColor(blue), .LineWidth = 5, .LineStyle = 2, .Marker = true, .Gallery = 0
+    }; // the chart type was not touched and stays the chart's
+    for (const char* button : { "cmd_Cancel", "cmd_OK" }) {
+        SeriesProperties look = SomeLook;
+        const bool accepted = Drive<frm_SeriesProperties>(
+            look,
+            [&](QDialog& dialog) {
+                PickColor(dialog, blue);
+                ChooseByKeys(dialog.findChild<QComboBox*>("cbo_LineStyle"), 2);
+                Retype(dialog.findChild<QSpinBox*>("spn_LineWidth"), "5");
+                QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_Marker"), Qt::LeftButton);
+            },
+            button);
+        EXPECT_EQ(accepted, QByteArray(button) == "cmd_OK");
+        EXPECT_EQ(Fields(look), Fields(accepted ? edited : SomeLook)) << button;
+    }
+}
+
+TEST(SeriesPropertiesDialog, ChartTypeAndNoLineAreOfferedAndACancelledColourChoiceKeepsTheColour)
+{
+    SeriesProperties look = SomeLook;
+    look.Gallery = 1;
+    Drive<frm_SeriesProperties>(look, [](QDialog& dialog) {
+        PickColor(dialog, Qt::green, false);
+        ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 8);
+        ChooseByKeys(dialog.findChild<QComboBox*>("cbo_LineStyle"), -1);
+    });
+    EXPECT_EQ(Fields(look),
+        Fields(SeriesProperties {
+            .Color = SomeLook.Color, .LineWidth = 3, .LineStyle = -1, .Marker = false, .Gallery = 8 }));
+    Drive<frm_SeriesProperties>(
+        look, [](QDialog& dialog) { ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 0); });
+    EXPECT_EQ(look.Gallery, 0) << "back to the chart's type";
+}
+
+TEST(SeriesPropertiesDialog, LineWidthTakesNoLettersNorWidthsOutsideItsRangeButKeepsALoadedOneUntilEdited)
+{
+    SeriesPropertiesEditor editor;
+    editor.Load(SomeLook);
+    auto* width = editor.findChild<QSpinBox*>("spn_LineWidth");
+    for (const auto& [typed, expected] : { std::pair("ab", 3), std::pair("0", 3), std::pair("12", 12) }) {
+        Retype(width, typed);
+        QTest::keyClick(width, Qt::Key_Return);
+        EXPECT_EQ(editor.Values().LineWidth, expected) << typed;
+    }
+    Retype(width, "99");
+    QTest::keyClick(width, Qt::Key_Return);
+    EXPECT_LE(editor.Values().LineWidth, SeriesPropertiesEditor::MaxLineWidth);
+
+    SeriesProperties thin = SomeLook;
+    thin.LineWidth = 0;
+    editor.Load(thin);
+    EXPECT_FALSE(editor.Edited());
+    QTest::mouseClick(editor.findChild<QCheckBox*>("chk_Marker"), Qt::LeftButton);
+    EXPECT_TRUE(editor.Edited());
+    EXPECT_EQ(editor.Values().LineWidth, 0);
+}
+
+// The X grid and the grid colours are not in the dialog.
+// View3D, Legend, ShowXGrid, ShowYGrid1, ShowYGrid2, GridColor1, GridColor2, Title, Gallery
+const GraphProperties SomeChart { false, false, false, true, false, CurveColors::Rgb(1, 2, 3),
+    CurveColors::Rgb(4, 5, 6), "%NAME%", 1 };
+
+TEST(GraphPropertiesDialog, OkWritesTheEditedFieldsAndKeepsTheOthersAndCancelWritesNothing)
+{
+    GraphProperties edited = SomeChart;
+    edited.View3D = edited.Legend = edited.ShowYGrid2 = true;
+    edited.ShowYGrid1 = false;
+    edited.Title = "Load %START_DATE%";
+    edited.Gallery = 2;
+    for (const char* button : { "cmd_Cancel", "cmd_OK" }) {
+        GraphProperties chart = SomeChart;
+        const bool accepted = Drive<frm_GraphProperties>(
+            chart,
+            [](QDialog& dialog) {
+                ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 2);
+                for (const char* box : { "chk_Legend", "chk_View3D", "chk_YGrid1", "chk_YGrid2" })
+                    QTest::mouseClick(dialog.findChild<QCheckBox*>(box), Qt::LeftButton);
+                Retype(dialog.findChild<QLineEdit*>("txt_Title"), "Load %START_DATE%");
+            },
+            button);
+        EXPECT_EQ(accepted, QByteArray(button) == "cmd_OK");
+        EXPECT_EQ(Fields(chart), Fields(accepted ? edited : SomeChart)) << button;
+    }
+}
+
+TEST(GraphPropertiesDialog, AChartTypeTheListLacksIsKeptUnlessOneIsChosen)
+{
+    GraphProperties chart = SomeChart;
+    chart.Gallery = 4; // markers only
+    Drive<frm_GraphProperties>(
+        chart, [](QDialog& dialog) { QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_Legend"), Qt::LeftButton); });
+    EXPECT_EQ(chart.Gallery, 4);
+    EXPECT_TRUE(chart.Legend);
+}
+
 class CurvePropertiesTest : public MeasuringFixture
 {
 protected:
@@ -36,7 +203,7 @@ protected:
         Day();
     }
     // Shows the dialog, runs the steps once it is up and clicks the button; ShowMe's result.
-    qint32 Drive(const std::function<void(frm_CurveProperties&)>& steps, const char* button)
+    qint32 Show(const std::function<void(frm_CurveProperties&)>& steps, const char* button)
     {
         frm_CurveProperties dialog(*measuring, *curve);
         QTimer::singleShot(0, &dialog, [&] {
@@ -44,13 +211,6 @@ protected:
             QTest::mouseClick(dialog.findChild<QPushButton*>(button), Qt::LeftButton);
         });
         return dialog.ShowMe();
-    }
-    static void Retype(QLineEdit* field, const QString& text)
-    {
-        field->setFocus();
-        QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(field, Qt::Key_Delete);
-        QTest::keyClicks(field, text);
     }
     // Toggles a check box of the statistic list with the space key.
     static void Toggle(frm_CurveProperties& dialog, const QString& id, int column)
@@ -105,38 +265,17 @@ TEST_F(CurvePropertiesTest, ShownNeedsAUsedLineStatisticAndOneTakenIntoUseShowsN
     EXPECT_FALSE(Mean().Visible());
 }
 
-// The dialog tests below drive the rest of what is written; these fields they do not reach.
-TEST_F(CurvePropertiesTest, WritesTheNameTrimmedTheVisibilityAndTheLineWidth)
-{
-    CurvePropertiesEdit edit = CurvePropertiesEdit::FromCurve(*curve);
-    edit.name = "  Hall A ";
-    edit.visible = false;
-    edit.look.LineWidth = 4;
-    const auto result = edit.ApplyTo(*curve);
-    EXPECT_TRUE(result.changed && !result.axisChanged && !result.unitChanged);
-    EXPECT_EQ(std::tuple(curve->Name(), curve->Visible(), curve->Properties().LineWidth),
-        std::tuple(QString("Hall A"), false, 4));
-}
-
 TEST_F(CurvePropertiesTest, CancelWritesNothingAndOkWritesNameUnitColourStatisticAndAxisIntoTreeAndChart)
 {
     const QColor blue(0, 64, 255);
     const auto edit = [&](frm_CurveProperties& dialog) {
-        Retype(dialog.findChild<QLineEdit*>("txt_Name"), "Hall A");
+        Retype(dialog.findChild<QLineEdit*>("txt_Name"), "  Hall A "); // written trimmed
         Retype(dialog.findChild<QLineEdit*>("txt_Unit"), "MW");
         Toggle(dialog, "2", frm_CurveProperties::ColumnUsed);
         Toggle(dialog, "2", frm_CurveProperties::ColumnShown);
         dialog.findChild<QTabWidget*>("tab_Pages")->setCurrentIndex(1);
-        QTimer::singleShot(0, &dialog, [blue] {
-            auto* chooser = qobject_cast<QColorDialog*>(QApplication::activeModalWidget());
-            ASSERT_NE(chooser, nullptr);
-            chooser->setCurrentColor(blue);
-            chooser->accept();
-        });
-        QTest::mouseClick(dialog.findChild<QToolButton*>("cmd_Color"), Qt::LeftButton);
-        auto* axis = dialog.findChild<QComboBox*>("cbo_YAxis");
-        axis->setFocus();
-        QTest::keyClick(axis, Qt::Key_Down);
+        PickColor(dialog, blue);
+        ChooseByKeys(dialog.findChild<QComboBox*>("cbo_YAxis"), 1);
     };
     const auto state = [&] {
         return std::tuple(curve->Name(), curve->Unit(), curve->Properties().Color, curve->YAxis(), Mean().Used(),
@@ -145,10 +284,10 @@ TEST_F(CurvePropertiesTest, CancelWritesNothingAndOkWritesNameUnitColourStatisti
     const auto before = state();
     const QString meanCaption = Mean().Name() + " = ";
     ASSERT_TRUE(TreeCaptions().filter(meanCaption).isEmpty());
-    EXPECT_EQ(Drive(edit, "cmd_Cancel"), 0);
+    EXPECT_EQ(Show(edit, "cmd_Cancel"), 0);
     EXPECT_EQ(state(), before);
 
-    ASSERT_EQ(Drive(edit, "cmd_OK"), 1);
+    ASSERT_EQ(Show(edit, "cmd_OK"), 1);
     EXPECT_EQ(std::tuple(curve->Name(), curve->Unit(), curve->Properties().Color, curve->YAxis(), Mean().Used()),
         std::tuple(QString("Hall A"), QString("MW"), CurveColors::FromColor(blue), 1, true));
     EXPECT_TRUE(Mean().Visible());
@@ -170,7 +309,7 @@ TEST_F(CurvePropertiesTest, CancelWritesNothingAndOkWritesNameUnitColourStatisti
 TEST_F(CurvePropertiesTest, AnEmptyNameDisablesOkAndIsPutBackSoOkThenReportsNoChange)
 {
     const QString name = curve->Name();
-    const qint32 result = Drive(
+    const qint32 result = Show(
         [&](frm_CurveProperties& dialog) {
             // Focus moves only within the active window.
             dialog.activateWindow();

@@ -36,13 +36,14 @@ protected:
         Day();
         fetchesBefore = generated->fetches;
     }
-    // Runs the dialog modally; the work is done while it is up, then it is closed with Cancel
-    // should the work not have closed it.
-    qint32 Run(const std::function<void(frm_MeasuringProperties&)>& work)
+    // Runs the dialog modally: the work is done while it is up, then the button is clicked, and
+    // should that not close the dialog (a disabled OK), it is closed as Cancel does.
+    qint32 Run(const std::function<void(frm_MeasuringProperties&)>& work, bool ok = true)
     {
         frm_MeasuringProperties dialog(*measuring);
         QTimer::singleShot(0, &dialog, [&] {
             work(dialog);
+            Click(ok ? dialog.OkButton() : dialog.CancelButton());
             if (dialog.isVisible())
                 dialog.reject();
         });
@@ -80,10 +81,15 @@ protected:
     int fetchesBefore = 0;
 };
 
-TEST_F(MeasuringPropertiesTest, NewPeriodAndResolutionAreWrittenAndFetchedAgainAsIsTheDataResolutionChosenBack)
+TEST_F(MeasuringPropertiesTest, CancelWritesNothingAndOkWritesANewPeriodAndResolutionAndFetchesAgain)
 {
+    const auto state = [&] {
+        return std::tuple(measuring->StartDate(), measuring->EndDate(), measuring->IntervalUnit(),
+            measuring->IntervalCount(), generated->fetches);
+    };
+    const auto before = state();
     QString duration;
-    qint32 status = Run([&](frm_MeasuringProperties& dialog) {
+    const auto edit = [&](frm_MeasuringProperties& dialog) {
         TypeDate(dialog.StartEdit(), "12.02.2009 00:00");
         TypeDate(dialog.EndEdit(), "13.02.2009 06:00");
         duration = dialog.DurationLabel()->text();
@@ -91,9 +97,10 @@ TEST_F(MeasuringPropertiesTest, NewPeriodAndResolutionAreWrittenAndFetchedAgainA
         Type(dialog.CountEdit(), "2");
         Choose(dialog.UnitBox(), "h");
         EXPECT_EQ(std::pair(dialog.StartEdit()->StepSeconds(), dialog.EndEdit()->StepSeconds()), std::pair(7200, 7200));
-        Click(dialog.OkButton());
-    });
-    EXPECT_EQ(status, 1);
+    };
+    EXPECT_EQ(Run(edit, false), 0);
+    EXPECT_EQ(state(), before);
+    EXPECT_EQ(Run(edit), 1);
     EXPECT_EQ(duration, "1 " + GetResString(365) + " 6 " + GetResString(364));
     EXPECT_EQ(
         std::tuple(measuring->StartDate(), measuring->EndDate(), measuring->IntervalUnit(), measuring->IntervalCount()),
@@ -102,25 +109,34 @@ TEST_F(MeasuringPropertiesTest, NewPeriodAndResolutionAreWrittenAndFetchedAgainA
 
     // Choosing the data's resolution again clears the normalisation and fetches anew.
     fetchesBefore = generated->fetches;
-    status = Run([](frm_MeasuringProperties& dialog) {
+    EXPECT_EQ(Run([](frm_MeasuringProperties& dialog) {
         EXPECT_TRUE(dialog.NormalisedOption()->isChecked());
         EXPECT_EQ(dialog.CountEdit()->text() + dialog.UnitBox()->currentData().toString(), "2h");
         Click(dialog.FromDataOption());
         EXPECT_FALSE(dialog.CountEdit()->isEnabled());
-        Click(dialog.OkButton());
-    });
-    EXPECT_EQ(status, 1);
+    }),
+        1);
     EXPECT_GT(generated->fetches, fetchesBefore);
     // The fetch settles an empty resolution by the module's time base of 15 minutes.
     EXPECT_EQ(std::pair(measuring->IntervalUnit(), measuring->IntervalCount()), std::pair(QString("n"), 15));
 }
 
-TEST_F(MeasuringPropertiesTest, LookCustomerAndAxisLimitsAreAppliedWithoutANewFetch)
+TEST_F(
+    MeasuringPropertiesTest, OkWithoutEditsWritesNothingCancelNeitherAndOkWritesLookCustomerAndAxisLimitsWithoutAFetch)
 {
-    const bool statistics = measuring->ShowStatistics();
-    const bool autoScale = measuring->AutoScale();
-    measuring->CustomerAddress().Phone = "0123";
-    const qint32 status = Run([](frm_MeasuringProperties& dialog) {
+    measuring->SetChanged(false);
+    measuring->CustomerAddress().Phone = "0123"; // not in the dialog
+    const auto state = [&] {
+        const GraphProperties& graph = measuring->Graph();
+        const MeasuringFile::Address& address = measuring->CustomerAddress();
+        return std::tuple(graph.Title, graph.Gallery, graph.Legend, graph.View3D, graph.ShowYGrid2,
+            measuring->AutoScale(), measuring->ShowStatistics(), Chart().AxisMin(ChartAxis::Y1),
+            Chart().AxisMax(ChartAxis::Y1), address.Name, address.Place, address.Memo, address.Phone,
+            generated->fetches, measuring->Changed());
+    };
+    const auto before = state();
+    const bool autoScale = measuring->AutoScale(), statistics = measuring->ShowStatistics();
+    const auto edit = [](frm_MeasuringProperties& dialog) {
         dialog.Pages()->setCurrentIndex(1);
         Type(dialog.TitleEdit(), "Load %NAME%");
         Choose(dialog.GalleryBox(), 2);
@@ -134,22 +150,17 @@ TEST_F(MeasuringPropertiesTest, LookCustomerAndAxisLimitsAreAppliedWithoutANewFe
         Type(dialog.PlaceEdit(), "12345 Town");
         dialog.MemoEdit()->setFocus();
         QTest::keyClicks(dialog.MemoEdit(), "Meter replaced");
-        Click(dialog.OkButton());
-    });
-    EXPECT_EQ(status, 1);
-    EXPECT_EQ(generated->fetches, fetchesBefore);
-    const GraphProperties& graph = measuring->Graph();
-    EXPECT_EQ(std::tuple(graph.Title, graph.Gallery, graph.Legend, graph.View3D, graph.ShowYGrid2),
-        std::tuple(QString("Load %NAME%"), 2, true, true, true));
-    EXPECT_EQ(measuring->AutoScale(), !autoScale);
-    EXPECT_EQ(measuring->ShowStatistics(), !statistics);
+    };
+    EXPECT_EQ(Run([](frm_MeasuringProperties&) {}), 0);
+    EXPECT_EQ(state(), before);
+    EXPECT_EQ(Run(edit, false), 0);
+    EXPECT_EQ(state(), before);
+    EXPECT_EQ(Run(edit), 1);
+    EXPECT_EQ(state(),
+        std::tuple(QString("Load %NAME%"), 2, true, true, true, !autoScale, !statistics, -5.0, 42.5,
+            QString("Works Ltd"), QString("12345 Town"), QString("Meter replaced"), QString("0123"), fetchesBefore,
+            true));
     EXPECT_TRUE(Chart().Legend()) << "the refresh put the look onto the chart";
-    EXPECT_DOUBLE_EQ(Chart().AxisMin(ChartAxis::Y1), -5.0);
-    EXPECT_DOUBLE_EQ(Chart().AxisMax(ChartAxis::Y1), 42.5);
-    const MeasuringFile::Address& address = measuring->CustomerAddress();
-    EXPECT_EQ(std::tuple(address.Name, address.Place, address.Memo, address.Phone),
-        std::tuple(QString("Works Ltd"), QString("12345 Town"), QString("Meter replaced"), QString("0123")))
-        << "fields the dialog does not show stay";
 }
 
 // The power factor alone: its axis holds folded values, the dialog shows and takes measured
@@ -173,7 +184,6 @@ TEST_F(MeasuringPropertiesTest, APowerFactorAxisShowsAndTakesItsLimitsAsMeasured
         Type(dialog.AxisMinEdit(0), "-0.9");
         dialog.Pages()->setCurrentIndex(0);
         TypeDate(dialog.EndEdit(), "12.02.2009 00:00");
-        Click(dialog.OkButton());
     });
     EXPECT_EQ(status, 1);
     EXPECT_GT(generated->fetches, fetchesBefore);
@@ -182,63 +192,40 @@ TEST_F(MeasuringPropertiesTest, APowerFactorAxisShowsAndTakesItsLimitsAsMeasured
     EXPECT_FALSE(Chart().AxisVisible(ChartAxis::Y2));
 }
 
-TEST_F(MeasuringPropertiesTest, OkWithoutEditsAndCancelAfterEditsWriteNothing)
-{
-    measuring->SetChanged(false);
-    const auto state = [&] {
-        return std::tuple(Span(), measuring->IntervalUnit(), measuring->IntervalCount(), measuring->Graph().Title,
-            measuring->Graph().Legend, measuring->CustomerAddress().Name, Chart().AxisMax(ChartAxis::Y1),
-            generated->fetches, measuring->Changed());
-    };
-    const auto before = state();
-    EXPECT_EQ(Run([](frm_MeasuringProperties& dialog) { Click(dialog.OkButton()); }), 0);
-    const qint32 status = Run([](frm_MeasuringProperties& dialog) {
-        TypeDate(dialog.StartEdit(), "05.02.2009 00:00");
-        Click(dialog.NormalisedOption());
-        Type(dialog.CountEdit(), "3");
-        dialog.Pages()->setCurrentIndex(1);
-        Type(dialog.TitleEdit(), "Never");
-        Click(dialog.LegendCheck());
-        Type(dialog.AxisMaxEdit(0), "1000");
-        dialog.Pages()->setCurrentIndex(2);
-        Type(dialog.CompanyEdit(), "Never Ltd");
-        Click(dialog.CancelButton());
-    });
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(state(), before);
-}
-
 TEST_F(MeasuringPropertiesTest, BadInputIsMarkedAndKeepsOkDisabledUntilItIsPutRight)
 {
     const auto span = Span();
-    const qint32 status = Run([](frm_MeasuringProperties& dialog) {
-        QPushButton* ok = dialog.OkButton();
-        ASSERT_TRUE(ok->isEnabled());
-        // Types each bad text and then the good one, with the field's mark and OK following.
-        const auto check = [&](const std::function<void(const QString&)>& type, QLabel* mark, const QStringList& bad,
-                               const QString& good) {
-            for (const QString& text : bad) {
-                type(text);
-                EXPECT_FALSE(ok->isEnabled()) << text.toStdString();
-                EXPECT_TRUE(mark->isVisibleTo(&dialog)) << text.toStdString();
-            }
-            type(good);
-            EXPECT_TRUE(ok->isEnabled() && !mark->isVisibleTo(&dialog)) << good.toStdString();
-        };
-        // A date that names none, then an end before the start.
-        check([&](const QString& text) { TypeDate(dialog.EndEdit(), text); }, dialog.PeriodMark(),
-            { "31.02.2009", "09.02.2009 00:00" }, "11.02.2009 00:00");
-        Click(dialog.NormalisedOption());
-        check([&](const QString& text) { Type(dialog.CountEdit(), text); }, dialog.CountMark(), { "0", "2x", "" }, "4");
-        // The count does not matter while the data's own resolution is chosen.
-        Type(dialog.CountEdit(), "0");
-        Click(dialog.FromDataOption());
-        EXPECT_TRUE(ok->isEnabled());
-        // Limits that are no numbers, a minimum above the maximum or equal to it.
-        dialog.Pages()->setCurrentIndex(1);
-        check([&](const QString& text) { Type(dialog.AxisMinEdit(0), text); }, dialog.AxisMark(0),
-            { "x", "1e9", dialog.AxisMaxEdit(0)->text() }, "0");
-    });
+    const qint32 status = Run(
+        [](frm_MeasuringProperties& dialog) {
+            QPushButton* ok = dialog.OkButton();
+            ASSERT_TRUE(ok->isEnabled());
+            // Types each bad text and then the good one, with the field's mark and OK following.
+            const auto check = [&](const std::function<void(const QString&)>& type, QLabel* mark,
+                                   const QStringList& bad, const QString& good) {
+                for (const QString& text : bad) {
+                    type(text);
+                    EXPECT_FALSE(ok->isEnabled()) << text.toStdString();
+                    EXPECT_TRUE(mark->isVisibleTo(&dialog)) << text.toStdString();
+                }
+                type(good);
+                EXPECT_TRUE(ok->isEnabled() && !mark->isVisibleTo(&dialog)) << good.toStdString();
+            };
+            // A date that names none, then an end before the start.
+            check([&](const QString& text) { TypeDate(dialog.EndEdit(), text); }, dialog.PeriodMark(),
+                { "31.02.2009", "09.02.2009 00:00" }, "11.02.2009 00:00");
+            Click(dialog.NormalisedOption());
+            check([&](const QString& text) { Type(dialog.CountEdit(), text); }, dialog.CountMark(), { "0", "2x", "" },
+                "4");
+            // The count does not matter while the data's own resolution is chosen.
+            Type(dialog.CountEdit(), "0");
+            Click(dialog.FromDataOption());
+            EXPECT_TRUE(ok->isEnabled());
+            // Limits that are no numbers, a minimum above the maximum or equal to it.
+            dialog.Pages()->setCurrentIndex(1);
+            check([&](const QString& text) { Type(dialog.AxisMinEdit(0), text); }, dialog.AxisMark(0),
+                { "x", "1e9", dialog.AxisMaxEdit(0)->text() }, "0");
+        },
+        false);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(Span(), span);
     EXPECT_EQ(generated->fetches, fetchesBefore);

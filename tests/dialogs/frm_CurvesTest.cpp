@@ -213,8 +213,8 @@ TEST_F(CurvesDialogTest, SplittingAndMovingKeepTheLookAndRemovingTakesACurveOutO
     EXPECT_FALSE(Chart().SeriesVisible(removedSeries)) << "its line is no longer drawn";
 }
 
-// Channels come from the pop-up, by double click or by key, from the view's module and from one
-// the application offers that the view does not use yet.
+// Channels are chosen from the pop-up and by key, from the view's module and from one the
+// application offers that the view does not use yet.
 TEST_F(CurvesDialogTest, ChosenChannelsBecomeNewCurvesAndSumPartsInTheirOrderAndBringAnOfferedModuleInOnOk)
 {
     Day();
