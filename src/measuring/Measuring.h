@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class ChartAdapter;
@@ -152,6 +153,8 @@ public:
     void ZoomTo(int x1, int y1, int x2, int y2);
     void ZoomBack();
     void AdjustAxis(int axis);
+    // Closes the chart's gaps: points without any value go, later ones move down with their X labels.
+    void RemoveGaps();
     QString GetDateFormat(bool forAxis) const;
     void UpdateAxisTitles();
     void RedrawCursors();
@@ -221,6 +224,12 @@ private:
     void PutCursorsBack(const TimeValueTransformator& grid);
     void ApplyCosPhiAxes(Curve* single);
     class RefreshScope;
+    // Runs work as a refresh runs: hourglass, commands and navigation off, the view kept open,
+    // the chart drawn at the end. False, without running it, while a refresh runs.
+    bool RunAsRefresh(const std::function<void()>& work);
+    // After RemoveGaps: the grid's times label the points again and the cursors go back to their
+    // rows; the caller has the curves write all their rows. True when gaps had been removed.
+    bool ShowAllRows();
     // One GetData for the module's channels of the refresh (of one curve, or of all).
     void Fetch(ModuleBox& box, Curve* curve, double dateFrom, double dateTo);
     // The module's time base decides an empty resolution, once.
@@ -267,6 +276,8 @@ private:
     bool m_bCursorCrossHairs = true;
     bool m_bToolTips = true;
     MatrixBlockPtr m_cFirstBlock;
+    // The grid's times while m_cFirstBlock holds those of the points left by RemoveGaps.
+    std::optional<MatrixBlockPtr> m_cGridTimes;
     std::unique_ptr<frm_GraphicView> m_cGraph;
     bool m_bRefreshing = false;
     QString m_sFetchError;

@@ -205,6 +205,8 @@ QString Measuring::AxisLabel(int axis, double value, const QString& text) const
             if (point - 1 >= m_cFirstBlock->Rows())
                 return QString();
             date = m_cFirstBlock->At(point - 1, 0);
+            if (std::isnan(date))
+                return QString(); // a place RemoveGaps has moved the point away from
         } else {
             const qint64 seconds = Calendar::Diff(Calendar::Unit::Second, StartDate(), EndDate());
             const double points = std::max(1.0, PointCount());

@@ -52,6 +52,8 @@ void Measuring::Refresh(bool fetch)
             m_cGraph->grid_View()->Update(false);
         return;
     }
+    // Removed gaps come back: the curves write all their rows below, the grid's times label them.
+    const bool gapsBack = ViewMode() == frm_GraphicView::ChartMode && ShowAllRows();
     m_cGraphProperties.Apply(Chart(), TitleValues { m_cAddress.Name, m_sName, StartDate(), EndDate(), 0 });
     if (ViewMode() == frm_GraphicView::GridMode)
         m_cGraph->grid_View()->SetDateFormat(GetDateFormat(false));
@@ -62,6 +64,8 @@ void Measuring::Refresh(bool fetch)
             curve->UpdateGrid(m_cGraph->grid_View());
         curve->UpdateStatistic(m_cGraph->trv_Statistics());
     }
+    if (gapsBack)
+        Chart()->SetAxisRange(ChartAxis::X, 0.5, std::max(1.0, PointCount()) + 0.5);
     if (ViewMode() == frm_GraphicView::GridMode)
         m_cGraph->grid_View()->Update(false);
 }
@@ -146,6 +150,15 @@ private:
     bool m_bCommands = true;
     bool m_bBar = true;
 };
+
+bool Measuring::RunAsRefresh(const std::function<void()>& work)
+{
+    if (!m_cGraph || m_bRefreshing)
+        return false;
+    RefreshScope scope(*this);
+    work();
+    return true;
+}
 
 std::size_t Measuring::GridBlocks(const Curve* curve) const
 {
@@ -262,6 +275,11 @@ void Measuring::RefreshData(double dateFrom, double dateTo, Curve* curve, bool a
     ChartAdapter& chart = *view.chart_View();
     ctl_NavBar& bar = *view.nav_Navigate();
     m_sFetchError.clear();
+    // Removed gaps come back: a curve refreshed alone leaves the others to write all their rows.
+    if (ShowAllRows() && curve)
+        for (const auto& each : m_cCurves)
+            if (each.get() != curve)
+                each->UpdateChart(&chart, false);
     Log(281);
 
     // With a known resolution the window is fetched from the start of its first step, so that
