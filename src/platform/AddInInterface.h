@@ -19,6 +19,9 @@ public:
         const QString& category, const QString& shortcut, const QString& icon, const QString& band2, int index)
         = 0;
     virtual QString ApplicationName() const = 0;
+    // True when the program speaks English, false for German: the add-in captions its tools
+    // in the program's language (it has no access to the program's own string table).
+    virtual bool English() const = 0;
 };
 
 // An add-in sees every tool click and every closed combo box before the program acts on it.
