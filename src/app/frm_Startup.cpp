@@ -123,7 +123,7 @@ int frm_Startup::ShowMe()
 {
     m_action = Leave;
     exec();
-    return result() == QDialog::Accepted ? m_action : Leave;
+    return m_action; // set only by the buttons
 }
 
 void frm_Startup::done(int result)
