@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Project.h"
 
+#include "AddIns.h"
 #include "AppPaths.h"
+#include "DriveProbe.h"
 #include "Globals.h"
+#include "Help.h"
+#include "IconList.h"
 #include "Logging.h"
 #include "Measuring.h"
 #include "Numeric.h"
+#include "RecentList.h"
 #include "RegistryKey.h"
 #include "ResStrings.h"
 #include "Settings.h"
+#include "ToolRegistry.h"
 #include "ViewDialogs.h"
 #include "frm_DataModules.h"
 #include "frm_GraphicView.h"
@@ -28,6 +34,7 @@
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTimer>
 
 #include <algorithm>
@@ -37,6 +44,9 @@
 Project* g_cProject = nullptr;
 
 Project::Project()
+    : m_cAddIns(std::make_unique<AddIns>())
+    , m_cRecentList(std::make_unique<RecentList>())
+    , m_cDriveProbe(std::make_unique<DriveProbe>())
 {
     m_cMsgHandler = new ::MessageHandler(this);
     connect(m_cMsgHandler, &::MessageHandler::Message, this, &Project::m_cMsgHandler_Message);
@@ -53,26 +63,13 @@ qint32 Project::Init()
     if (!m_mainWindow)
         return -1;
     InstallViewDialogs();
+    IconList::Init();
     m_mainWindow->SetCloseRequestHandler([this] { return Terminate(false); });
-    connect(m_mainWindow->ToolExtrasConfig(), &QAction::triggered, this, &Project::ConfigureDataModules);
-    const auto onTool = [this](const char* name, auto command) {
-        if (QAction* tool = m_mainWindow->Tool(QLatin1String(name)))
-            connect(tool, &QAction::triggered, this, command);
-    };
-    onTool("mnuFileOpen", [this] { OpenMeasuring(QString(), false); });
-    onTool("mnuFileClose", [this] { CloseMeasuring(nullptr); });
-    onTool("mnuFileSave", [this] { SaveMeasuring(false); });
-    onTool("mnuFileSaveAs", [this] { SaveMeasuring(true); });
-    onTool("mnuFileExport", [this] { ExportMeasuring(); });
-    const auto onView = [&](const char* name, qint32 (Measuring::*command)()) {
-        onTool(name, [this, command] {
-            if (Measuring* view = GetActiveMeasuring())
-                (view->*command)();
-        });
-    };
-    onView("mnuEditChannel", &Measuring::ManageCurves);
-    onView("mnuEditMeasuring", &Measuring::EditProperties);
-    onView("mnuEditCurve", &Measuring::EditCurveProperties);
+    m_cBar = new ToolRegistry(*m_mainWindow);
+    m_cBar->SetIconSource(&IconList::Icon);
+    connect(m_cBar, &ToolRegistry::ToolClicked, this, &Project::ToolClick);
+    connect(m_cBar, &ToolRegistry::ComboClosed, this, &Project::ComboClose);
+    connect(m_cBar, &ToolRegistry::WindowListRequested, this, &Project::FillWindowList);
     connect(m_mainWindow->MdiArea(), &QMdiArea::subWindowActivated, this, &Project::UpdateToolStates);
 
     m_sApplicationName = Settings::Value(Settings::Id::ApplicationName);
@@ -80,11 +77,17 @@ qint32 Project::Init()
     m_sHelpFile = AppPaths::ProgramFolder() + QLatin1Char('/') + m_sApplicationName + QLatin1String(".chm");
 
     LoadDataModules();
+    BuildMenus();
+    const qint32 addIns = m_cAddIns->Load(*this);
+    PersistBarLayout(true);
+    m_cRecentList->Load();
+    RebuildRecentMenu();
 
     ShowStatus(QString());
     m_mainWindow->ShowMe();
     UpdateToolStates();
-    return 0;
+    ShowStartWindows();
+    return addIns;
 }
 
 bool Project::Terminate(bool force)
@@ -94,6 +97,11 @@ bool Project::Terminate(bool force)
     if (AnyRefreshing()) {
         m_bTerminateWaiting = true;
         return false;
+    }
+    // The recent list is saved before anyone is asked and is gone after a refused end too.
+    if (m_cRecentList && m_mainWindow) {
+        m_cRecentList->Save();
+        m_cRecentList.reset();
     }
     // Every view is asked, also after one refused; closing takes it out of the list.
     bool refused = false;
@@ -108,6 +116,9 @@ bool Project::Terminate(bool force)
 
     m_colMeasurings.clear();
     DeleteDropped();
+    if (m_mainWindow)
+        PersistBarLayout(false);
+    m_cAddIns->Terminate();
     if (m_mainWindow)
         m_mainWindow->Unload();
     QCoreApplication::processEvents();
@@ -183,6 +194,7 @@ void Project::ConfigureDataModules()
             return;
         }
         frm_DataModules dialog(m_mainWindow.get());
+        dialog.SetHelpHandler([&dialog] { ::ShowHelp(1037, &dialog); });
         dialog.ShowMe(m_colDataModules);
     } else if (g_sWhoAmI == QLatin1String("talven")) {
         // This edition has no list: only its own logger module is configured.
@@ -194,7 +206,7 @@ void Project::ConfigureDataModules()
 
 void Project::ShowStatus(const QString& text)
 {
-    if (!m_mainWindow)
+    if (!m_mainWindow || !m_mainWindow->StatusLabel())
         return;
     // With no text the status line shows the product's notice.
     m_mainWindow->StatusLabel()->setText(text.isEmpty() ? GetResString(492) : text);
@@ -265,10 +277,10 @@ QString Project::GetNewMeasuringID()
 
 bool Project::SetCommandsEnabled(bool enabled)
 {
-    const bool was = !m_bBarBusy;
+    const bool was = !m_bCommandsHeld;
     if (!m_mainWindow || enabled == was)
         return was;
-    m_bBarBusy = !enabled;
+    m_bCommandsHeld = !enabled;
     // The menu bar and every command with it, so that no shortcut gets through either; only
     // the commands that were on come back on.
     m_mainWindow->menuBar()->setEnabled(enabled);
@@ -319,20 +331,6 @@ void Project::RunWaitingCloses()
             QMessageBox::warning(m_mainWindow.get(), m_sApplicationName, text);
     if (std::exchange(m_bTerminateWaiting, false) && m_mainWindow)
         m_mainWindow->close();
-}
-
-void Project::UpdateToolStates()
-{
-    if (!m_mainWindow || m_bBarBusy)
-        return;
-    const Measuring* active = GetActiveMeasuring();
-    const bool document = active != nullptr;
-    for (const char* name : { "mnuFileClose", "mnuFileSave", "mnuFileSaveAs", "mnuFileExport", "mnuEditChannel",
-             "mnuEditMeasuring" })
-        if (QAction* tool = m_mainWindow->Tool(QLatin1String(name)))
-            tool->setEnabled(document);
-    if (QAction* tool = m_mainWindow->Tool(QStringLiteral("mnuEditCurve")))
-        tool->setEnabled(active && active->CurrentCurve());
 }
 
 bool Project::CloseMeasuring(Measuring& measuring, bool force)
@@ -392,11 +390,13 @@ Measuring* Project::OpenMeasuring(const QString& fileName, bool temporary)
     if (path.isEmpty()) {
         QString title = GetResString(398);
         title.replace(QLatin1Char('@'), m_sApplicationName);
-        path = QFileDialog::getOpenFileName(m_mainWindow.get(), title, QString(), GetResString(304));
+        path = QFileDialog::getOpenFileName(
+            m_mainWindow.get(), title, Settings::Value(Settings::Id::LastFolder), GetResString(304));
         if (path.isEmpty()) {
             UpdateToolStates();
             return nullptr;
         }
+        Settings::Write(Settings::Id::LastFolder, QFileInfo(path).absolutePath());
     }
     // One spelling per file, so that a file is recognised as open whichever way it was named.
     path = QFileInfo(path).absoluteFilePath();
@@ -428,8 +428,10 @@ Measuring* Project::OpenMeasuring(const QString& fileName, bool temporary)
         UpdateToolStates();
         return nullptr;
     }
-    if (!temporary)
+    if (!temporary) {
         ShowInWindow(*opened);
+        Remember(path);
+    }
     UpdateToolStates();
     return opened;
 }
@@ -456,12 +458,36 @@ void Project::ShowInWindow(Measuring& measuring)
     const QSize room = area->viewport()->size();
     if (room.width() > 200 && room.height() > 150)
         frame->resize(room.width() * 4 / 5, room.height() * 4 / 5);
-    if (fill)
+    if (fill) {
         frame->showMaximized();
-    else
+    } else {
+        // Cascading from the top left, always wholly inside the area, title bar included.
+        const int step = frame->style()->pixelMetric(QStyle::PM_TitleBarHeight) + 4;
+        const int offset = step * int(area->subWindowList().size() - 1);
+        const int x = std::max(0, room.width() - frame->width());
+        const int y = std::max(0, room.height() - frame->height());
+        frame->move(x > 0 ? offset % (x + 1) : 0, y > 0 ? offset % (y + 1) : 0);
         frame->show();
+    }
     view->show();
     area->setActiveSubWindow(frame);
+}
+
+QString Project::ProposedSaveName(const Measuring& measuring) const
+{
+    const QString file = measuring.Name() + QStringLiteral(".sor");
+    if (!measuring.DefaultPath().isEmpty())
+        return QDir(measuring.DefaultPath()).filePath(file);
+    // The folder of the file opened or saved last, else the one chosen last in any dialog.
+    if (m_cRecentList && m_cRecentList->Count() > 0)
+        return QDir(m_cRecentList->Item(m_cRecentList->Count())->Path()).filePath(file);
+    const QString last = Settings::Value(Settings::Id::LastFolder);
+    return last.isEmpty() ? file : QDir(last).filePath(file);
+}
+
+void Project::SetDriveProbe(std::unique_ptr<DriveProbe> probe)
+{
+    m_cDriveProbe = std::move(probe);
 }
 
 bool Project::SaveMeasuring(bool saveAs, Measuring* measuring)
@@ -476,14 +502,32 @@ bool Project::SaveMeasuring(bool saveAs, Measuring* measuring)
     } else if (measuring) {
         QString title = GetResString(399);
         title.replace(QLatin1Char('@'), m_sApplicationName);
-        const QString proposal = (measuring->DefaultPath().isEmpty() ? QString() : measuring->DefaultPath() + u'/')
-            + measuring->Name() + QStringLiteral(".sor");
-        QFileDialog dialog(m_mainWindow.get(), title, proposal, GetResString(304));
+        QFileDialog dialog(m_mainWindow.get(), title, ProposedSaveName(*measuring), GetResString(304));
+        dialog.setObjectName(QStringLiteral("dlg_SaveMeasuring"));
         dialog.setAcceptMode(QFileDialog::AcceptSave);
         dialog.setDefaultSuffix(QStringLiteral("sor"));
-        if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
-            target = dialog.selectedFiles().front();
+        QString chosen;
+        // A logger's memory card is refused, and the dialog comes again.
+        while (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
+            chosen = dialog.selectedFiles().front();
+            if (!m_cDriveProbe->IsLoggerCard(chosen))
+                break;
+            const bool english = g_lLangOffset >= 1000;
+            QMessageBox::warning(m_mainWindow.get(),
+                english ? QStringLiteral("Save measuring file") : QStringLiteral("Messungsdatei speichern"),
+                english ? QStringLiteral("The drive you selected is your logger's memory card. Views cannot be "
+                                         "saved on this card. Please select another drive!")
+                        : QStringLiteral("Bei dem von Ihnen ausgewählten Laufwerk handelt es sich um Ihre "
+                                         "QRT9-Speicherkarte. Sie können auf dieser Karte keine Messungsansichten "
+                                         "speichern. Bitte wählen Sie ein anderes Laufwerk aus!"));
+            chosen.clear();
+        }
+        if (!chosen.isEmpty()) {
+            target = chosen;
+            Settings::Write(Settings::Id::LastFolder, QFileInfo(chosen).absolutePath());
             saved = measuring->SaveFile(target, false) == 0;
+            if (saved)
+                Remember(measuring->FileName());
         }
     }
     // A save that was tried and failed is said: the changes are not on disk.

@@ -2,6 +2,8 @@
 // The application object: main window, message handling, start and orderly end.
 #pragma once
 
+#include "AddInInterface.h"
+#include "Globals.h"
 #include "MeasuringHost.h"
 #include "MessageHandler.h"
 #include "ModuleBoxes.h"
@@ -14,11 +16,16 @@
 #include <memory>
 #include <vector>
 
+class AddIns;
+class DriveProbe;
+class RecentList;
 class Measuring;
 class QAction;
+class QMenu;
+class ToolRegistry;
 class frm_Main;
 
-class Project : public QObject, public MeasuringHost
+class Project : public QObject, public MeasuringHost, public AddInHost
 {
     Q_OBJECT
 public:
@@ -33,7 +40,7 @@ public:
     bool Terminate(bool force);
 
     frm_Main* MainWindow() const { return m_mainWindow.get(); }
-    QString ApplicationName() const { return m_sApplicationName; }
+    QString ApplicationName() const override { return m_sApplicationName; }
     QString HelpFile() const { return m_sHelpFile; }
     // Read from the settings on every call: the options dialog may have changed them.
     QString CompanyName() const;
@@ -65,6 +72,32 @@ public:
     // is refreshing is closed (and asked about) once its refresh is over.
     bool CloseMeasuring(Measuring& measuring, bool force) override;
 
+    // --- the command surface (ProjectCommands.cpp)
+    ToolRegistry* ActiveBar() const { return m_cBar; }
+    // Makes every band and tool of the menus, toolbars and status bar anew.
+    void BuildMenus();
+    // What an add-in may add to the menus and toolbars.
+    void AddBand(const QString& name, int type) override;
+    void AddTool(const QString& band, const QString& name, int type, const QString& caption, const QString& category,
+        const QString& shortcut, const QString& icon, const QString& band2, int index) override;
+    bool English() const override { return g_lLangOffset >= 1000; }
+    // The help page of a context number, over the main window.
+    void ShowHelp(int contextId) override;
+    // Shows the pop-up band of that name at the mouse position.
+    void CallMenu(const QString& menu) override;
+    // A tool was clicked: the add-ins see it first, then the program acts by its name.
+    void ToolClick(const QString& name);
+    // A drop-down list of the toolbar closed on a choice.
+    void ComboClose(const QString& name);
+    AddIns& AddInList() { return *m_cAddIns; }
+    void EditMeasuringProperties(Measuring* measuring = nullptr);
+    void EditCurveProperties(Measuring* measuring = nullptr);
+    void ManageCurves(Measuring* measuring = nullptr);
+    // Gives the first seven curves the basic colours by their series number.
+    void ResetCurveColors(Measuring* measuring = nullptr);
+    // 0 cascade, 1 one below the other, 2 side by side, 3 minimised windows in a row.
+    void ArrangeWindows(int arrangement);
+
     // --- documents
     // The open views in the order they were opened.
     const std::vector<std::unique_ptr<Measuring>>& Measurings() const { return m_colMeasurings; }
@@ -77,11 +110,33 @@ public:
     // Saves the view (the active one when none is given) under its name, or asks for one with
     // saveAs or when it has none. True when written.
     bool SaveMeasuring(bool saveAs, Measuring* measuring = nullptr);
+    // Where the save dialog starts: the view's folder, else that of the newest recent file,
+    // else the folder chosen last.
+    QString ProposedSaveName(const Measuring& measuring) const;
+    // Tests hand in a drive that looks like a logger's memory card.
+    void SetDriveProbe(std::unique_ptr<DriveProbe> probe);
+    // The recent files; nothing after an end the user refused, until the next start.
+    RecentList* Recent() const { return m_cRecentList.get(); }
+    // Rewrites the file menu's end: the recent files, newest first, then the separator and "Beenden".
+    void RebuildRecentMenu();
     void ExportMeasuring(Measuring* measuring = nullptr);
     // Closes the view (the active one when none is given); false when it stays open.
     bool CloseMeasuring(Measuring* measuring = nullptr);
 
 private:
+    Measuring* ActiveOrNull();
+    void ViewCommand(Measuring& view, const QString& name);
+    void DisableMissingCommands();
+    void FillWindowList(QMenu* menu, QAction* marker);
+    void OpenRecent(const QString& tool);
+    void ShowOptions();
+    // Puts a file at the end of the recent list and into the menu.
+    void Remember(const QString& path);
+    // Reads or writes the arrangement of the toolbars.
+    void PersistBarLayout(bool restore);
+    // The splash and the start-up window, as the settings ask for them.
+    void ShowStartWindows();
+    void ShowAbout();
     void m_cMsgHandler_Message(const QString& name, const QString& params);
     void ShowStatus(const QString& text);
     void ShowInWindow(Measuring& measuring);
@@ -91,7 +146,12 @@ private:
     void RunWaitingCloses();
     bool AnyRefreshing() const;
 
-    bool m_bBarBusy = false; // commands are off for a refresh
+    bool m_bBarBusy = false; // the program itself changes tools: their events are not the user's
+    bool m_bCommandsHeld = false; // commands are off for a refresh
+    ToolRegistry* m_cBar = nullptr; // owned by the main window
+    std::unique_ptr<AddIns> m_cAddIns;
+    std::unique_ptr<RecentList> m_cRecentList;
+    std::unique_ptr<DriveProbe> m_cDriveProbe;
     std::vector<Measuring*> m_colWaitingCloses;
     QStringList m_colWaitingErrors;
     std::vector<QPointer<QAction>> m_colHeldCommands; // commands a refresh turned off

@@ -2,7 +2,6 @@
 #include "frm_Main.h"
 
 #include "Numeric.h"
-#include "ResStrings.h"
 #include "Settings.h"
 
 #include <QAction>
@@ -10,8 +9,6 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMdiArea>
-#include <QMenu>
-#include <QMenuBar>
 #include <QProgressBar>
 #include <QScreen>
 #include <QStatusBar>
@@ -24,61 +21,37 @@ frm_Main::frm_Main(QWidget* parent)
     setObjectName(QStringLiteral("frm_Main"));
     m_mdiArea = new QMdiArea(this);
     m_mdiArea->setObjectName(QStringLiteral("mdi_Documents"));
+    // Views moved past the edge stay reachable.
+    m_mdiArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    m_mdiArea->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setCentralWidget(m_mdiArea);
 
+    // The status band's label and the progress bar go into the tool registry's status band.
     m_lblStatus = new QLabel(this);
     m_lblStatus->setObjectName(QStringLiteral("lblStatus"));
+    m_lblStatus->hide();
     m_prgState = new QProgressBar(this);
     m_prgState->setObjectName(QStringLiteral("prg_State"));
     m_prgState->setRange(0, 100);
     m_prgState->setMaximumWidth(220);
     m_prgState->setTextVisible(false);
     m_prgState->setVisible(false);
-    statusBar()->setObjectName(QStringLiteral("stbMain"));
-    statusBar()->addWidget(m_lblStatus, 1);
-    statusBar()->addPermanentWidget(m_prgState);
-
-    // The file menu and the administration menu; the other menus join them when the tool
-    // registry builds them. The project connects the tools.
-    menuBar()->setObjectName(QStringLiteral("mnuMain"));
-    QMenu* file = menuBar()->addMenu(GetResString(204));
-    file->setObjectName(QStringLiteral("mnuFile"));
-    const auto addTool = [file](const char* name, int caption, QKeySequence::StandardKey key) {
-        QAction* action = file->addAction(GetResString(caption));
-        action->setObjectName(QLatin1String(name));
-        action->setShortcut(key);
-    };
-    addTool("mnuFileOpen", 207, QKeySequence::Open);
-    addTool("mnuFileClose", 208, QKeySequence::UnknownKey);
-    file->addSeparator();
-    addTool("mnuFileSave", 209, QKeySequence::Save);
-    addTool("mnuFileSaveAs", 210, QKeySequence::UnknownKey);
-    file->addSeparator();
-    addTool("mnuFileExport", 211, QKeySequence::UnknownKey);
-
-    // What edits the active view: its curves, its properties, the current curve's properties.
-    QMenu* edit = menuBar()->addMenu(GetResString(215));
-    edit->setObjectName(QStringLiteral("mnuEdit"));
-    for (const auto& [name, caption] : { std::pair("mnuEditChannel", 222), std::pair("", 0),
-             std::pair("mnuEditMeasuring", 223), std::pair("mnuEditCurve", 225) }) {
-        if (!caption) {
-            edit->addSeparator();
-            continue;
-        }
-        edit->addAction(GetResString(caption))->setObjectName(QLatin1String(name));
-    }
-
-    QMenu* extras = menuBar()->addMenu(GetResString(246));
-    extras->setObjectName(QStringLiteral("mnuExtras"));
-    m_mnuExtrasConfig = extras->addAction(GetResString(248));
-    m_mnuExtrasConfig->setObjectName(QStringLiteral("mnuExtrasConfig"));
 
     LoadPlacement();
 }
 
 QAction* frm_Main::Tool(const QString& name) const
 {
-    return name.isEmpty() ? nullptr : menuBar()->findChild<QAction*>(name);
+    return name.isEmpty() ? nullptr : findChild<QAction*>(name);
+}
+
+void frm_Main::SetStatusLabel(QLabel* label)
+{
+    if (!label || label == m_lblStatus)
+        return;
+    label->setText(m_lblStatus->text());
+    delete m_lblStatus.data();
+    m_lblStatus = label;
 }
 
 void frm_Main::LoadPlacement()

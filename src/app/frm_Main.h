@@ -2,12 +2,13 @@
 // The multi-document main window: menu, document area, status line and progress bar.
 #pragma once
 
+#include <QLabel>
 #include <QMainWindow>
+#include <QPointer>
 
 #include <functional>
 
 class QAction;
-class QLabel;
 class QMdiArea;
 class QProgressBar;
 
@@ -29,9 +30,9 @@ public:
     QMdiArea* MdiArea() const { return m_mdiArea; }
     QLabel* StatusLabel() const { return m_lblStatus; }
     QProgressBar* ProgressBar() const { return m_prgState; }
-    // The tool "mnuExtrasConfig" of the administration menu; the project connects it.
-    QAction* ToolExtrasConfig() const { return m_mnuExtrasConfig; }
-    // A menu tool by its name ("mnuFileOpen", "mnuFileSave", ...); nothing when unknown.
+    // The status band's label, once the tool registry has made it.
+    void SetStatusLabel(QLabel* label);
+    // A tool by its name ("mnuFileOpen", "mnuFileSave", ...); nothing when unknown.
     QAction* Tool(const QString& name) const;
 
 protected:
@@ -42,9 +43,8 @@ private:
     void SavePlacement();
 
     QMdiArea* m_mdiArea = nullptr;
-    QLabel* m_lblStatus = nullptr;
+    QPointer<QLabel> m_lblStatus;
     QProgressBar* m_prgState = nullptr;
-    QAction* m_mnuExtrasConfig = nullptr;
     Qt::WindowStates m_initialState = Qt::WindowNoState;
     bool m_bUnloading = false;
     std::function<bool()> m_closeRequest;

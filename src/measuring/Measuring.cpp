@@ -137,8 +137,12 @@ void Measuring::UpdateCaption()
 
 void Measuring::SetChanged(bool changed)
 {
+    const bool flipped = changed != m_bChanged;
     m_bChanged = changed;
     UpdateCaption();
+    // The save command follows whether there is something to save.
+    if (flipped)
+        m_cHost.UpdateToolStates();
 }
 
 void Measuring::SetName(const QString& name)

@@ -219,8 +219,12 @@ qint32 Measuring::ExportFile()
         m_cGraph->window(), Settings::Value(Settings::Id::ApplicationName) + QStringLiteral("-Messung exportieren"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
+    // The view's folder, else the folder the user chose last.
+    const QString lastFolder = Settings::Value(Settings::Id::LastFolder);
     if (!m_sDefaultPath.isEmpty())
         dialog.setDirectory(m_sDefaultPath);
+    else if (!lastFolder.isEmpty() && QFileInfo(lastFolder).isDir())
+        dialog.setDirectory(lastFolder);
     QStringList filters;
     if (chart) {
         // The chosen filter decides the format; the extension is added below, not by the dialog.
@@ -231,9 +235,17 @@ qint32 Measuring::ExportFile()
         dialog.setDefaultSuffix(QStringLiteral("csv"));
     }
     dialog.setNameFilters(filters);
+    // The picture format chosen last is proposed again.
+    const qsizetype lastFilter = qsizetype(Settings::Number(Settings::Id::ExportFilter));
+    if (chart && lastFilter >= 1 && lastFilter <= filters.size())
+        dialog.selectNameFilter(filters[lastFilter - 1]);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return -1;
     QString fileName = dialog.selectedFiles().front();
+    Settings::Write(Settings::Id::LastFolder, QFileInfo(fileName).absolutePath());
+    if (chart)
+        Settings::Write(
+            Settings::Id::ExportFilter, QString::number(filters.indexOf(dialog.selectedNameFilter()) + 1));
     qint32 result = 0;
     if (!chart) {
         FillTable(*this);

@@ -100,6 +100,9 @@ constexpr std::array<Definition, static_cast<size_t>(Id::Count_)> Table{{
     {Id::NewFixedLine, KeyNewMeasuring, "fixedline", Read::UserOnly, CU, nullptr},
 
     {Id::LastUsername, KeyIdentities, "Last Username", Read::UserOnly, CU, "DEFAULT"},
+
+    {Id::LastFolder, KeySettings, "LastFolder", Read::UserOnly, CU, nullptr},
+    {Id::ExportFilter, KeySettings, "ExportFilter", Read::UserOnly, CU, nullptr},
 }};
 
 constexpr bool TableIsInIdOrder()

@@ -55,6 +55,8 @@ enum class Id {
     NewChkFixedLine, NewFixedLine,
     // outside the product's tree: names the bar layout file
     LastUsername,
+    // where the file dialogs start, and the picture format the export proposes
+    LastFolder, ExportFilter,
     Count_
 };
 

@@ -27,6 +27,8 @@ protected:
         roots.SetMachine("Software\\HARVOLD\\DataModules", "Demo", "Sorano.SQLite:1");
         roots.SetMachine("Software\\HARVOLD\\ModuleSettings\\Demo", "Database", Demo);
         roots.SetMachine(KeySettings, "LogPath", roots.Path());
+        // An installation lists its add-ins; one that is not there is skipped without a word.
+        roots.SetMachine("Software\\HARVOLD\\Sorano\\AddIns", "Missing", "Sorano.NoSuchAddIn");
         g_cScriptEngine = &engine;
     }
     void TearDown() override { g_cScriptEngine = nullptr; }

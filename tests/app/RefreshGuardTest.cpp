@@ -65,6 +65,7 @@ TEST_F(RefreshGuardTest, CommandsComeBackAsTheyWereAfterARefresh)
     frm_Main& window = *project.MainWindow();
     Measuring* view = project.OpenMeasuring(out.filePath("main.sor"), false);
     ASSERT_TRUE(view);
+    view->SetChanged(true);
     view->Refresh(true);
     EXPECT_TRUE(window.menuBar()->isEnabled() && window.Tool("mnuFileSave")->isEnabled());
     ASSERT_TRUE(project.CloseMeasuring(view));
