@@ -17,7 +17,7 @@ if [ ! -f "$demo_db" ] || [ build/bin/sorano-demodata -nt "$demo_db" ]; then
 fi
 
 # The machine-wide settings of this build tree: build/etc/xdg/HARVOLD/Sorano.ini, with the
-# SQLite module registered as "Demo" (ProgID:address) on the demo database.
+# SQLite module registered as "Demo" (ProgID:address) on the demo database, and the add-in.
 lang_offset=0
 [ "${SORANO_LANG:-de}" = "en" ] && lang_offset=1000
 mkdir -p build/etc/xdg/HARVOLD build/log
@@ -28,6 +28,7 @@ HARVOLD\\Sorano\\Settings\\whoami=sorano
 HARVOLD\\Sorano\\Settings\\LogPath="$root/build/log"
 HARVOLD\\Sorano\\Settings\\LogMode=3
 HARVOLD\\DataModules\\Demo=Sorano.SQLite:1
+HARVOLD\\Sorano\\AddIns\\RemoveGaps=Sorano.RemoveGaps
 HARVOLD\\ModuleSettings\\Demo\\Database="$demo_db"
 INI
 

@@ -207,6 +207,9 @@ void ToolRegistry::Place(const QString& bandName, const QString& name, QAction* 
             m_window.statusBar()->addPermanentWidget(tool.widget);
         else if (tool.widget)
             m_window.statusBar()->addWidget(tool.widget, 1);
+        // A widget action hides the widget it holds until a toolbar shows it.
+        if (tool.widget)
+            tool.widget->show();
         return;
     }
     band.widget->insertAction(before, action);

@@ -67,6 +67,7 @@ TEST_F(ProjectTest, CaptionIsTheConfiguredNameAndMessagesSetTheStatusTextAndTheP
     EXPECT_EQ(window.StatusLabel()->text(), "Daten abholen");
     send("LOG", "");
     EXPECT_EQ(window.StatusLabel()->text(), GetResString(492)) << "no text shows the notice";
+    EXPECT_TRUE(window.StatusLabel()->isVisibleTo(&window)) << "in the status bar";
 
     send("PROGRESS_START", "UM1");
     EXPECT_TRUE(bar->isVisibleTo(&window));
