@@ -11,6 +11,7 @@
 #include <QMdiArea>
 #include <QProgressBar>
 #include <QScreen>
+#include <QShortcut>
 #include <QStatusBar>
 
 #include <utility>
@@ -25,6 +26,11 @@ frm_Main::frm_Main(QWidget* parent)
     m_mdiArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_mdiArea->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setCentralWidget(m_mdiArea);
+    // Ctrl+Tab and Ctrl+Shift+Tab go through the views in the order the window menu lists them.
+    auto* next = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Tab), this);
+    connect(next, &QShortcut::activated, m_mdiArea, &QMdiArea::activateNextSubWindow);
+    auto* previous = new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Backtab), this);
+    connect(previous, &QShortcut::activated, m_mdiArea, &QMdiArea::activatePreviousSubWindow);
 
     // The status band's label and the progress bar go into the tool registry's status band.
     m_lblStatus = new QLabel(this);

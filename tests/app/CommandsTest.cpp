@@ -3,6 +3,7 @@
 // tool does to the active view, the drop-down lists, add-ins first, the recent files in the
 // file menu, the memory card and the close question.
 #include "AddIns.h"
+#include "AppPaths.h"
 #include "ChartAdapter.h"
 #include "DemoFixture.h"
 #include "DriveProbe.h"
@@ -25,7 +26,9 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMessageBox>
+#include <QTest>
 #include <QTimer>
+#include <QToolBar>
 
 #include <functional>
 
@@ -311,17 +314,24 @@ TEST_F(CommandsTest, RecentFilesShowNewestFirstKeepFiveAndComeBackAfterARestart)
 
     ASSERT_TRUE(project.OpenMeasuring(names[2], false)) << "open already: brought to the front";
     EXPECT_EQ(recentMenu(project).first(), "f.sor") << "an open file does not move in the list";
+    // The toolbar arrangement is kept per user name; this user's file is the test's own.
+    const QString user = "test-" + QFileInfo(out.path()).fileName();
+    roots.SetUser("Identities\\", "Last Username", user);
+    project.ActiveBar()->ToolBar("tlbGraphic")->hide();
     project.Terminate(true);
 
     Project restarted;
     ASSERT_EQ(restarted.Init(), 0);
     EXPECT_EQ(recentMenu(restarted), QStringList({ "f.sor", "e.sor", "d.sor", "c.sor", "b.sor" }));
+    EXPECT_TRUE(restarted.ActiveBar()->ToolBar("tlbGraphic")->isHidden()) << "the layout came back";
+    EXPECT_FALSE(restarted.ActiveBar()->ToolBar("tlbMain")->isHidden());
     // The fifth entry opens the oldest file the menu shows.
     restarted.ActiveBar()->Tool("mnuRecent1")->trigger();
     Settle();
     ASSERT_EQ(restarted.Measurings().size(), 1u);
     EXPECT_EQ(QFileInfo(restarted.Measurings().front()->FileName()).fileName(), "b.sor");
     restarted.Terminate(true);
+    QFile::remove(QDir(AppPaths::DataFolder()).filePath(user + ".ab"));
 }
 
 // A drive that holds the logger's files in one folder.
@@ -432,6 +442,13 @@ TEST_F(CommandsTest, WindowCommandsArrangeTheViewsInsideTheWorkspace)
     Tool("mnuWindowVert")->trigger();
     EXPECT_EQ(windows[0]->height(), room.height());
     EXPECT_EQ(windows[0]->width() + windows[1]->width(), room.width());
+
+    // Ctrl+Tab and Ctrl+Shift+Tab step through the views in the menu's order.
+    QMdiSubWindow* first = area->activeSubWindow();
+    QTest::keyClick(project.MainWindow(), Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_NE(area->activeSubWindow(), first);
+    QTest::keyClick(project.MainWindow(), Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(area->activeSubWindow(), first);
 
     QMenu* menu = Bar().Menu("mnuWindows");
     emit menu->aboutToShow();
