@@ -57,55 +57,30 @@ AddIns::~AddIns() = default;
 
 QStringList AddIns::DefaultFolders()
 {
-    QStringList folders;
-    const QStringList fromEnvironment
-        = qEnvironmentVariable("SORANO_ADDIN_PATH").split(QDir::listSeparator(), Qt::SkipEmptyParts);
-    for (const QString& folder : fromEnvironment)
-        folders << QDir::cleanPath(folder);
-    const QString program = AppPaths::ProgramFolder();
-    folders << QDir::cleanPath(program + QLatin1String("/addins"));
-    folders << QDir::cleanPath(program + QLatin1String("/../lib/sorano/addins"));
-    return folders;
+    return AppPaths::PluginFolders("SORANO_ADDIN_PATH", QStringLiteral("addins"));
 }
 
 void AddIns::Scan()
 {
     m_bScanned = true;
-    QSet<QString> seenFolders;
-    for (const QString& folder : std::as_const(m_folders)) {
-        const QFileInfo folderInfo(folder);
-        if (!folderInfo.isDir())
+    for (const QString& path : AppPaths::PluginFiles(m_folders)) {
+        auto loader = std::make_unique<QPluginLoader>(path);
+        const QJsonObject metaData = loader->metaData();
+        if (metaData.value(QLatin1String("IID")).toString() != QLatin1String(SoranoAddInInterface_iid))
             continue;
-        // A folder named twice (in the variable and as the program's own) is read once.
-        const QString canonical = folderInfo.canonicalFilePath();
-        if (seenFolders.contains(canonical))
-            continue;
-        seenFolders.insert(canonical);
-
-        const QFileInfoList files
-            = QDir(folder).entryInfoList(QDir::Files | QDir::Readable, QDir::Name | QDir::IgnoreCase);
-        for (const QFileInfo& file : files) {
-            const QString path = file.absoluteFilePath();
-            if (!QLibrary::isLibrary(path))
+        const QJsonArray names
+            = metaData.value(QLatin1String("MetaData")).toObject().value(QLatin1String("ProgIDs")).toArray();
+        bool used = false;
+        for (const auto& value : names) {
+            const QString key = value.toString().trimmed().toLower();
+            // The first folder that provides a name wins, as for the data modules.
+            if (key.isEmpty() || m_byName.contains(key))
                 continue;
-            auto loader = std::make_unique<QPluginLoader>(path);
-            const QJsonObject metaData = loader->metaData();
-            if (metaData.value(QLatin1String("IID")).toString() != QLatin1String(SoranoAddInInterface_iid))
-                continue;
-            const QJsonArray names
-                = metaData.value(QLatin1String("MetaData")).toObject().value(QLatin1String("ProgIDs")).toArray();
-            bool used = false;
-            for (const auto& value : names) {
-                const QString key = value.toString().trimmed().toLower();
-                // The first folder that provides a name wins, as for the data modules.
-                if (key.isEmpty() || m_byName.contains(key))
-                    continue;
-                m_byName.insert(key, loader.get());
-                used = true;
-            }
-            if (used)
-                m_loaders.push_back(std::move(loader));
+            m_byName.insert(key, loader.get());
+            used = true;
         }
+        if (used)
+            m_loaders.push_back(std::move(loader));
     }
 }
 

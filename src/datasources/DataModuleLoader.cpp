@@ -34,77 +34,52 @@ DataModuleLoader& DataModuleLoader::Instance()
 
 QStringList DataModuleLoader::DefaultFolders()
 {
-    QStringList folders;
-    const QStringList fromEnvironment =
-        qEnvironmentVariable("SORANO_MODULE_PATH").split(QDir::listSeparator(), Qt::SkipEmptyParts);
-    for (const QString& folder : fromEnvironment)
-        folders << QDir::cleanPath(folder);
-    const QString program = AppPaths::ProgramFolder();
-    folders << QDir::cleanPath(program + QLatin1String("/modules"));
-    folders << QDir::cleanPath(program + QLatin1String("/../lib/sorano/modules"));
-    return folders;
+    return AppPaths::PluginFolders("SORANO_MODULE_PATH", QStringLiteral("modules"));
 }
 
 void DataModuleLoader::Scan()
 {
     m_bScanned = true;
-    QSet<QString> seenFolders;
-    for (const QString& folder : std::as_const(m_folders)) {
-        const QFileInfo folderInfo(folder);
-        if (!folderInfo.isDir())
+    for (const QString& path : AppPaths::PluginFiles(m_folders)) {
+        auto loader = std::make_unique<QPluginLoader>(path);
+        const QJsonObject metaData = loader->metaData();
+        if (metaData.isEmpty()) {
+            WriteLog(QStringLiteral("error reading module file"),
+                     QStringLiteral("File %1 can't be read as a plug-in: %2.").arg(path, loader->errorString()),
+                     ScanSource, LogLevel::Skipped);
             continue;
-        // A folder named twice (in the variable and as the program's own) is read once.
-        const QString canonical = folderInfo.canonicalFilePath();
-        if (seenFolders.contains(canonical))
+        }
+        const QString iid = metaData.value(QLatin1String("IID")).toString();
+        if (iid != QLatin1String(SoranoDataModuleFactory_iid)) {
+            WriteLog(QStringLiteral("skipped module file"),
+                     QStringLiteral("File %1 is a plug-in of another kind (%2).").arg(path, iid), ScanSource,
+                     LogLevel::Info);
             continue;
-        seenFolders.insert(canonical);
-
-        const QFileInfoList files =
-            QDir(folder).entryInfoList(QDir::Files | QDir::Readable, QDir::Name | QDir::IgnoreCase);
-        for (const QFileInfo& file : files) {
-            const QString path = file.absoluteFilePath();
-            if (!QLibrary::isLibrary(path))
+        }
+        const QJsonArray progIds =
+            metaData.value(QLatin1String("MetaData")).toObject().value(QLatin1String("ProgIDs")).toArray();
+        bool used = false;
+        for (const auto& value : progIds) {
+            const QString progId = value.toString().trimmed();
+            if (progId.isEmpty())
                 continue;
-            auto loader = std::make_unique<QPluginLoader>(path);
-            const QJsonObject metaData = loader->metaData();
-            if (metaData.isEmpty()) {
-                WriteLog(QStringLiteral("error reading module file"),
-                         QStringLiteral("File %1 can't be read as a plug-in: %2.").arg(path, loader->errorString()),
+            const QString key = progId.toLower();
+            if (const auto found = m_entries.constFind(key); found != m_entries.constEnd()) {
+                WriteLog(QStringLiteral("skipped module file"),
+                         QStringLiteral("ProgID %1 of file %2 is already provided by %3.")
+                             .arg(progId, path, found->loader->fileName()),
                          ScanSource, LogLevel::Skipped);
                 continue;
             }
-            const QString iid = metaData.value(QLatin1String("IID")).toString();
-            if (iid != QLatin1String(SoranoDataModuleFactory_iid)) {
-                WriteLog(QStringLiteral("skipped module file"),
-                         QStringLiteral("File %1 is a plug-in of another kind (%2).").arg(path, iid), ScanSource,
-                         LogLevel::Info);
-                continue;
-            }
-            const QJsonArray progIds =
-                metaData.value(QLatin1String("MetaData")).toObject().value(QLatin1String("ProgIDs")).toArray();
-            bool used = false;
-            for (const auto& value : progIds) {
-                const QString progId = value.toString().trimmed();
-                if (progId.isEmpty())
-                    continue;
-                const QString key = progId.toLower();
-                if (const auto found = m_entries.constFind(key); found != m_entries.constEnd()) {
-                    WriteLog(QStringLiteral("skipped module file"),
-                             QStringLiteral("ProgID %1 of file %2 is already provided by %3.")
-                                 .arg(progId, path, found->loader->fileName()),
-                             ScanSource, LogLevel::Skipped);
-                    continue;
-                }
-                m_entries.insert(key, Entry{progId, loader.get()});
-                used = true;
-            }
-            if (!used) {
-                WriteLog(QStringLiteral("skipped module file"),
-                         QStringLiteral("File %1 provides no ProgID.").arg(path), ScanSource, LogLevel::Skipped);
-                continue;
-            }
-            m_loaders.push_back(std::move(loader));
+            m_entries.insert(key, Entry{progId, loader.get()});
+            used = true;
         }
+        if (!used) {
+            WriteLog(QStringLiteral("skipped module file"),
+                     QStringLiteral("File %1 provides no ProgID.").arg(path), ScanSource, LogLevel::Skipped);
+            continue;
+        }
+        m_loaders.push_back(std::move(loader));
     }
 }
 

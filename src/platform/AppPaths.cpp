@@ -3,6 +3,9 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
+#include <QLibrary>
+#include <QSet>
 #include <QSettings>
 #include <QStandardPaths>
 
@@ -11,6 +14,34 @@ namespace AppPaths {
 QString ProgramFolder()
 {
     return QCoreApplication::applicationDirPath();
+}
+
+QStringList PluginFolders(const char* variable, const QString& kind)
+{
+    QStringList folders;
+    for (const QString& folder : qEnvironmentVariable(variable).split(QDir::listSeparator(), Qt::SkipEmptyParts))
+        folders << QDir::cleanPath(folder);
+    const QString program = ProgramFolder();
+    folders << QDir::cleanPath(program + QLatin1Char('/') + kind);
+    folders << QDir::cleanPath(program + QLatin1String("/../lib/sorano/") + kind);
+    return folders;
+}
+
+QStringList PluginFiles(const QStringList& folders)
+{
+    QStringList files;
+    QSet<QString> seen;
+    for (const QString& folder : folders) {
+        const QFileInfo info(folder);
+        if (!info.isDir() || seen.contains(info.canonicalFilePath()))
+            continue;
+        seen.insert(info.canonicalFilePath());
+        for (const QFileInfo& file :
+            QDir(folder).entryInfoList(QDir::Files | QDir::Readable, QDir::Name | QDir::IgnoreCase))
+            if (QLibrary::isLibrary(file.absoluteFilePath()))
+                files << file.absoluteFilePath();
+    }
+    return files;
 }
 
 QString DataFolder()
