@@ -4,13 +4,10 @@
 #include "ChartAdapter.h"
 #include "CommandLine.h"
 #include "DemoFixture.h"
-#include "Globals.h"
-#include "MatrixScriptEngine.h"
 #include "Measuring.h"
 #include "MeasuringExport.h"
 #include "Project.h"
 #include "QtPrinters.h"
-#include "TempSettings.h"
 #include "frm_Main.h"
 
 #include <QAction>
@@ -26,7 +23,6 @@
 #include <QMimeData>
 #include <QPicture>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -38,9 +34,7 @@
 namespace {
 
 constexpr double NoValue = -1e300;
-const QString Demo = QStringLiteral(SORANO_DEMO_DATABASE);
-const QString Examples = QStringLiteral(SORANO_EXAMPLES_DIR);
-const QString MainView = Examples + "/Hauptzaehler.sor";
+const QString MainView = QStringLiteral(SORANO_EXAMPLES_DIR "/Hauptzaehler.sor");
 
 struct Column
 {
@@ -68,7 +62,7 @@ std::vector<double> Reference(const Expected& view, const Column& column)
     const qint64 fromMs = QDate(1899, 12, 30).daysTo(from.date()) * 86'400'000LL + from.time().msecsSinceStartOfDay();
     const qint64 stepMs = view.step * 1000LL;
     sqlite3* db = nullptr;
-    sqlite3_open_v2(Demo.toUtf8().constData(), &db, SQLITE_OPEN_READONLY, nullptr);
+    sqlite3_open_v2(SORANO_DEMO_DATABASE, &db, SQLITE_OPEN_READONLY, nullptr);
     sqlite3_stmt* query = nullptr;
     sqlite3_prepare_v2(db, "SELECT time, value FROM samples WHERE channel = ? AND time >= ? AND time < ? ORDER BY time",
         -1, &query, nullptr);
@@ -156,7 +150,7 @@ protected:
     }
 
     // The built program, with the test's settings, without any display to fall back on.
-    int RunProgram(const QStringList& arguments, QString& error, QString* output = nullptr)
+    int RunProgram(const QStringList& arguments, QString& error)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char* name : { "QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY", "SORANO_MODULE_PATH" })
@@ -169,12 +163,8 @@ protected:
         program.start(SORANO_PROGRAM, arguments);
         const bool finished = program.waitForFinished(120'000);
         error = QString::fromLocal8Bit(program.readAllStandardError());
-        if (output)
-            *output = QString::fromLocal8Bit(program.readAllStandardOutput());
         return finished && program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
     }
-
-    MatrixScriptEngine engine;
 };
 
 TEST_F(ExportTest, ExampleViewsExportTheDatabaseValuesOnTheirGrid)
@@ -231,16 +221,14 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
         EXPECT_TRUE(copy.open(QIODevice::WriteOnly) && copy.write(text) == text.size());
         return copy.fileName();
     };
-    const QString start = "<startdate>2025-03-10 00:00:00</startdate>";
-    const QString end = "<enddate>2025-03-17 00:00:00</enddate>";
+    const QByteArray start = "<startdate>2025-03-10 00:00:00</startdate>";
     const QString unknownModule = variant("unknown.sor", { { "<module>1</module>", "<module>7</module>" } });
-    const QString badStart = variant("start.sor", { { start.toUtf8(), "<startdate>2025-13-45</startdate>" } });
-    const QString badUnit = variant("unit.sor", { { "<intervall-unit>n<", "<intervall-unit>q<" } });
-    const QString badBoth = variant("both.sor",
-        { { start.toUtf8(), "<startdate>morgen</startdate>" },
-            { end.toUtf8(), "<enddate>10.03.2025 25:00</enddate>" } });
-    const QString reversed
-        = variant("reversed.sor", { { start.toUtf8(), "<startdate>2025-03-18 00:00:00</startdate>" } });
+    const QString badDates = variant("dates.sor",
+        { { start, "<startdate>morgen</startdate>" },
+            { "<enddate>2025-03-17 00:00:00</enddate>", "<enddate>10.03.2025 25:00</enddate>" } });
+    const QString badDatesMessage = "the view file \"" + badDates
+        + "\" has an unreadable startdate: \"morgen\", an unreadable enddate: \"10.03.2025 25:00\"";
+    const QString reversed = variant("reversed.sor", { { start, "<startdate>2025-03-18 00:00:00</startdate>" } });
     // A sum curve whose second part the module doesn't have.
     const QString partial = variant(
         "partial.sor", { { "<channel>1$111</channel>", "<channel>1$111</channel><channel>1$99999</channel>" } });
@@ -255,14 +243,9 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
         { { "--export-csv", target, out.filePath("missing.sor") }, ExitCode::View, "does not exist" },
         { { "--export-csv", target, unknownModule }, ExitCode::View, "address 7" },
         { { "--export-csv", target, partial }, ExitCode::View, "the channel 1$99999 of the curve" },
-        { { "--export-csv", target, badStart }, ExitCode::View,
-            "the view file \"" + badStart + "\" has an unreadable startdate: \"2025-13-45\"" },
-        { { "--export-csv", target, badUnit }, ExitCode::View,
-            "the view file \"" + badUnit + "\" has an unreadable intervall-unit: \"q\"" },
-        { { "--export-csv", target, badBoth }, ExitCode::View,
-            "has an unreadable startdate: \"morgen\", an unreadable enddate: \"10.03.2025 25:00\"" },
+        { { "--export-csv", target, badDates }, ExitCode::View, badDatesMessage },
         // The command line's window replaces the file's, yet the file is still broken.
-        { { "--export-csv", target, "--from", "2025-03-10", "--to", "2025-03-11", badStart }, ExitCode::View,
+        { { "--export-csv", target, "--from", "2025-03-10", "--to", "2025-03-11", badDates }, ExitCode::View,
             "unreadable startdate" },
         { { "--export-csv", target, reversed }, ExitCode::View,
             "the view file \"" + reversed + "\" has an empty time window" },
@@ -271,10 +254,8 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
         { { "--export-csv", target, "--from", "2025-02-30", MainView }, ExitCode::Usage, "2025-02-30" },
         { { "--export-csv", target, "--resolution", "0h", MainView }, ExitCode::Usage, "0h" },
         { { "--export-png", target, MainView }, ExitCode::Usage, ".png" },
-        { { "--from", "2025-03-10", MainView }, ExitCode::Usage, "export option" },
         { { "--export-csv", target, "--from", "2025-03-12", "--to", "2025-03-11", MainView }, ExitCode::Usage,
             "after --from" },
-        { { "--export-csv", target, "--bogus", MainView }, ExitCode::Usage, "unknown option --bogus" },
         { { "--export-csv", target, MainView, MainView }, ExitCode::Usage, "one view file only" },
     };
     for (const auto& c : cases) {
@@ -287,22 +268,12 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
 
     // The program as built runs without a display, and its failures reach stderr.
     QString error;
-    QString output;
     const QString png = out.filePath("main.png");
     EXPECT_EQ(RunProgram({ "--export-png", png, MainView }, error), 0) << error.toStdString();
     EXPECT_EQ(QImage(png).size(), MeasuringExport::OffscreenChartSize) << "a view never shown gets the fixed size";
-    EXPECT_EQ(RunProgram({ "--export-csv", target, badStart }, error), ExitCode::View);
+    EXPECT_EQ(RunProgram({ "--export-csv", target, badDates }, error), ExitCode::View);
     // The toolkit may warn before; the message is the last line.
-    EXPECT_EQ(error.trimmed().section('\n', -1),
-        "sorano: the view file \"" + badStart + "\" has an unreadable startdate: \"2025-13-45\"");
-
-    // The version answers without a window, which would find no display here.
-    EXPECT_EQ(RunProgram({ "--version" }, error, &output), 0) << error.toStdString();
-    EXPECT_EQ(output, VersionText() + '\n');
-    // The toolkit's own options go with an export as well.
-    EXPECT_EQ(RunProgram({ "-style", "fusion", "--export-csv", target, "-reverse", MainView }, error), 0)
-        << error.toStdString();
-    EXPECT_TRUE(QFile::exists(target));
+    EXPECT_EQ(error.trimmed().section('\n', -1), "sorano: " + badDatesMessage);
 }
 
 TEST_F(ExportTest, AFailingDataSourceEndsTheExportWithItsName)
@@ -356,13 +327,11 @@ TEST_F(ExportTest, FileMenuOpensSavesExportsAndClosesViews)
     Project project;
     ASSERT_EQ(project.Init(), 0);
     frm_Main& window = *project.MainWindow();
-    EXPECT_FALSE(window.Tool("mnuFileSave")->isEnabled()) << "no view, nothing to save";
     Measuring* view = project.OpenMeasuring(out.filePath("main.sor"), false);
     ASSERT_TRUE(view);
     ASSERT_EQ(window.MdiArea()->subWindowList().size(), 1);
     EXPECT_TRUE(window.MdiArea()->subWindowList().first()->isMaximized()) << "the first view fills the area";
     EXPECT_EQ(project.GetActiveMeasuring(), view);
-    EXPECT_FALSE(window.Tool("mnuFileSave")->isEnabled()) << "nothing changed yet";
     EXPECT_EQ(project.OpenMeasuring(out.filePath("main.sor"), false), view) << "a file is open once";
     EXPECT_FALSE(project.OpenMeasuring(out.filePath("none.sor"), false));
 
@@ -403,7 +372,6 @@ TEST_F(ExportTest, FileMenuOpensSavesExportsAndClosesViews)
     EXPECT_TRUE(ReadAll(out.filePath("main.sor")).contains("<name>Umbenannt</name>"));
     window.Tool("mnuFileClose")->trigger();
     EXPECT_TRUE(project.Measurings().empty());
-    EXPECT_FALSE(window.Tool("mnuFileExport")->isEnabled());
 
     // Closed by its own frame, the view goes and takes the frame with it.
     ASSERT_TRUE(project.OpenMeasuring(out.filePath("main.sor"), false));
