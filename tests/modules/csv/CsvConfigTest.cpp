@@ -116,7 +116,6 @@ TEST(CsvPlugin, DeclaresItsProgIdAndCreatesWorkingModulesForItOnly)
     auto* factory = qobject_cast<DataModuleFactory*>(loader.instance());
     ASSERT_TRUE(factory) << loader.errorString().toStdString();
     EXPECT_EQ(factory->CreateModule("Sorano.SQLite", { "Werk", "4" }), nullptr);
-    EXPECT_EQ(factory->CreateModule("", { "Werk", "4" }), nullptr);
 
     TempSettings settings;
     TwoTrees trees;

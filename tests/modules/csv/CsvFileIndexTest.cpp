@@ -9,8 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 namespace {
 
 // A header, the bad line if any, then count lines "2023-01-01 00:00;<i>", all at one time.
@@ -23,40 +21,31 @@ QByteArray SameTimeLines(int count, const QByteArray& badLine = QByteArray())
     return text;
 }
 
-// 0, 1, ... one per whole data line in the first bytes of the text.
-std::vector<double> ValuesOfWholeLines(const QByteArray& text, qsizetype bytes, int linesBeforeData)
+// (that time, 0), (that time, 1), ... one per whole data line in the first bytes of the text.
+Samples WholeLines(const QByteArray& text, qsizetype bytes, int linesBeforeData)
 {
-    std::vector<double> values(static_cast<std::size_t>(text.left(bytes).count('\n') - linesBeforeData));
-    for (std::size_t i = 0; i < values.size(); ++i)
-        values[i] = static_cast<double>(i);
-    return values;
+    Samples samples(static_cast<std::size_t>(text.left(bytes).count('\n') - linesBeforeData));
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = { D(2023, 1, 1), static_cast<double>(i) };
+    return samples;
 }
 
-struct LogLine
+CsvFileIndex::LogSink SinkTo(RecordingHandler& log)
 {
-    qint16 level;
-    QString text;
-};
-
-int CountAt(const std::vector<LogLine>& log, qint16 level, const QString& part)
-{
-    return static_cast<int>(std::count_if(
-        log.begin(), log.end(), [&](const LogLine& line) { return line.level == level && line.text.contains(part); }));
+    return [&log](qint16 level, const QString& text) { log.WriteLog({}, text, {}, level); };
 }
 
-// The values of channel 1 at the lines' time.
-std::vector<double> ReadAll(CsvFileIndex& index, std::vector<LogLine>& log)
+// The samples of channel 1 within the window.
+Samples ReadChannel1(CsvFileIndex& index, double from, double to, RecordingHandler& log)
 {
     const int channels[] = { 1 };
     const MatrixBlockPtr block = MatrixBlock::Create();
     MatrixBlock* const blocks[] = { block.get() };
-    index.Read(channels, D(2023, 1, 1), D(2023, 1, 1), blocks, [&](qint16 level, const QString& text) {
-        log.push_back({ level, text });
-    });
-    std::vector<double> values;
+    EXPECT_TRUE(index.Read(channels, from, to, blocks, SinkTo(log)));
+    Samples samples;
     for (qsizetype r = 0; r < block->Rows(); ++r)
-        values.push_back(block->At(r, 1));
-    return values;
+        samples.emplace_back(block->At(r, 0), block->At(r, 1));
+    return samples;
 }
 
 } // namespace
@@ -69,23 +58,22 @@ TEST(CsvFileIndexCutShort, AFileCutWhileItIsIndexedGivesItsWholeLinesAndALogLine
     const QString path = folder.Write("L.csv", text);
     const qsizetype cut = text.size() / 2 + 7;
     ASSERT_NE(text.at(cut - 1), '\n');
-    const auto cutWhileIndexing = [&] {
+    EXPECT_TRUE(RunsInChild([&] {
         CsvFileIndex index(path);
-        std::vector<LogLine> log;
+        RecordingHandler log;
         index.Build([&](qint16 level, const QString& line) {
-            if (log.empty())
+            if (log.lines.empty())
                 QFile(path).resize(cut);
-            log.push_back({ level, line });
+            log.WriteLog({}, line, {}, level);
         });
         ASSERT_TRUE(index.IsValid());
-        const std::vector<double> expected = ValuesOfWholeLines(text, cut, 2);
+        const Samples expected = WholeLines(text, cut, 2);
         // The line cut in two is not taken for a shorter number.
         EXPECT_EQ(index.Rows(), static_cast<qsizetype>(expected.size()));
-        EXPECT_EQ(CountAt(log, 3, "got shorter while it was read"), 1);
-        EXPECT_EQ(ReadAll(index, log), expected);
-        EXPECT_EQ(log.size(), 2u);
-    };
-    EXPECT_TRUE(RunsInChild(cutWhileIndexing));
+        EXPECT_EQ(log.Count({ "got shorter while it was read" }, 3), 1);
+        EXPECT_EQ(ReadChannel1(index, D(2023, 1, 1), D(2023, 1, 1), log), expected);
+        EXPECT_EQ(log.lines.size(), 2u) << log.All();
+    }));
 }
 
 TEST(CsvFileIndexCutShort, AFileCutBetweenIndexAndReadGivesTheLinesItStillHolds)
@@ -95,19 +83,18 @@ TEST(CsvFileIndexCutShort, AFileCutBetweenIndexAndReadGivesTheLinesItStillHolds)
     const QString path = folder.Write("L.csv", text);
     const qsizetype cut = text.size() / 3 + 5;
     ASSERT_NE(text.at(cut - 1), '\n');
-    const auto cutBeforeReading = [&] {
+    EXPECT_TRUE(RunsInChild([&] {
         CsvFileIndex index(path);
-        std::vector<LogLine> log;
-        ASSERT_TRUE(index.Build([&](qint16 level, const QString& line) { log.push_back({ level, line }); }));
+        RecordingHandler log;
+        ASSERT_TRUE(index.Build(SinkTo(log)));
         ASSERT_EQ(index.Rows(), 100'000);
         ASSERT_TRUE(QFile(path).resize(cut));
-        EXPECT_EQ(ReadAll(index, log), ValuesOfWholeLines(text, cut, 1));
-        EXPECT_EQ(CountAt(log, 3, "got shorter since it was indexed"), 1);
-        EXPECT_EQ(log.size(), 1u);
+        EXPECT_EQ(ReadChannel1(index, D(2023, 1, 1), D(2023, 1, 1), log), WholeLines(text, cut, 1));
+        EXPECT_EQ(log.Count({ "got shorter since it was indexed" }, 3), 1);
+        EXPECT_EQ(log.lines.size(), 1u) << log.All();
         // The module builds a new index at its next read.
         EXPECT_FALSE(index.IsCurrent());
-    };
-    EXPECT_TRUE(RunsInChild(cutBeforeReading));
+    }));
 }
 
 TEST(CsvFileIndex, LinesOfAnyLengthAreFoundAndNamedWhereverTheReadsOfTheFileEnd)
@@ -126,22 +113,14 @@ TEST(CsvFileIndex, LinesOfAnyLengthAreFoundAndNamedWhereverTheReadsOfTheFileEnd)
             + "2023-01-01 00:04;x\n" // 6
             + "2023-01-01 00:05;5");
     CsvFileIndex index(path);
-    std::vector<LogLine> log;
-    const auto sink = [&](qint16 level, const QString& text) { log.push_back({ level, text }); };
-    ASSERT_TRUE(index.Build(sink));
+    RecordingHandler log;
+    ASSERT_TRUE(index.Build(SinkTo(log)));
     EXPECT_EQ(index.Rows(), 5);
-    const int channels[] = { 1 };
-    const MatrixBlockPtr block = MatrixBlock::Create();
-    MatrixBlock* const blocks[] = { block.get() };
-    EXPECT_TRUE(index.Read(channels, D(2023, 1, 1), D(2023, 1, 2), blocks, sink));
-    std::vector<std::pair<double, double>> samples;
-    for (qsizetype r = 0; r < block->Rows(); ++r)
-        samples.emplace_back(block->At(r, 0), block->At(r, 1));
-    EXPECT_EQ(samples,
-        (std::vector<std::pair<double, double>> { { D(2023, 1, 1), 1 }, { D(2023, 1, 1, 0, 2), 2 },
-            { D(2023, 1, 1, 0, 3), 3 }, { D(2023, 1, 1, 0, 5), 5 } }));
-    EXPECT_EQ(CountAt(log, 2, "line 3: the line is longer than"), 1);
-    EXPECT_EQ(CountAt(log, 2, "line 6: no number for \"P\""), 1);
-    EXPECT_EQ(log.size(), 2u);
+    EXPECT_EQ(ReadChannel1(index, D(2023, 1, 1), D(2023, 1, 2), log),
+        (Samples { { D(2023, 1, 1), 1 }, { D(2023, 1, 1, 0, 2), 2 }, { D(2023, 1, 1, 0, 3), 3 },
+            { D(2023, 1, 1, 0, 5), 5 } }));
+    EXPECT_EQ(log.Count({ "line 3: the line is longer than" }), 1);
+    EXPECT_EQ(log.Count({ "line 6: no number for \"P\"" }), 1);
+    EXPECT_EQ(log.lines.size(), 2u) << log.All();
     EXPECT_TRUE(index.Error().isEmpty());
 }

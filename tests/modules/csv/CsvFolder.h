@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Fixtures of the CSV module tests: a folder tree, a recording message handler, short reads.
+// Fixtures of the CSV module tests: a folder tree and a module reading it.
 #pragma once
 
+#include "../ModuleTestKit.h"
 #include "Calendar.h"
 #include "CsvDataModule.h"
-#include "QtPrinters.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -13,49 +13,6 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
-
-#include <algorithm>
-#include <utility>
-#include <vector>
-
-class RecordingHandler : public MessageHandlerInterface
-{
-public:
-    struct Line
-    {
-        QString text;
-        qint16 level;
-    };
-
-    void SendMessage(const QString& name, const QString& params, qint32& status) override
-    {
-        messages.emplace_back(name, params);
-        status = 1;
-    }
-    void WriteLog(const QString&, const QString& text, const QString&, qint16 level) override
-    {
-        lines.push_back({ text, level });
-    }
-    // Log lines whose text holds every one of the parts.
-    int Count(const QStringList& parts) const
-    {
-        return static_cast<int>(std::count_if(lines.begin(), lines.end(), [&](const Line& line) {
-            return std::all_of(
-                parts.begin(), parts.end(), [&](const QString& part) { return line.text.contains(part); });
-        }));
-    }
-    // Every text, one per line, for failure messages.
-    std::string All() const
-    {
-        QString all;
-        for (const Line& line : lines)
-            all += QString::number(line.level) + " " + line.text + "\n";
-        return all.toStdString();
-    }
-
-    std::vector<Line> lines;
-    std::vector<std::pair<QString, QString>> messages;
-};
 
 class CsvFolder
 {
@@ -101,35 +58,6 @@ struct ModuleOn
     CsvDataModule module { DataModuleRegistration { "Logger", "7" } };
     qint32 status = 0;
 };
-
-using Samples = std::vector<std::pair<double, double>>;
-
-// GetData for the ids; the collection holds the channels in order and then the text item.
-inline ChannelCollection Read(
-    DataModuleInterface& module, const QStringList& ids, double from, double to, qint32* statusOut = nullptr)
-{
-    ChannelCollection channels;
-    for (const QString& id : ids) {
-        auto channel = std::make_shared<DataMatrix>();
-        channel->SetChannelID(id);
-        channels.Add(channel, id);
-    }
-    qint32 status = 0;
-    module.GetData(ids.join(';'), channels, from, to, status);
-    if (statusOut)
-        *statusOut = status;
-    return channels;
-}
-
-inline Samples SamplesOf(const ChannelCollection& channels, qsizetype index)
-{
-    Samples samples;
-    const DataMatrixPtr channel = channels.Channel(index);
-    const MatrixBlockPtr block = channel ? channel->DataBlock() : MatrixBlockPtr();
-    for (qsizetype r = 0; block && r < block->Rows(); ++r)
-        samples.emplace_back(block->Item(r, 0), block->Item(r, 1));
-    return samples;
-}
 
 inline double D(int year, int month, int day, int hour = 0, int minute = 0, double second = 0.0)
 {
