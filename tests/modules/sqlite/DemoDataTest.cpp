@@ -148,14 +148,12 @@ TEST_F(DemoDataTest, EveryRunWritesTheSameDataAndShortRunsAreItsBeginning)
     ASSERT_EQ(longRun.Initialize(c, status), 1);
     for (const QString id : { "111", "113", "155" }) {
         SCOPED_TRACE(id.toStdString());
-        ChannelCollection x = Request({ id }), y = Request({ id });
         double from = 0;
         shortRun.GetFirstDate(id, from);
         // Two days without the first sample of the third.
-        shortRun.GetData(id, x, from, from + 2 - 1e-6, status);
-        longRun.GetData(id, y, from, from + 2 - 1e-6, status);
-        ASSERT_GT(x.Channel(0)->DataBlock()->Rows(), 0);
-        EXPECT_EQ(x.Channel(0)->DataBlock()->ToRowArray(), y.Channel(0)->DataBlock()->ToRowArray());
+        const Samples samples = SamplesOf(Read(shortRun, { id }, from, from + 2 - 1e-6), 0);
+        ASSERT_FALSE(samples.empty());
+        EXPECT_EQ(samples, SamplesOf(Read(longRun, { id }, from, from + 2 - 1e-6), 0));
     }
 }
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Fixtures of the SQLite module tests: logger databases and a recording message handler.
+// Fixtures of the SQLite module tests: logger databases and a small site.
 #pragma once
 
-#include "DataModuleInterface.h"
-#include "QtPrinters.h"
+#include "../ModuleTestKit.h"
 #include "SqliteHandles.h"
 #include "SqliteSchema.h"
 
@@ -14,9 +13,6 @@
 #include <sqlite3.h>
 
 #include <gtest/gtest.h>
-
-#include <algorithm>
-#include <vector>
 
 // A read-write connection to the file, as a logger process holds it.
 inline SqliteConnection OpenWriter(const QString& path, int flags = SQLITE_OPEN_READWRITE)
@@ -42,18 +38,6 @@ inline QByteArray FileBytes(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// A collection as the program passes it: one channel object per id, keyed by the id.
-inline ChannelCollection Request(const QStringList& ids)
-{
-    ChannelCollection channels;
-    for (const QString& id : ids) {
-        auto channel = std::make_shared<DataMatrix>();
-        channel->SetChannelID(id);
-        channels.Add(channel, id);
-    }
-    return channels;
 }
 
 // A small site: categories listed children first, a child channel, a channel without samples,
@@ -93,31 +77,3 @@ inline QString Write(const QString& path)
     return path;
 }
 } // namespace SiteFixture
-
-class RecordingHandler : public MessageHandlerInterface
-{
-public:
-    struct LogLine
-    {
-        QString text, source;
-        qint16 level;
-    };
-
-    void SendMessage(const QString& name, const QString& params, qint32& status) override
-    {
-        messages.emplace_back(name, params);
-        status = 1;
-    }
-    void WriteLog(const QString&, const QString& text, const QString& source, qint16 level) override
-    {
-        lines.push_back({ text, source, level });
-    }
-    // Lines at the level or above.
-    int CountAtLeast(qint16 level) const
-    {
-        return static_cast<int>(std::count_if(lines.begin(), lines.end(), [&](auto& l) { return l.level >= level; }));
-    }
-
-    std::vector<LogLine> lines;
-    std::vector<std::pair<QString, QString>> messages;
-};
