@@ -220,7 +220,8 @@ bool CellReader::Next(std::string_view& cell)
         return false;
     const std::size_t size = m_line.size();
     std::size_t quote = m_pos;
-    while (quote < size && (m_line[quote] == ' ' || m_line[quote] == '\t'))
+    // Blanks before a quote are skipped, but a tab that separates the cells is no blank.
+    while (quote < size && (m_line[quote] == ' ' || (m_line[quote] == '\t' && m_separator != '\t')))
         ++quote;
     m_quoted = quote < size && m_line[quote] == '"';
     if (m_quoted) {
@@ -535,7 +536,7 @@ std::size_t ReadValues(std::string_view text, const Layout& layout, std::span<co
         const char* cellBegin = p;
         const char* cellEnd = nullptr;
         const char* quote = p;
-        while (quote < end && (*quote == ' ' || *quote == '\t'))
+        while (quote < end && (*quote == ' ' || (*quote == '\t' && separator != '\t')))
             ++quote;
         const bool quoted = quote < end && *quote == '"';
         if (quoted) {

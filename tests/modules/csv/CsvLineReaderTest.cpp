@@ -124,6 +124,7 @@ TEST(CsvLineReader, CellsSplitAtSeparatorsOutsideQuotesAndValuesAreReadFromTheSa
     {
         std::string line;
         std::vector<std::string> cells;
+        char separator = ';';
     } cases[] = {
         { "a;;b;", { "a", "", "b", "" } },
         { "", { "" } },
@@ -131,15 +132,17 @@ TEST(CsvLineReader, CellsSplitAtSeparatorsOutsideQuotesAndValuesAreReadFromTheSa
         { " \"1,5\" ;\"say \"\"hi\"\"\";3", { "1,5", "say \"\"hi\"\"", "3" } },
         { "\"open;end", { "open;end" } },
         { "1;\"2\"x;3", { "1", "2", "3" } },
+        // A tab that separates is no blank before a quote: the empty cell stays empty.
+        { "1\t\t\"5\"", { "1", "", "5" }, '\t' },
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
         std::vector<std::string> cells;
-        CellReader reader(c.line, ';');
+        CellReader reader(c.line, c.separator);
         for (std::string_view cell; reader.Next(cell);)
             cells.emplace_back(cell);
         EXPECT_EQ(cells, c.cells);
-        EXPECT_EQ(CountCells(c.line, ';'), static_cast<int>(c.cells.size()));
+        EXPECT_EQ(CountCells(c.line, c.separator), static_cast<int>(c.cells.size()));
 
         // The value reader, which walks on to the next "\n", finds the same cells; one more
         // cell is asked for than the line has.
@@ -147,7 +150,9 @@ TEST(CsvLineReader, CellsSplitAtSeparatorsOutsideQuotesAndValuesAreReadFromTheSa
         std::iota(wanted.begin(), wanted.end(), 0);
         std::vector<double> values(wanted.size(), -1.0);
         std::vector<CellValue> kinds(wanted.size(), CellValue::Bad);
-        ASSERT_EQ(ReadValues(c.line + "\n9;9;9;9;9", Layout(), wanted, values, kinds), c.cells.size());
+        Layout layout;
+        layout.separator = c.separator;
+        ASSERT_EQ(ReadValues(c.line + "\n9;9;9;9;9", layout, wanted, values, kinds), c.cells.size());
         for (std::size_t i = 0; i < c.cells.size(); ++i) {
             double expected = 0.0;
             EXPECT_EQ(kinds[i], ParseNumber(c.cells[i], true, expected)) << i;
