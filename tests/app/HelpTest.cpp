@@ -45,7 +45,7 @@ QSet<QString> HitFiles(const QList<HelpHit>& hits)
     return files;
 }
 
-TEST(HelpPagesTest, EveryContextHasItsOwnPageWithATitleInBothLanguages)
+TEST(HelpPagesTest, EveryContextHasItsOwnPageAndEveryPageIsInTheContentsOfBothLanguages)
 {
     const QList<qint32> contexts = HelpContexts();
     ASSERT_FALSE(contexts.isEmpty());
@@ -61,10 +61,7 @@ TEST(HelpPagesTest, EveryContextHasItsOwnPageWithATitleInBothLanguages)
     // A number no window uses shows the contents.
     for (const qint32 unknown : { 0, 999999 })
         EXPECT_EQ(HelpPageFor(unknown), HelpPageFor(1003)) << unknown;
-}
 
-TEST(HelpPagesTest, BothLanguagesHoldTheSamePagesAndTheContentsListsEachOnce)
-{
     const QStringList german = PageFiles(QStringLiteral("de"));
     ASSERT_GE(german.size(), 12);
     EXPECT_EQ(PageFiles(QStringLiteral("en")), german);
@@ -142,12 +139,18 @@ TEST(HelpSearchTest, RanksThePageWhoseTitleHoldsTheWordsFirst)
         }
 }
 
-// The window is one for the whole program, so these tests share it; each starts in German.
+// The window is one for the whole program, so these tests share it. Each starts in German and
+// closes the window at the end, so that no later test's window competes with it for the keyboard.
 class HelpWindowTest : public ::testing::Test
 {
 protected:
     void SetUp() override { g_lLangOffset = 0; }
-    void TearDown() override { g_lLangOffset = 0; }
+    void TearDown() override
+    {
+        g_lLangOffset = 0;
+        if (HelpWindow* window = HelpWindow::Existing())
+            window->close();
+    }
 };
 
 TEST_F(HelpWindowTest, ShowHelpReusesOneWindowAndShowsTheRequestedPage)
