@@ -36,6 +36,7 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QTimer>
+#include <QWidgetAction>
 
 #include <algorithm>
 #include <cmath>
@@ -285,11 +286,16 @@ bool Project::SetCommandsEnabled(bool enabled)
     // the commands that were on come back on.
     m_mainWindow->menuBar()->setEnabled(enabled);
     if (!enabled) {
-        for (QAction* action : m_mainWindow->findChildren<QAction*>())
+        for (QAction* action : m_mainWindow->findChildren<QAction*>()) {
+            // The status text stays readable while it reports the refresh.
+            const auto* holder = qobject_cast<QWidgetAction*>(action);
+            if (holder && qobject_cast<QLabel*>(holder->defaultWidget()))
+                continue;
             if (!action->menu() && action->isEnabled()) {
                 action->setEnabled(false);
                 m_colHeldCommands.emplace_back(action);
             }
+        }
     } else {
         for (const QPointer<QAction>& action : std::exchange(m_colHeldCommands, {}))
             if (action)
@@ -480,7 +486,7 @@ QString Project::ProposedSaveName(const Measuring& measuring) const
         return QDir(measuring.DefaultPath()).filePath(file);
     // The folder of the file opened or saved last, else the one chosen last in any dialog.
     if (m_cRecentList && m_cRecentList->Count() > 0)
-        return QDir(m_cRecentList->Item(m_cRecentList->Count())->Path()).filePath(file);
+        return QDir(QString(m_cRecentList->Item(m_cRecentList->Count())->Path()).replace(u'\\', u'/')).filePath(file);
     const QString last = Settings::Value(Settings::Id::LastFolder);
     return last.isEmpty() ? file : QDir(last).filePath(file);
 }

@@ -165,12 +165,15 @@ void Project::BuildMenus()
              "mnuViewStatistic", "mnuViewChart", "mnuViewGrid", "mnuViewAnnotation" })
         bar.Tool(QLatin1String(name))->setCheckable(true);
 
+    // 1200 and 1400 twips wide at least, about 80 and 93 pixels.
     QComboBox* resolution = bar.Combo(QStringLiteral("mnuViewResolution"));
     for (int id = 361; id <= 368; ++id)
         resolution->addItem(Text(id));
+    resolution->setMinimumWidth(80);
     QComboBox* gallery = bar.Combo(QStringLiteral("mnuViewGallery"));
     for (const auto& [caption, number] : Galleries)
         gallery->addItem(Text(caption), number);
+    gallery->setMinimumWidth(93);
 
     m_mainWindow->ProgressBar()->setParent(nullptr);
     bar.SetCustomWidget(QStringLiteral("prgState"), m_mainWindow->ProgressBar());
@@ -188,10 +191,11 @@ Measuring* Project::ActiveOrNull()
 
 void Project::ToolClick(const QString& clicked)
 {
-    Measuring* view = ActiveOrNull();
     // A layout or an add-in of the other edition names the configuration tool differently.
     const QString name = clicked == QLatin1String("mnuQUANDELConfig") ? QStringLiteral("mnuExtrasConfig") : clicked;
     m_cAddIns->ToolClick(name);
+    // Looked up after the add-ins, which may have closed a view.
+    Measuring* view = ActiveOrNull();
 
     const auto is = [&name](const char* tool) { return name == QLatin1String(tool); };
     if (is("mnuFileNew")) {
@@ -423,15 +427,16 @@ void Project::UpdateToolStates()
         const int entry = gallery->findData(graph.Gallery);
         if (entry >= 0 && entry != gallery->currentIndex())
             gallery->setCurrentIndex(entry);
-        gallery->setEnabled(chartMode);
     }
     if (QComboBox* resolution = bar.Combo(QStringLiteral("mnuViewResolution"))) {
         const auto unit = std::find(ResolutionUnits.begin(), ResolutionUnits.end(), view->IntervalUnit());
         const int entry = unit == ResolutionUnits.end() ? -1 : int(unit - ResolutionUnits.begin());
         if (entry >= 0 && entry != resolution->currentIndex())
             resolution->setCurrentIndex(entry);
-        resolution->setEnabled(true);
     }
+    // Through their tools, so that a refresh holds the lists with every other command.
+    set(QStringLiteral("mnuViewGallery"), chartMode);
+    set(QStringLiteral("mnuViewResolution"), true);
     enable(windowTools, true);
     DisableMissingCommands();
 }

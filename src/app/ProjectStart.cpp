@@ -21,6 +21,8 @@
 #include <QAction>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QMessageBox>
 
 void Project::AddBand(const QString& name, int type)
 {
@@ -99,7 +101,17 @@ void Project::OpenRecent(const QString& tool)
     const int tag = action ? action->data().toInt() : 0;
     if (!m_cRecentList || tag <= 0 || tag > m_cRecentList->Count())
         return;
-    OpenMeasuring(m_cRecentList->Item(tag)->FullName(), false);
+    // Lists written elsewhere may separate folders with "\\".
+    const QString path = QString(m_cRecentList->Item(tag)->FullName()).replace(QLatin1Char('\\'), QLatin1Char('/'));
+    if (!QFileInfo(path).isFile()) {
+        // A file gone since it was listed is said and leaves the list.
+        QMessageBox::warning(m_mainWindow.get(), m_sApplicationName,
+            GetResString(487).replace(QStringLiteral("%s"), QDir::toNativeSeparators(path)));
+        m_cRecentList->Remove(tag);
+        RebuildRecentMenu();
+        return;
+    }
+    OpenMeasuring(path, false);
 }
 
 void Project::ShowStartWindows()

@@ -57,9 +57,14 @@ void ToolRegistry::Clear()
             static_cast<QMenuBar*>(band.widget.data())->clear();
     }
     for (const ToolEntry& tool : std::as_const(m_tools)) {
-        delete tool.widget.data();
+        // A custom tool's widget belongs to whoever handed it in.
+        if (tool.type != CustomTool)
+            delete tool.widget.data();
         delete tool.action.data();
     }
+    // Separators are made per band and are not among the tools.
+    for (QAction* action : findChildren<QAction*>(QString(), Qt::FindDirectChildrenOnly))
+        delete action;
     m_bands.clear();
     m_bandOrder.clear();
     m_parents.clear();

@@ -5,9 +5,12 @@
 #include "Measuring.h"
 #include "MessageHandler.h"
 #include "Project.h"
+#include "ToolRegistry.h"
 #include "frm_Main.h"
 
 #include <QAction>
+#include <QComboBox>
+#include <QLabel>
 #include <QGuiApplication>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -37,7 +40,9 @@ TEST_F(RefreshGuardTest, ClosingTheViewAndTheProgramFromInsideARefreshWaitsForIt
             return;
         closed = true;
         busyMenus = !window.menuBar()->isEnabled() && !window.Tool("mnuFileClose")->isEnabled()
-            && !window.Tool("mnuFileOpen")->isEnabled();
+            && !window.Tool("mnuFileOpen")->isEnabled()
+            && !project.ActiveBar()->Combo("mnuViewResolution")->isEnabled()
+            && window.StatusLabel()->isEnabled();
         busyPointer = QGuiApplication::overrideCursor() && QGuiApplication::overrideCursor()->shape() == Qt::WaitCursor;
         frame->close();
         project.CloseMeasuring(view);
