@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "frm_Curves.h"
 
+#include "ChannelSelection.h"
 #include "ChannelTree.h"
 #include "Measuring.h"
 #include "ModuleBox.h"
 #include "ResStrings.h"
 
-#include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QMenu>
 #include <QPushButton>
 #include <QTreeWidget>
@@ -33,29 +32,6 @@ QPushButton* MakeButton(const QString& text, const char* name, QWidget* parent)
     button->setObjectName(QLatin1String(name));
     return button;
 }
-
-// Space on the channel tree chooses the current channel, as a double click does.
-class SpaceFilter : public QObject
-{
-public:
-    SpaceFilter(QObject* parent, std::function<void()> onSpace)
-        : QObject(parent)
-        , m_onSpace(std::move(onSpace))
-    { }
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space) {
-            m_onSpace();
-            return true;
-        }
-        return QObject::eventFilter(watched, event);
-    }
-
-private:
-    std::function<void()> m_onSpace;
-};
 
 } // namespace
 
@@ -119,7 +95,9 @@ frm_Curves::frm_Curves(QWidget* parent)
     connect(m_curves, &QTreeWidget::itemSelectionChanged, this, &frm_Curves::UpdateButtons);
     connect(m_channels, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* item) { ToggleChosen(item); });
     connect(m_channels, &QWidget::customContextMenuRequested, this, &frm_Curves::ShowChannelMenu);
-    m_channels->installEventFilter(new SpaceFilter(this, [this] { ToggleChosen(m_channels->currentItem()); }));
+    // Space chooses the current channel, as a double click does.
+    m_channels->installEventFilter(
+        new ChannelSelection::SpaceKeyFilter(this, [this] { ToggleChosen(m_channels->currentItem()); }));
     UpdateButtons();
     resize(860, 480);
 }
