@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <vector>
 
 using namespace NewMeasuringPages;
@@ -17,6 +18,12 @@ struct Case
     std::vector<int> forward; // pages shown by Forward from page 0 to the finish page
     std::vector<int> back; // pages shown by Back from the finish page to page 0
 };
+
+void PrintTo(const Case& c, std::ostream* out)
+{
+    *out << "mode " << c.mode << ", " << c.modules << " module(s), " << (c.profiles ? "with" : "without")
+         << " profiles";
+}
 
 class PageSequence : public ::testing::TestWithParam<Case>
 {

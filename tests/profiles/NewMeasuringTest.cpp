@@ -12,8 +12,10 @@
 #include "frm_NewMeasuring.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -261,6 +263,32 @@ TEST_F(NewMeasuringTest, SelectMenuChoosesALeafOrAWholeBranch)
         tool("mnuDeSelectCurve")->trigger();
         wizard.Forward();
         EXPECT_EQ(wizard.Channels(), (QStringList { "5$L#1", "5$M#1" }));
+    });
+}
+
+TEST_F(NewMeasuringTest, ExtendedSelectionTogglesOnAClickAndSpreadsOnADoubleClick)
+{
+    settings.SetUser(Settings::KeySettings, "ExtendedChannelSelection", "1");
+    frm_NewMeasuring wizard(host);
+    Prepare(wizard, 0);
+    wizard.UsedModules().Add(modules.At(0));
+    Run(wizard, [&] {
+        wizard.Forward();
+        wizard.Forward();
+        ASSERT_EQ(wizard.CurrentPage(), 3);
+        QTreeWidget* tree = wizard.trv_Channels();
+        QTreeWidgetItem* power = Node(tree, "Power");
+        QTreeWidgetItem* factor = Node(tree, "Power factor");
+        tree->setCurrentItem(power);
+        emit tree->itemClicked(power, 0);
+        EXPECT_EQ(ChannelTree::Image(power), ChannelTree::ImageChecked);
+        emit tree->itemDoubleClicked(power, 0);
+        EXPECT_EQ(ChannelTree::Image(factor), ChannelTree::ImageChecked);
+        // The space key toggles the current channel alone.
+        QKeyEvent space(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, " ");
+        QApplication::sendEvent(tree, &space);
+        EXPECT_EQ(ChannelTree::Image(power), ChannelTree::ImageChannel);
+        EXPECT_EQ(ChannelTree::Image(factor), ChannelTree::ImageChecked);
     });
 }
 
