@@ -317,6 +317,8 @@ void frm_NewMeasuring::BuildPages()
     layout7->addWidget(m_txtFixedLine, 7, 1);
     layout7->addWidget(m_cboGallery, 8, 0, 1, 2);
     layout7->setRowStretch(9, 1);
+    layout7->setColumnStretch(0, 1);
+    layout7->setColumnStretch(1, 1);
     auto writeFlag
         = [](Id id) { return [id](bool on) { Settings::Write(id, on ? QStringLiteral("1") : QStringLiteral("0")); }; };
     connect(m_optLgaAxis.at(0), &QRadioButton::clicked, this, &frm_NewMeasuring::OnAxisOption);
