@@ -133,9 +133,10 @@ void frm_NewMeasuring::BuildPages()
     layout0->addWidget(m_lblRemark);
     layout0->addWidget(m_txtMeasuringRemark, 1);
     m_txtMeasuringName->installEventFilter(new EditFilter(this, false));
-    connect(m_txtMeasuringName, &QLineEdit::textChanged, this, &frm_NewMeasuring::UpdateButtons);
-    connect(m_txtMeasuringName, &QLineEdit::editingFinished, this,
-        [this] { m_sMeasuringName = m_txtMeasuringName->text(); });
+    connect(m_txtMeasuringName, &QLineEdit::textChanged, this, [this](const QString& text) {
+        m_sMeasuringName = text;
+        UpdateButtons();
+    });
     connect(m_txtMeasuringRemark, &QPlainTextEdit::textChanged, this,
         [this] { m_sRemark = m_txtMeasuringRemark->toPlainText(); });
 

@@ -83,10 +83,6 @@ void frm_NewMeasuring::GotoPage(int target)
 void frm_NewMeasuring::LeavePage(int page)
 {
     switch (page) {
-    case PageName:
-        // Forward takes the focus from the box, which takes its text over.
-        m_sMeasuringName = m_txtMeasuringName->text();
-        break;
     case PageChannels:
         HarvestChannels();
         break;

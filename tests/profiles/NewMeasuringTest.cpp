@@ -99,6 +99,10 @@ TEST_F(NewMeasuringTest, NewViewTakesTheCheckedChannelsAndRemembersItsChoices)
     frm_NewMeasuring wizard(host);
     Prepare(wizard, 0);
     const bool cancelled = Run(wizard, [&] {
+        EXPECT_TRUE(wizard.cmd_Forward()->isEnabled()) << "the proposed name";
+        wizard.txt_MeasuringName()->setText("  ");
+        EXPECT_FALSE(wizard.cmd_Forward()->isEnabled());
+        wizard.txt_MeasuringName()->setText("Halle Nord");
         wizard.Forward();
         ASSERT_EQ(wizard.CurrentPage(), 1);
         // The remembered module is checked, the other not.
@@ -128,6 +132,7 @@ TEST_F(NewMeasuringTest, NewViewTakesTheCheckedChannelsAndRemembersItsChoices)
         wizard.Forward();
     });
     EXPECT_FALSE(cancelled);
+    EXPECT_EQ(wizard.MeasuringName(), "Halle Nord");
     const QString first = wizard.lst_Indizes()->item(0)->data(Qt::UserRole).toString();
     const QString third = wizard.lst_Indizes()->item(2)->data(Qt::UserRole).toString();
     EXPECT_EQ(wizard.Indizes(), "|" + first + "|" + third + "|");
