@@ -156,6 +156,13 @@ TEST_F(NewMeasuringTest, ASelectedUncheckedChannelIsTakenAlone)
         EXPECT_TRUE(wizard.cmd_Forward()->isEnabled());
         wizard.Forward();
         EXPECT_EQ(wizard.Channels(), QStringList { "5$L#2" });
+        // Back on the channels, the harvested one shows checked.
+        wizard.Back();
+        ASSERT_EQ(wizard.CurrentPage(), 3);
+        EXPECT_EQ(ChannelTree::Image(Node(wizard.trv_Channels(), "Power factor")), ChannelTree::ImageChecked);
+        EXPECT_EQ(ChannelTree::Image(Node(wizard.trv_Channels(), "Power")), ChannelTree::ImageChannel);
+        wizard.Forward();
+        EXPECT_EQ(wizard.Channels(), QStringList { "5$L#2" });
         // An empty statistic list is stored as a single bar.
         wizard.Forward();
         EXPECT_EQ(wizard.Indizes(), "|");
