@@ -25,6 +25,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStackedWidget>
+#include <QStyle>
 #include <QTreeWidget>
 
 #include <memory>
@@ -222,8 +223,8 @@ void frm_NewMeasuring::EnterProfiles()
             const qint64 address = box->Address().trimmed().toLongLong(&number);
             if (!number || address != profile->DataSourceID)
                 continue;
-            auto* item
-                = new QListWidgetItem(ChannelTree::Icon(QStringLiteral("ICO_PROFILE")), profile->Name, m_lvwProfiles);
+            auto* item = new QListWidgetItem(
+                style()->standardIcon(QStyle::SP_FileDialogInfoView), profile->Name, m_lvwProfiles);
             item->setData(KeyRole, profile->Name);
             item->setData(TagRole, int(i));
             if (m_cProfile && m_cProfile->Name == profile->Name)
