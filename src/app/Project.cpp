@@ -10,6 +10,7 @@
 #include "Logging.h"
 #include "Measuring.h"
 #include "Numeric.h"
+#include "ProfileFileHandler.h"
 #include "RecentList.h"
 #include "RegistryKey.h"
 #include "ResStrings.h"
@@ -78,6 +79,7 @@ qint32 Project::Init()
     m_sHelpFile = AppPaths::ProgramFolder() + QLatin1Char('/') + m_sApplicationName + QLatin1String(".chm");
 
     LoadDataModules();
+    LoadProfiles();
     BuildMenus();
     const qint32 addIns = m_cAddIns->Load(*this);
     PersistBarLayout(true);
@@ -184,6 +186,16 @@ qint32 Project::LoadDataModules()
         m_colDataModules.Add(std::move(box));
     }
     key.CloseKey();
+    return 0;
+}
+
+qint32 Project::LoadProfiles()
+{
+    ProfileCollection loaded;
+    ProfileFileHandler handler;
+    handler.SetProfiles(&loaded);
+    if (handler.Load(Settings::Value(Settings::Id::Profiles)) == 0)
+        m_colProfiles = std::move(loaded);
     return 0;
 }
 
@@ -381,6 +393,29 @@ Measuring* Project::GetActiveMeasuring() const
         if (measuring->Window() == window->widget())
             return measuring.get();
     return nullptr;
+}
+
+Measuring* Project::NewMeasuring()
+{
+    auto measuring = std::make_unique<Measuring>(*this);
+    if (measuring->Init() != 0)
+        return nullptr;
+    measuring->SetID(QString::number(m_colMeasurings.size())
+        + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddhhmmss")));
+    connect(measuring.get(), &Measuring::RefreshEnded, this, &Project::RunWaitingCloses, Qt::QueuedConnection);
+    // In the list while the wizard and the first refresh run, so that an end of the program
+    // waits for them.
+    Measuring* created = measuring.get();
+    m_colMeasurings.push_back(std::move(measuring));
+    if (created->CreateFile() != 0) {
+        DropMeasuring(*created);
+        UpdateToolStates();
+        return nullptr;
+    }
+    ShowInWindow(*created);
+    SendMessage(QStringLiteral("SORANO_MEASURING_NEW"), created->ID());
+    UpdateToolStates();
+    return created;
 }
 
 Measuring* Project::OpenMeasuring(const QString& fileName, bool temporary)

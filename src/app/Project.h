@@ -7,6 +7,7 @@
 #include "MeasuringHost.h"
 #include "MessageHandler.h"
 #include "ModuleBoxes.h"
+#include "Profile.h"
 
 #include <QObject>
 #include <QPointer>
@@ -72,6 +73,12 @@ public:
     // is refreshing is closed (and asked about) once its refresh is over.
     bool CloseMeasuring(Measuring& measuring, bool force) override;
 
+    // The stored profiles of new views, read at start.
+    ProfileCollection& Profiles() { return m_colProfiles; }
+    // Reads the profiles file the settings name (writing the default path back); the
+    // collection stays as it was when the file can't be read. Always 0.
+    qint32 LoadProfiles();
+
     // --- the command surface (ProjectCommands.cpp)
     ToolRegistry* ActiveBar() const { return m_cBar; }
     // Makes every band and tool of the menus, toolbars and status bar anew.
@@ -103,6 +110,8 @@ public:
     const std::vector<std::unique_ptr<Measuring>>& Measurings() const { return m_colMeasurings; }
     // The view of the document area's current window; nothing when there is none.
     Measuring* GetActiveMeasuring() const;
+    // Makes a new view through the wizard and shows it; nothing when the user cancels.
+    Measuring* NewMeasuring();
     // Opens a view file (asking for one when the name is empty) into a window of the document
     // area. A file already open is brought to the front instead, unless temporary; a
     // temporary view stays hidden. Nothing when the file can't be opened or the user cancels.
@@ -160,6 +169,7 @@ private:
     std::unique_ptr<frm_Main> m_mainWindow;
     QString m_sHelpFile;
     ModuleBoxes m_colDataModules;
+    ProfileCollection m_colProfiles;
     QString m_sMeasuringFileID;
     ::MessageHandler* m_cMsgHandler = nullptr;
     bool m_bTerminated = false;

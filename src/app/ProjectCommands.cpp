@@ -199,7 +199,7 @@ void Project::ToolClick(const QString& clicked)
 
     const auto is = [&name](const char* tool) { return name == QLatin1String(tool); };
     if (is("mnuFileNew")) {
-        // The new-view wizard provides this command.
+        NewMeasuring();
     } else if (is("mnuFileOpen")) {
         OpenMeasuring(QString(), false);
     } else if (is("mnuFileClose")) {
@@ -443,9 +443,9 @@ void Project::UpdateToolStates()
 
 void Project::DisableMissingCommands()
 {
-    // Tools whose commands come with the wizard and the reports are shown but not usable yet;
-    // an add-in may provide the profiles' dialog.
-    for (const char* name : { "mnuFileNew", "mnuFilePrint", "mnuFilePageSetup", "mnuExtrasProfiles" })
+    // Tools whose commands come with the reports and the profile dialogs are shown but not
+    // usable yet.
+    for (const char* name : { "mnuFilePrint", "mnuFilePageSetup", "mnuExtrasProfiles" })
         if (QAction* tool = m_cBar->Tool(QLatin1String(name)))
             tool->setEnabled(false);
 }

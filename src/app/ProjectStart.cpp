@@ -125,12 +125,14 @@ void Project::ShowStartWindows()
     int action = 0;
     {
         frm_Startup startup(m_sApplicationName, m_mainWindow.get());
-        // A new view comes with the wizard, the online visualisation with an add-in.
-        startup.SetActionEnabled(1, false);
+        // The online visualisation comes with an add-in.
         startup.SetActionEnabled(4, m_cBar && m_cBar->Tool(QStringLiteral("mnuOnlinePELTRIX")));
         action = startup.ShowMe();
     }
     switch (action) {
+    case 1:
+        NewMeasuring();
+        break;
     case 2:
         OpenMeasuring(QString(), false);
         break;

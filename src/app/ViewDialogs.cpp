@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ViewDialogs.h"
 
+#include "DateEdit.h"
 #include "Help.h"
 #include "Measuring.h"
+#include "Project.h"
+#include "ResStrings.h"
 #include "frm_CurveProperties.h"
 #include "frm_Curves.h"
 #include "frm_GraphicView.h"
+#include "frm_Main.h"
 #include "frm_MeasuringProperties.h"
+#include "frm_NewMeasuring.h"
 
 #include <QShortcut>
 
@@ -36,6 +41,34 @@ void InstallViewDialogs()
     dialogs.curveProperties = [](Measuring& measuring, Curve& curve) {
         frm_CurveProperties dialog(measuring, curve, measuring.Window());
         return WithHelp(dialog, 1035).ShowMe();
+    };
+    dialogs.newMeasuring = [](Measuring& measuring) -> std::optional<NewMeasuringChoice> {
+        frm_NewMeasuring wizard(*g_cProject, g_cProject->MainWindow());
+        WithHelp(wizard, 1039);
+        wizard.SetMode(0);
+        wizard.SetDataModules(g_cProject->DataModules());
+        wizard.SetProfiles(&g_cProject->Profiles());
+        wizard.SetMeasuringName(GetResString(302));
+        Q_UNUSED(measuring);
+        if (wizard.ShowMe())
+            return std::nullopt;
+        NewMeasuringChoice choice;
+        choice.name = wizard.MeasuringName();
+        choice.remark = wizard.Remark();
+        for (const ModuleBoxPtr& box : wizard.UsedModules())
+            choice.modules.push_back(box);
+        choice.channels = wizard.Channels();
+        choice.start = wizard.dat_Start()->Value();
+        choice.end = wizard.dat_End()->Value();
+        if (const ProfilePtr& profile = wizard.Profile()) {
+            choice.graph = profile->GraphProperties;
+            for (qint32 j = 1; j <= profile->ChannelCount(); ++j)
+                if (const SeriesProperties* look = profile->SeriesProperties(j))
+                    choice.looks.emplace_back(profile->ChannelName(j), *look);
+        }
+        choice.indizes = wizard.Indizes();
+        choice.indizesInChart = wizard.IndizesInChart();
+        return choice;
     };
     Measuring::SetDialogs(std::move(dialogs));
 }

@@ -21,6 +21,7 @@
 #include "frm_GraphicView.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QSignalBlocker>
 #include <QTreeWidget>
 
@@ -423,6 +424,8 @@ qint32 Measuring::NextFreeColor() const
 
 double Measuring::FirstDataDate() const
 {
+    if (m_bWizardPeriod)
+        return m_dWizardFirst;
     double first = FarFuture;
     for (const auto& curve : m_cCurves)
         for (const CurveChannel& channel : curve->Channels()) {
@@ -437,6 +440,8 @@ double Measuring::FirstDataDate() const
 
 double Measuring::LastDataDate() const
 {
+    if (m_bWizardPeriod)
+        return m_dWizardLast;
     double last = 0.0;
     for (const auto& curve : m_cCurves)
         for (const CurveChannel& channel : curve->Channels()) {
@@ -466,6 +471,60 @@ void Measuring::ReloadSettings()
     bar->SetSmallStep(SettingOr(Settings::Id::NavSmallStep, "1h"));
     bar->SetMediumStep(SettingOr(Settings::Id::NavMediumStep, "1d"));
     bar->SetBigStep(SettingOr(Settings::Id::NavBigStep, "1m"));
+}
+
+qint32 Measuring::CreateFile()
+{
+    if (!m_cGraph || !Dialogs().newMeasuring) {
+        WriteLog(QStringLiteral("error creating wizzard dialog"),
+            QStringLiteral("Error creating the wizzard dialog to create a new measuring."),
+            QStringLiteral("Measuring.CreateFile"), LogLevel::Error);
+        return -1;
+    }
+    const std::optional<NewMeasuringChoice> choice = Dialogs().newMeasuring(*this);
+    QCoreApplication::processEvents();
+    if (!choice)
+        return 1;
+
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    m_sFileName.clear();
+    m_sName = choice->name;
+    m_sRemark = choice->remark;
+    m_cDataModules.Clear();
+    for (const ModuleBoxPtr& box : choice->modules)
+        m_cDataModules.Add(box);
+    m_cCurrentCurve = nullptr;
+    m_cCurves.clear();
+    m_bWizardPeriod = true;
+    m_dWizardFirst = choice->start;
+    m_dWizardLast = choice->end;
+    m_cGraphProperties = choice->graph.value_or(GraphProperties());
+
+    for (const QString& key : choice->channels) {
+        Curve* curve = AddCurve(key, false, choice->indizes, QString(), nullptr);
+        if (!curve)
+            continue;
+        // Statistics drawn as lines show in the chart as the wizard says.
+        for (const auto& statistic : curve->Statistics())
+            if (statistic->DisplayType() == Statistic::DisplayLine)
+                statistic->SetVisible(choice->indizesInChart);
+        // A profile gives its look to the curves of its channel names.
+        for (const auto& [name, look] : choice->looks)
+            if (name == curve->Name())
+                curve->SetProperties(look);
+    }
+
+    ChooseFirstWindow(true);
+    UpdateCaption();
+    ctl_NavBar& bar = *m_cGraph->nav_Navigate();
+    bar.SetDateFirst(FirstDataDate());
+    bar.SetDateLast(LastDataDate());
+    UpdateAxisTitles();
+    // The application puts the window where its documents stand and shows it.
+    SelectedNodeClick();
+    SetChanged(true);
+    QGuiApplication::restoreOverrideCursor();
+    return 0;
 }
 
 void Measuring::SetDialogs(MeasuringDialogs dialogs)

@@ -25,6 +25,21 @@ class frm_GraphicView;
 class QPicture;
 class QTreeWidgetItem;
 
+// What the new-view wizard decided: the view is built from it.
+struct NewMeasuringChoice
+{
+    QString name;
+    QString remark;
+    std::vector<ModuleBoxPtr> modules; ///< the modules the view draws on
+    QStringList channels; ///< "<address>$<id>", one curve each, in this order
+    double start = 0.0; ///< the period the wizard showed, as first and last data date
+    double end = 0.0;
+    std::optional<GraphProperties> graph; ///< a profile's chart look
+    std::vector<std::pair<QString, SeriesProperties>> looks; ///< a profile's look by curve name
+    QString indizes; ///< statistics in use, "|1|2|"
+    bool indizesInChart = false; ///< statistic lines shown in the chart
+};
+
 // The dialogs that edit a view live above this library; the application hands them in. Each
 // returns its ShowMe status: non-zero when it changed the view (it refreshes the view itself).
 struct MeasuringDialogs
@@ -32,6 +47,8 @@ struct MeasuringDialogs
     std::function<qint32(Measuring&)> properties; ///< frm_MeasuringProperties
     std::function<qint32(Measuring&)> curves; ///< frm_Curves
     std::function<qint32(Measuring&, Curve&)> curveProperties; ///< frm_CurveProperties
+    /// frm_NewMeasuring: nothing when the user cancelled; -1 status when there is no wizard
+    std::function<std::optional<NewMeasuringChoice>(Measuring&)> newMeasuring;
 };
 
 class Measuring : public QObject
@@ -185,7 +202,11 @@ public:
     // The content of the view as its file holds it, and back.
     MeasuringFile ToFile() const;
     void FromFile(const MeasuringFile& file);
+    // An empty path makes a new view through the wizard (CreateFile).
     qint32 OpenFile(const QString& path, bool hidden);
+    // Runs the new-view wizard and builds the view from its choice: 0 created, 1 cancelled,
+    // -1 when there is no wizard.
+    qint32 CreateFile();
     qint32 SaveFile(const QString& path, bool keepName);
 
 signals:
@@ -254,6 +275,10 @@ private:
     double m_dFixedLineValue = 0.0;
     int m_lFixedLine = -1; // the chart's constant line for pictures with the fixed line, once made
     bool m_bChangedID = false;
+    // A new view's first and last data date come from the wizard's period.
+    bool m_bWizardPeriod = false;
+    double m_dWizardFirst = 0.0;
+    double m_dWizardLast = 0.0;
     bool m_bTemporary = false;
     QString m_sID;
     bool m_bChanged = false;

@@ -186,6 +186,8 @@ void Measuring::ChooseFirstWindow(bool fromCreate)
 
 qint32 Measuring::OpenFile(const QString& path, bool hidden)
 {
+    if (path.isEmpty())
+        return CreateFile();
     if (!m_cGraph)
         return -1;
     m_sFileName = path;

@@ -91,9 +91,9 @@ protected:
 TEST_F(CommandsTest, WithoutAViewOnlyNewOpenExitAndTheAlwaysOnMenusAreUsable)
 {
     for (const char* name :
-        { "mnuFileOpen", "mnuExit", "mnuExtrasConfig", "mnuExtrasOptions", "mnuHelpApp", "mnuHelpAbout" })
+        { "mnuFileNew", "mnuFileOpen", "mnuExit", "mnuExtrasConfig", "mnuExtrasOptions", "mnuHelpApp", "mnuHelpAbout" })
         EXPECT_TRUE(On(name)) << name;
-    for (const char* name : { "mnuFileNew", "mnuFilePageSetup", "mnuFilePrint", "mnuExtrasProfiles" })
+    for (const char* name : { "mnuFilePageSetup", "mnuFilePrint", "mnuExtrasProfiles" })
         EXPECT_FALSE(On(name)) << name << ": its dialogs are not there yet";
     for (const char* name : { "mnuFileClose", "mnuFileSave", "mnuFileSaveAs", "mnuFileExport", "mnuFilePrint",
              "mnuEditCut", "mnuEditCopy", "mnuEditChannel", "mnuEditCurve", "mnuEditDeleteAllCursors", "mnuViewDay",
@@ -245,7 +245,7 @@ TEST_F(CommandsTest, EditToolsOpenTheActiveViewsDialogs)
     QStringList shown;
     Measuring::SetDialogs(
         { [&](Measuring&) { return shown << "properties", 1; }, [&](Measuring&) { return shown << "curves", 0; },
-            [&](Measuring&, Curve& curve) { return shown << curve.Name(), 0; } });
+            [&](Measuring&, Curve& curve) { return shown << curve.Name(), 0; }, nullptr });
     QStringList messages;
     QObject::connect(project.MsgHandler(), &MessageHandler::Message,
         [&](const QString& name, const QString& params) { messages << name + ":" + params; });

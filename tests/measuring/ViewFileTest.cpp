@@ -143,7 +143,7 @@ TEST_F(ViewFileTest, TheTimeBarsDoubleClickOpensThePropertiesAndOnlyAnAcceptedEd
 {
     Open(900);
     qint32 answer = 0;
-    Measuring::SetDialogs({ [&](Measuring&) { return answer; }, nullptr, nullptr });
+    Measuring::SetDialogs({ [&](Measuring&) { return answer; }, nullptr, nullptr, nullptr });
     measuring->SetChanged(false);
     emit Bar().DblClick(0);
     EXPECT_FALSE(measuring->Changed()) << "cancelled";
