@@ -7,6 +7,7 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -43,6 +44,18 @@ std::optional<qint32> WholeNumber(const QString& text)
     if (!(value >= std::numeric_limits<qint32>::min() && value <= std::numeric_limits<qint32>::max()))
         return std::nullopt;
     return static_cast<qint32>(value);
+}
+
+// A text as it reads again after the next save, so that a name that is unique now stays unique:
+// the XML tree writes a carriage return as it is, which reading makes a line feed, and it
+// drops a text of blanks alone.
+QString TextOf(const XmlNode& node, const QString& tag)
+{
+    QString text = node.ChildContent(tag);
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(u'\r', u'\n');
+    const bool blank
+        = std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c == u' ' || c == u'\t' || c == u'\n'; });
+    return blank ? QString() : text;
 }
 
 // The numeric value of the leading number of the text, 0 for none.
@@ -193,7 +206,7 @@ void ProfileFileHandler::ReadDocument(XmlDocument& doc, bool loaded, const QStri
 
     ForEachChild(root, "profile", [this, &source](const XmlNode& node) {
         auto profile = std::make_shared<Profile>();
-        profile->Name = node.ChildContent("name");
+        profile->Name = TextOf(node, "name");
         if (const std::optional<qint32> address = WholeNumber(node.ChildContent("datasource")))
             profile->DataSourceID = *address;
         profile->EntryLevel = NumberOf(node, "entrylevel");
@@ -208,7 +221,7 @@ void ProfileFileHandler::ReadDocument(XmlDocument& doc, bool loaded, const QStri
         qint32 index = 0;
         ForEachChild(node.ChildByTag("channels"), "channel", [&profile, &index](const XmlNode& channel) {
             ++index;
-            profile->SetChannelName(index, channel.ChildContent("name"));
+            profile->SetChannelName(index, TextOf(channel, "name"));
             if (const XmlNode series = channel.ChildByTag("series-properties"))
                 profile->SetSeriesProperties(index, ReadSeries(series));
         });
