@@ -129,6 +129,11 @@ TEST_F(NewMeasuringTest, NewViewTakesTheCheckedChannelsAndRemembersItsChoices)
         EXPECT_EQ(wizard.cmd_Forward()->text(), GetResString(271));
         EXPECT_DOUBLE_EQ(wizard.dat_Start()->Value(), Calendar::FromParts(2009, 2, 1));
         EXPECT_DOUBLE_EQ(wizard.dat_End()->Value(), Calendar::FromParts(2009, 3, 1));
+        // The period stays within the data.
+        wizard.dat_Start()->SetValue(Calendar::FromParts(2009, 1, 1));
+        wizard.dat_End()->SetValue(Calendar::FromParts(2009, 4, 1));
+        EXPECT_DOUBLE_EQ(wizard.dat_Start()->Value(), Calendar::FromParts(2009, 2, 1));
+        EXPECT_DOUBLE_EQ(wizard.dat_End()->Value(), Calendar::FromParts(2009, 3, 1));
         wizard.Forward();
     });
     EXPECT_FALSE(cancelled);
@@ -335,6 +340,13 @@ TEST_F(NewMeasuringTest, SerialReportRestoresItsRememberedSettings)
         EXPECT_TRUE(wizard.txt_FixedLine()->isEnabled());
         wizard.opt_LGA_Axis(1)->click();
         EXPECT_EQ(Settings::StoredValue(Id::NewAxisBorders), "1");
+        // An axis border takes a number only, with "," typed as ".".
+        for (const char* typed : { "-", "1", ",", "5", "x" }) {
+            QKeyEvent key(QEvent::KeyPress, 0, Qt::NoModifier, typed);
+            QApplication::sendEvent(wizard.txt_Border(0), &key);
+        }
+        EXPECT_EQ(wizard.txt_Border(0)->text(), "-1.5");
+        EXPECT_EQ(Settings::StoredValue(Id::NewAxisBorder, "0"), "-1.5");
         wizard.Forward();
     });
     EXPECT_FALSE(cancelled);
