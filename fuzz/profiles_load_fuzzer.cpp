@@ -19,8 +19,8 @@ bool SameLook(const SeriesProperties* a, const SeriesProperties* b, bool sameSty
 {
     if (!a || !b)
         return !a && !b;
-    return a->Gallery == b->Gallery && a->Color == b->Color && a->LineWidth == b->LineWidth
-        && a->Marker == b->Marker && (sameStyle ? a->LineStyle == b->LineStyle : b->LineStyle == 0);
+    return a->Gallery == b->Gallery && a->Color == b->Color && a->LineWidth == b->LineWidth && a->Marker == b->Marker
+        && (sameStyle ? a->LineStyle == b->LineStyle : b->LineStyle == 0);
 }
 
 bool Same(const ProfileCollection& a, const ProfileCollection& b, bool sameStyle)
