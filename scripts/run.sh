@@ -16,6 +16,9 @@ if [ ! -f "$demo_db" ] || [ build/bin/sorano-demodata -nt "$demo_db" ]; then
   build/bin/sorano-demodata --force "$demo_db" || echo "Could not write the demo data; the Demo module will report it." >&2
 fi
 
+# Two profiles that fit the demo site, copied once so that the user's changes stay.
+[ -f build/demo/Profiles.dat ] || cp examples/Profiles.dat build/demo/Profiles.dat
+
 # The machine-wide settings of this build tree: build/etc/xdg/HARVOLD/Sorano.ini, with the
 # SQLite module registered as "Demo" (ProgID:address) on the demo database, and the add-in.
 lang_offset=0
@@ -27,6 +30,7 @@ HARVOLD\\Sorano\\Settings\\LangOffset=$lang_offset
 HARVOLD\\Sorano\\Settings\\whoami=sorano
 HARVOLD\\Sorano\\Settings\\LogPath="$root/build/log"
 HARVOLD\\Sorano\\Settings\\LogMode=3
+HARVOLD\\Sorano\\Settings\\Profiles="$root/build/demo/Profiles.dat"
 HARVOLD\\DataModules\\Demo=Sorano.SQLite:1
 HARVOLD\\Sorano\\AddIns\\RemoveGaps=Sorano.RemoveGaps
 HARVOLD\\ModuleSettings\\Demo\\Database="$demo_db"

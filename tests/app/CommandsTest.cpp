@@ -258,6 +258,22 @@ TEST_F(CommandsTest, EditToolsOpenTheActiveViewsDialogs)
     Measuring::SetDialogs({});
 }
 
+TEST_F(CommandsTest, TheShippedProfilesLoadAndNameChannelsOfTheDemoLoggers)
+{
+    roots.SetMachine(KeySettings, "Profiles", Examples + "/Profiles.dat");
+    project.LoadProfiles();
+    ASSERT_EQ(project.Profiles().Count(), 2);
+    QStringList demoChannels;
+    ASSERT_EQ(project.DataModules().At(0)->GetChannelList(nullptr), 1);
+    for (const DataMatrixPtr& channel : project.DataModules().At(0)->Channels())
+        demoChannels << channel->ChannelName();
+    for (const ProfilePtr& profile : project.Profiles()) {
+        EXPECT_EQ(profile->DataSourceID, 1) << profile->Name.toStdString();
+        for (qint32 j = 1; j <= profile->ChannelCount(); ++j)
+            EXPECT_TRUE(demoChannels.contains(profile->ChannelName(j))) << profile->ChannelName(j).toStdString();
+    }
+}
+
 // Records the clicks it sees with the view's 3D state at that moment.
 class RecordingAddIn : public AddInInterface
 {
