@@ -147,6 +147,12 @@ void DateEdit::ShowCalendar()
     m_calendar->DropDownBelow(this);
 }
 
+DateEdit::~DateEdit()
+{
+    m_edit->removeEventFilter(this);
+    m_edit->disconnect(this);
+}
+
 void DateEdit::ShowTimeList()
 {
     TakeText();

@@ -26,6 +26,9 @@ class DateEdit : public QWidget
 
 public:
     explicit DateEdit(QWidget* parent = nullptr);
+    // The text box may lose the focus while the widgets go: it is cut off first, so that its
+    // signals don't reach a half-destroyed date box.
+    ~DateEdit() override;
 
     double Value() const { return m_value; }
     // Puts a value outside the limits back to the nearest one; NaN and infinities are ignored.

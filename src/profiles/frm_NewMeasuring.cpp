@@ -105,14 +105,7 @@ frm_NewMeasuring::frm_NewMeasuring(MeasuringHost& host, QWidget* parent)
     resize(640, 440);
 }
 
-frm_NewMeasuring::~frm_NewMeasuring()
-{
-    // The focus leaves while the boxes still stand: a date box that loses it while it is being
-    // destroyed would take its text into a half-gone object.
-    QWidget* focused = QApplication::focusWidget();
-    if (focused && isAncestorOf(focused))
-        focused->clearFocus();
-}
+frm_NewMeasuring::~frm_NewMeasuring() = default;
 
 void frm_NewMeasuring::BuildPages()
 {
