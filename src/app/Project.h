@@ -78,6 +78,9 @@ public:
     // Reads the profiles file the settings name (writing the default path back); the
     // collection stays as it was when the file can't be read. Always 0.
     qint32 LoadProfiles();
+    // Shows the profile list; when a profile was made, edited or deleted, writes them all back
+    // to the same file, and says so when that fails.
+    void ManageProfiles();
 
     // --- the command surface (ProjectCommands.cpp)
     ToolRegistry* ActiveBar() const { return m_cBar; }

@@ -225,6 +225,8 @@ void Project::ToolClick(const QString& clicked)
         ResetCurveColors(view);
     } else if (is("mnuExtrasConfig")) {
         ConfigureDataModules();
+    } else if (is("mnuExtrasProfiles")) {
+        ManageProfiles();
     } else if (is("mnuExtrasOptions")) {
         ShowOptions();
     } else if (is("mnuWindowCascade")) {
@@ -443,9 +445,8 @@ void Project::UpdateToolStates()
 
 void Project::DisableMissingCommands()
 {
-    // Tools whose commands come with the reports and the profile dialogs are shown but not
-    // usable yet.
-    for (const char* name : { "mnuFilePrint", "mnuFilePageSetup", "mnuExtrasProfiles" })
+    // Tools whose commands come with the reports are shown but not usable yet.
+    for (const char* name : { "mnuFilePrint", "mnuFilePageSetup" })
         if (QAction* tool = m_cBar->Tool(QLatin1String(name)))
             tool->setEnabled(false);
 }

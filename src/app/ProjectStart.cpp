@@ -8,6 +8,7 @@
 #include "Curve.h"
 #include "Help.h"
 #include "Measuring.h"
+#include "ProfileFileHandler.h"
 #include "RecentList.h"
 #include "ResStrings.h"
 #include "Settings.h"
@@ -15,6 +16,7 @@
 #include "frm_Info.h"
 #include "frm_Main.h"
 #include "frm_Options.h"
+#include "frm_Profiles.h"
 #include "frm_Splash.h"
 #include "frm_Startup.h"
 
@@ -163,6 +165,22 @@ void Project::ShowOptions()
             curve->UpdateStatistic(nullptr);
         }
     }
+}
+
+void Project::ManageProfiles()
+{
+    frm_Profiles dialog(m_mainWindow.get());
+    dialog.SetProfiles(&m_colProfiles);
+    dialog.SetDataModules(m_colDataModules);
+    dialog.SetHelpHandler([&dialog](int context) { ::ShowHelp(context, &dialog); });
+    if (!dialog.ShowMe())
+        return;
+    ProfileFileHandler handler;
+    handler.SetProfiles(&m_colProfiles);
+    const QString path = Settings::Value(Settings::Id::Profiles);
+    if (handler.Save(path) != ProfileFileHandler::Ok)
+        QMessageBox::warning(m_mainWindow.get(), m_sApplicationName,
+            GetResString(493).replace(QStringLiteral("%s"), QDir::toNativeSeparators(path)));
 }
 
 void Project::ShowAbout()

@@ -90,10 +90,10 @@ protected:
 
 TEST_F(CommandsTest, WithoutAViewOnlyNewOpenExitAndTheAlwaysOnMenusAreUsable)
 {
-    for (const char* name :
-        { "mnuFileNew", "mnuFileOpen", "mnuExit", "mnuExtrasConfig", "mnuExtrasOptions", "mnuHelpApp", "mnuHelpAbout" })
+    for (const char* name : { "mnuFileNew", "mnuFileOpen", "mnuExit", "mnuExtrasConfig", "mnuExtrasProfiles",
+             "mnuExtrasOptions", "mnuHelpApp", "mnuHelpAbout" })
         EXPECT_TRUE(On(name)) << name;
-    for (const char* name : { "mnuFilePageSetup", "mnuFilePrint", "mnuExtrasProfiles" })
+    for (const char* name : { "mnuFilePageSetup", "mnuFilePrint" })
         EXPECT_FALSE(On(name)) << name << ": its dialogs are not there yet";
     for (const char* name : { "mnuFileClose", "mnuFileSave", "mnuFileSaveAs", "mnuFileExport", "mnuFilePrint",
              "mnuEditCut", "mnuEditCopy", "mnuEditChannel", "mnuEditCurve", "mnuEditDeleteAllCursors", "mnuViewDay",
