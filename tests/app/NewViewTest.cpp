@@ -72,14 +72,16 @@ protected:
     void Start(Project& project)
     {
         ASSERT_EQ(project.Init(), 0);
+        // The wizard's hook reaches the program through the global, as in the running program.
         g_cProject = &project;
         project.MainWindow()->resize(1200, 800);
         QObject::connect(project.MsgHandler(), &MessageHandler::Message,
             [this](const QString& name, const QString& params) { messages << name + ":" + params; });
     }
 
-    // Triggers "mnuFileNew" and hands the wizard to `drive` once it is up; the new view or none.
-    Measuring* RunWizard(Project& project, const std::function<void(frm_NewMeasuring&)>& drive)
+    // Triggers "mnuFileNew", by its key Ctrl+N in the main window when `byKey`, and hands the
+    // wizard to `drive` once it is up; the new view or none.
+    Measuring* RunWizard(Project& project, const std::function<void(frm_NewMeasuring&)>& drive, bool byKey = false)
     {
         bool ran = false;
         QTimer probe;
@@ -107,8 +109,13 @@ protected:
         const size_t before = project.Measurings().size();
         QAction* tool = project.ActiveBar()->Tool(QStringLiteral("mnuFileNew"));
         EXPECT_TRUE(tool && tool->isEnabled());
-        if (tool)
+        if (tool && byKey) {
+            project.MainWindow()->activateWindow();
+            EXPECT_TRUE(QTest::qWaitForWindowActive(project.MainWindow()));
+            QTest::keyClick(project.MainWindow(), Qt::Key_N, Qt::ControlModifier);
+        } else if (tool) {
             tool->trigger();
+        }
         EXPECT_TRUE(ran) << "the wizard came up";
         Settle();
         return project.Measurings().size() > before ? project.Measurings().back().get() : nullptr;
@@ -233,6 +240,10 @@ TEST_F(NewViewTest, AViewMadeWithTheWizardIsShownAnnouncedAndExportsLikeTheSameV
             for (const auto& statistic : curve->Statistics())
                 EXPECT_EQ(statistic->Used(), statistics.contains(statistic->ID()))
                     << curve->Name().toStdString() << " statistic " << statistic->ID().toStdString();
+        for (const auto& curve : view->Curves())
+            for (const auto& statistic : curve->Statistics())
+                if (statistic->DisplayType() == Statistic::DisplayLine)
+                    EXPECT_TRUE(statistic->Visible()) << "statistic lines are shown in the chart, as chosen";
         EXPECT_EQ(Settings::StoredValue(Id::NewIndizes), "|" + statistics.join('|') + "|");
         EXPECT_EQ(Settings::StoredValue(Id::NewShowIndizes), "1");
 
@@ -245,6 +256,7 @@ TEST_F(NewViewTest, AViewMadeWithTheWizardIsShownAnnouncedAndExportsLikeTheSameV
 
         ASSERT_EQ(view->SaveFile(saved, false), 0);
         project.Terminate(true);
+        g_cProject = nullptr;
     }
 
     // The same channels, period and the loggers' 15 minutes, written by hand.
@@ -289,30 +301,34 @@ TEST_F(NewViewTest, AProfileChosenInTheWizardGivesItsChannelsOfTheChosenLoggerWi
             profile = each;
     ASSERT_TRUE(profile);
 
-    Measuring* view = RunWizard(project, [&](frm_NewMeasuring& wizard) {
-        NameView(wizard, "Mit Profil");
-        ASSERT_EQ(wizard.CurrentPage(), 2) << "the profiles of the one module are offered";
-        QListWidget* profiles = wizard.lvw_Profiles();
-        ASSERT_EQ(profiles->count(), 3) << "no profile, and the two of the demo site";
-        const QList<QListWidgetItem*> found = profiles->findItems("Einspeisung", Qt::MatchExactly);
-        ASSERT_EQ(found.size(), 1);
-        QTest::mouseClick(profiles->viewport(), Qt::LeftButton, {}, profiles->visualItemRect(found.front()).center());
-        Click(wizard.cmd_Forward());
+    Measuring* view = RunWizard(
+        project,
+        [&](frm_NewMeasuring& wizard) {
+            NameView(wizard, "Mit Profil");
+            ASSERT_EQ(wizard.CurrentPage(), 2) << "the profiles of the one module are offered";
+            QListWidget* profiles = wizard.lvw_Profiles();
+            ASSERT_EQ(profiles->count(), 3) << "no profile, and the two of the demo site";
+            const QList<QListWidgetItem*> found = profiles->findItems("Einspeisung", Qt::MatchExactly);
+            ASSERT_EQ(found.size(), 1);
+            QTest::mouseClick(
+                profiles->viewport(), Qt::LeftButton, {}, profiles->visualItemRect(found.front()).center());
+            Click(wizard.cmd_Forward());
 
-        // The tree reaches down to the loggers; a logger is the entry point, its channels are not shown.
-        ASSERT_EQ(wizard.CurrentPage(), 3);
-        QTreeWidget* tree = wizard.trv_Channels();
-        EXPECT_TRUE(Node(tree, "Einspeisung Halle A", "Wirkleistung") == nullptr);
-        QTreeWidgetItem* logger = Node(tree, "Halle A", "Druckluftstation");
-        ASSERT_NE(logger, nullptr);
-        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, Centre(tree, logger));
-        ASSERT_EQ(tree->currentItem(), logger);
-        Click(wizard.cmd_Forward());
-        ASSERT_EQ(wizard.CurrentPage(), 4);
-        Click(wizard.cmd_Forward());
-        ASSERT_EQ(wizard.CurrentPage(), 6);
-        Click(wizard.cmd_Forward());
-    });
+            // The tree reaches down to the loggers; a logger is the entry point, its channels are not shown.
+            ASSERT_EQ(wizard.CurrentPage(), 3);
+            QTreeWidget* tree = wizard.trv_Channels();
+            EXPECT_TRUE(Node(tree, "Einspeisung Halle A", "Wirkleistung") == nullptr);
+            QTreeWidgetItem* logger = Node(tree, "Halle A", "Druckluftstation");
+            ASSERT_NE(logger, nullptr);
+            QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, Centre(tree, logger));
+            ASSERT_EQ(tree->currentItem(), logger);
+            Click(wizard.cmd_Forward());
+            ASSERT_EQ(wizard.CurrentPage(), 4);
+            Click(wizard.cmd_Forward());
+            ASSERT_EQ(wizard.CurrentPage(), 6);
+            Click(wizard.cmd_Forward());
+        },
+        true);
     ASSERT_NE(view, nullptr);
     ASSERT_EQ(CurveNames(*view), QStringList({ "Wirkleistung", "cos phi" }));
     EXPECT_TRUE(view->FindCurve("1$121") && view->FindCurve("1$123")) << "the chosen logger's channels";
