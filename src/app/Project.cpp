@@ -64,7 +64,7 @@ qint32 Project::Init()
     m_mainWindow = std::make_unique<frm_Main>();
     if (!m_mainWindow)
         return -1;
-    InstallViewDialogs();
+    InstallViewDialogs(*this);
     IconList::Init();
     m_mainWindow->SetCloseRequestHandler([this] { return Terminate(false); });
     m_cBar = new ToolRegistry(*m_mainWindow);

@@ -27,7 +27,7 @@ template<typename Dialog> Dialog& WithHelp(Dialog& dialog, qint32 context)
 
 } // namespace
 
-void InstallViewDialogs()
+void InstallViewDialogs(Project& project)
 {
     MeasuringDialogs dialogs;
     dialogs.properties = [](Measuring& measuring) {
@@ -42,12 +42,12 @@ void InstallViewDialogs()
         frm_CurveProperties dialog(measuring, curve, measuring.Window());
         return WithHelp(dialog, 1035).ShowMe();
     };
-    dialogs.newMeasuring = [](Measuring& measuring) -> std::optional<NewMeasuringChoice> {
-        frm_NewMeasuring wizard(*g_cProject, g_cProject->MainWindow());
+    dialogs.newMeasuring = [&project](Measuring& measuring) -> std::optional<NewMeasuringChoice> {
+        frm_NewMeasuring wizard(project, project.MainWindow());
         WithHelp(wizard, 1039);
         wizard.SetMode(0);
-        wizard.SetDataModules(g_cProject->DataModules());
-        wizard.SetProfiles(&g_cProject->Profiles());
+        wizard.SetDataModules(project.DataModules());
+        wizard.SetProfiles(&project.Profiles());
         wizard.SetMeasuringName(GetResString(302));
         Q_UNUSED(measuring);
         if (wizard.ShowMe())

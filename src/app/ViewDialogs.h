@@ -2,4 +2,7 @@
 // Hands the dialogs that edit a view to the view document, which can't know them itself.
 #pragma once
 
-void InstallViewDialogs();
+class Project;
+
+// The new-view wizard works with the project's modules and profiles.
+void InstallViewDialogs(Project& project);

@@ -62,18 +62,10 @@ protected:
         // No profiles unless a test names the shipped file.
         roots.SetMachine(KeySettings, "Profiles", out.filePath("none.dat"));
     }
-    void TearDown() override
-    {
-        g_cProject = nullptr;
-        DemoFixture::TearDown();
-    }
-
     // The main window without a view, as the program starts it.
     void Start(Project& project)
     {
         ASSERT_EQ(project.Init(), 0);
-        // The wizard's hook reaches the program through the global, as in the running program.
-        g_cProject = &project;
         project.MainWindow()->resize(1200, 800);
         QObject::connect(project.MsgHandler(), &MessageHandler::Message,
             [this](const QString& name, const QString& params) { messages << name + ":" + params; });
@@ -242,8 +234,9 @@ TEST_F(NewViewTest, AViewMadeWithTheWizardIsShownAnnouncedAndExportsLikeTheSameV
                     << curve->Name().toStdString() << " statistic " << statistic->ID().toStdString();
         for (const auto& curve : view->Curves())
             for (const auto& statistic : curve->Statistics())
-                if (statistic->DisplayType() == Statistic::DisplayLine)
+                if (statistic->DisplayType() == Statistic::DisplayLine) {
                     EXPECT_TRUE(statistic->Visible()) << "statistic lines are shown in the chart, as chosen";
+                }
         EXPECT_EQ(Settings::StoredValue(Id::NewIndizes), "|" + statistics.join('|') + "|");
         EXPECT_EQ(Settings::StoredValue(Id::NewShowIndizes), "1");
 
@@ -256,7 +249,6 @@ TEST_F(NewViewTest, AViewMadeWithTheWizardIsShownAnnouncedAndExportsLikeTheSameV
 
         ASSERT_EQ(view->SaveFile(saved, false), 0);
         project.Terminate(true);
-        g_cProject = nullptr;
     }
 
     // The same channels, period and the loggers' 15 minutes, written by hand.
