@@ -31,7 +31,7 @@ namespace {
 // open is rejected. A dialog that never comes fails the test instead of hanging it.
 template<typename T> void OnModal(std::function<void(T&)> steps)
 {
-    auto* timer = new QTimer;
+    auto* timer = new QTimer(QCoreApplication::instance());
     auto tries = std::make_shared<int>(0);
     QObject::connect(timer, &QTimer::timeout, [timer, tries, steps] {
         auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
@@ -55,7 +55,7 @@ template<typename T> void OnModal(std::function<void(T&)> steps)
 // Fails the test, and closes the boxes, should messages come while the steps run.
 void NoMessage()
 {
-    auto* timer = new QTimer;
+    auto* timer = new QTimer(QCoreApplication::instance());
     auto tries = std::make_shared<int>(0);
     QObject::connect(timer, &QTimer::timeout, [timer, tries] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
