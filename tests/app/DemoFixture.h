@@ -9,7 +9,9 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QLineEdit>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -38,6 +40,15 @@ protected:
     {
         roots.SetUser(KeySettings, "OnCloseMeasuring", "1");
         ASSERT_TRUE(QFile::copy(Examples + "/Hauptzaehler.sor", out.filePath(name)));
+    }
+    // Replaces the text of a box as a user types it.
+    static void Type(QLineEdit* edit, const QString& text)
+    {
+        ASSERT_NE(edit, nullptr);
+        edit->setFocus();
+        edit->selectAll();
+        QTest::keyClick(edit, Qt::Key_Backspace);
+        QTest::keyClicks(edit, text);
     }
     // Lets posted events and deferred deletes run.
     static void Settle()

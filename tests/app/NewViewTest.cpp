@@ -119,14 +119,6 @@ protected:
         ASSERT_TRUE(button->isEnabled()) << button->objectName().toStdString();
         QTest::mouseClick(button, Qt::LeftButton);
     }
-    static void Type(QLineEdit* edit, const QString& text)
-    {
-        ASSERT_NE(edit, nullptr);
-        edit->setFocus();
-        edit->selectAll();
-        QTest::keyClick(edit, Qt::Key_Backspace);
-        QTest::keyClicks(edit, text);
-    }
     // Types a date and leaves the box with Tab, which takes the text.
     static void TypeDate(DateEdit* box, const QString& text)
     {

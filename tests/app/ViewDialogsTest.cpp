@@ -96,14 +96,6 @@ protected:
         ASSERT_TRUE(button->isEnabled()) << name;
         QTest::mouseClick(button, Qt::LeftButton);
     }
-    static void Type(QLineEdit* edit, const QString& text)
-    {
-        ASSERT_NE(edit, nullptr);
-        edit->setFocus();
-        edit->selectAll();
-        QTest::keyClick(edit, Qt::Key_Backspace);
-        QTest::keyClicks(edit, text);
-    }
 
     void Export(const QString& view, const QString& csv)
     {
