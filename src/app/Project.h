@@ -136,7 +136,6 @@ public:
     bool CloseMeasuring(Measuring* measuring = nullptr);
 
 private:
-    Measuring* ActiveOrNull();
     void ViewCommand(Measuring& view, const QString& name);
     void DisableMissingCommands();
     void FillWindowList(QMenu* menu, QAction* marker);

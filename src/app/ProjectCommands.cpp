@@ -180,22 +180,13 @@ void Project::BuildMenus()
     m_mainWindow->SetStatusLabel(bar.Label(QStringLiteral("lblStatus")));
 }
 
-Measuring* Project::ActiveOrNull()
-{
-    try {
-        return GetActiveMeasuring();
-    } catch (...) {
-        return nullptr;
-    }
-}
-
 void Project::ToolClick(const QString& clicked)
 {
     // A layout or an add-in of the other edition names the configuration tool differently.
     const QString name = clicked == QLatin1String("mnuQUANDELConfig") ? QStringLiteral("mnuExtrasConfig") : clicked;
     m_cAddIns->ToolClick(name);
     // Looked up after the add-ins, which may have closed a view.
-    Measuring* view = ActiveOrNull();
+    Measuring* view = GetActiveMeasuring();
 
     const auto is = [&name](const char* tool) { return name == QLatin1String(tool); };
     if (is("mnuFileNew")) {
@@ -324,7 +315,7 @@ void Project::ComboClose(const QString& name)
     if (m_bBarBusy)
         return;
     m_cAddIns->ToolComboClose(name);
-    Measuring* view = ActiveOrNull();
+    Measuring* view = GetActiveMeasuring();
     if (view && name == QLatin1String("mnuViewResolution")) {
         const int position = m_cBar->Combo(name)->currentIndex();
         if (position >= 0 && position < int(ResolutionUnits.size())) {
@@ -364,7 +355,7 @@ void Project::UpdateToolStates()
     const std::initializer_list<const char*> windowTools { "mnuWindowHoriz", "mnuWindowVert", "mnuWindowCascade",
         "mnuWindowArrange" };
 
-    Measuring* view = ActiveOrNull();
+    Measuring* view = GetActiveMeasuring();
     if (!view) {
         enable({ "mnuFileNew", "mnuFileOpen", "mnuExit" }, true);
         enable({ "mnuFileClose", "mnuFileSave", "mnuFileSaveAs", "mnuFileExport", "mnuFilePrint" }, false);
@@ -454,7 +445,7 @@ void Project::DisableMissingCommands()
 void Project::ResetCurveColors(Measuring* view)
 {
     if (!view)
-        view = ActiveOrNull();
+        view = GetActiveMeasuring();
     if (!view)
         return;
     // The first seven series take the program's basic colours again.
@@ -464,14 +455,14 @@ void Project::ResetCurveColors(Measuring* view)
         if (curve->SeriesID() >= 0 && curve->SeriesID() < qint32(colors.size()))
             curve->Properties().Color = colors[size_t(curve->SeriesID())];
     view->Refresh(false);
+    // Assigning the name marks the view changed.
     view->SetName(view->Name());
-    view->SetChanged(true);
 }
 
 void Project::EditMeasuringProperties(Measuring* view)
 {
     if (!view)
-        view = ActiveOrNull();
+        view = GetActiveMeasuring();
     if (view && view->EditProperties() > 0)
         SendMessage(QStringLiteral("SORANO_MEASURING_EDIT"), view->ID());
     UpdateToolStates();
@@ -480,7 +471,7 @@ void Project::EditMeasuringProperties(Measuring* view)
 void Project::EditCurveProperties(Measuring* view)
 {
     if (!view)
-        view = ActiveOrNull();
+        view = GetActiveMeasuring();
     if (view && view->CurrentCurve())
         view->EditCurveProperties();
 }
@@ -488,7 +479,7 @@ void Project::EditCurveProperties(Measuring* view)
 void Project::ManageCurves(Measuring* view)
 {
     if (!view)
-        view = ActiveOrNull();
+        view = GetActiveMeasuring();
     if (view)
         view->ManageCurves();
     UpdateToolStates();

@@ -42,14 +42,13 @@ void InstallViewDialogs(Project& project)
         frm_CurveProperties dialog(measuring, curve, measuring.Window());
         return WithHelp(dialog, 1035).ShowMe();
     };
-    dialogs.newMeasuring = [&project](Measuring& measuring) -> std::optional<NewMeasuringChoice> {
+    dialogs.newMeasuring = [&project](Measuring&) -> std::optional<NewMeasuringChoice> {
         frm_NewMeasuring wizard(project, project.MainWindow());
         WithHelp(wizard, 1039);
         wizard.SetMode(0);
         wizard.SetDataModules(project.DataModules());
         wizard.SetProfiles(&project.Profiles());
         wizard.SetMeasuringName(GetResString(302));
-        Q_UNUSED(measuring);
         if (wizard.ShowMe())
             return std::nullopt;
         NewMeasuringChoice choice;
