@@ -11,6 +11,7 @@ packages=(
   clang libclang-rt-dev
   xvfb xauth
   tango-icon-theme
+  fonts-liberation poppler-utils
 )
 
 missing=()

@@ -103,6 +103,8 @@ public:
     bool AutoScale() const { return m_bAutoScale; }
     void SetAutoScale(bool on) { m_bAutoScale = on; }
     ModuleBoxes& DataModules() { return m_cDataModules; }
+    // The application around the view: messages, progress and tool states go there.
+    MeasuringHost& Host() const { return m_cHost; }
     // Every module of the application, which a curve may be taken from; the view's own
     // modules are among them.
     ModuleBoxes& OfferedModules();
