@@ -55,11 +55,14 @@ public:
     float RowHeight() const { return m_fRowHeight; }
     float HeaderHeight() const { return m_fHeaderHeight; }
     float FirstColWidth() const { return m_fFirstColWidth; }
-    const std::vector<float>& ColWidths() const { return m_cColWidths; } ///< from column 1 at index 0
+    // Widths of every column asked for, from column 1 at index 0; the first Cols are in the table.
+    const std::vector<float>& ColWidths() const { return m_cColWidths; }
 
 private:
     void SetTableFont(bool bold) const;
     int MeasuredWidth(const QString& text) const;
+    // The width of column col counted from 1; 0 outside the columns measured.
+    float ColWidth(qint32 col) const;
     void FitRows();
     void FitColumns();
     void DrawGrid();

@@ -1,1 +1,274 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The table layout on fixed font metrics: rows and columns that fit, cut texts, the grid.
+#include "PrintResizeTable.h"
+#include "ReportDocument.h"
+
+#include "QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+// At 10 points: 100 twips a character, 120 in bold, 200 twips high.
+class FixedMetrics : public TextMetrics
+{
+public:
+    void Measure(const QFont& font, const QString& text, int& width, int& height) const override
+    {
+        const int perChar = font.bold() ? 120 : 100;
+        width = static_cast<int>(text.size()) * perChar * font.pixelSize() / 200;
+        height = font.pixelSize();
+    }
+};
+
+struct DrawnText
+{
+    QString text;
+    double left, top, width, height;
+    int align;
+    bool bold;
+};
+
+struct DrawnLine
+{
+    double x1, y1, x2, y2;
+    int style;
+    int width;
+    bool operator==(const DrawnLine&) const = default;
+};
+
+void PrintTo(const DrawnLine& line, std::ostream* out)
+{
+    *out << "(" << line.x1 << "," << line.y1 << ")-(" << line.x2 << "," << line.y2 << ") style " << line.style
+         << " width " << line.width;
+}
+
+class PrintResizeTableTest : public ::testing::Test
+{
+protected:
+    PrintResizeTable Table(float width, float height, qint32 labelRows, qint32 cols)
+    {
+        PrintResizeTable table;
+        table.Page = page;
+        table.FontName = QStringLiteral("Arial");
+        table.FontSize = 10;
+        table.Left = 1000;
+        table.Top = 2000;
+        table.Width = width;
+        table.Height = height;
+        table.LabelRows = labelRows;
+        table.Cols = cols;
+        return table;
+    }
+
+    std::vector<DrawnText> Texts() const
+    {
+        std::vector<DrawnText> texts;
+        for (const ReportPage::Operation& op : page->Operations())
+            if (op.kind == ReportPage::Operation::Text)
+                texts.push_back({ op.text, op.rect.left(), op.rect.top(), op.rect.width(), op.rect.height(),
+                    op.state.align, page->FontAt(op.state.font).bold() });
+        return texts;
+    }
+
+    std::vector<DrawnLine> Lines() const
+    {
+        std::vector<DrawnLine> lines;
+        for (const ReportPage::Operation& op : page->Operations())
+            if (op.kind == ReportPage::Operation::Line)
+                lines.push_back({ op.rect.left(), op.rect.top(), op.rect.right(), op.rect.bottom(), op.state.penStyle,
+                    op.state.penWidth });
+        return lines;
+    }
+
+    FixedMetrics metrics;
+    ReportDocument document { metrics };
+    ReportPage* page = &document.AddPage(false);
+};
+
+void ExpectTexts(const std::vector<DrawnText>& actual, const std::vector<DrawnText>& expected)
+{
+    ASSERT_EQ(actual.size(), expected.size());
+    for (std::size_t i = 0; i < actual.size(); ++i) {
+        SCOPED_TRACE(expected[i].text.toStdString());
+        EXPECT_EQ(actual[i].text, expected[i].text);
+        EXPECT_NEAR(actual[i].left, expected[i].left, 0.01);
+        EXPECT_NEAR(actual[i].top, expected[i].top, 0.01);
+        EXPECT_NEAR(actual[i].width, expected[i].width, 0.01);
+        EXPECT_NEAR(actual[i].height, expected[i].height, 0.01);
+        EXPECT_EQ(actual[i].align, expected[i].align);
+        EXPECT_EQ(actual[i].bold, expected[i].bold);
+    }
+}
+
+} // namespace
+
+// Rows are 200 twips, the header one row: a height of 1150.5 holds 950 / 200 = 4 body rows.
+TEST_F(PrintResizeTableTest, RowsAreCutToTheHeightAndTheHeightToTheRows)
+{
+    PrintResizeTable tooMany = Table(5000, 1150.5f, 1, 0);
+    tooMany.SetRows(10);
+    EXPECT_EQ(tooMany.Rows(), 4);
+    EXPECT_FLOAT_EQ(tooMany.Height, 1000);
+    EXPECT_FLOAT_EQ(tooMany.RowHeight(), 200);
+    EXPECT_FLOAT_EQ(tooMany.HeaderHeight(), 200);
+
+    PrintResizeTable fewer = Table(5000, 1150.5f, 1, 0);
+    fewer.SetRows(3);
+    EXPECT_EQ(fewer.Rows(), 3);
+    EXPECT_FLOAT_EQ(fewer.Height, 800);
+    // A second fit, as the table makes when it is created, keeps a one-label-row table as it is.
+    fewer.CreateTable();
+    EXPECT_EQ(fewer.Rows(), 3);
+    EXPECT_FLOAT_EQ(fewer.Height, 800);
+
+    PrintResizeTable none = Table(5000, 1150.5f, 1, 0);
+    none.SetRows(0);
+    EXPECT_EQ(none.Rows(), 0);
+    EXPECT_FLOAT_EQ(none.Height, 200);
+    PrintResizeTable noneTwoLabels = Table(5000, 1150.5f, 2, 0);
+    noneTwoLabels.SetRows(0);
+    EXPECT_FLOAT_EQ(noneTwoLabels.Height, 0);
+}
+
+// The second label row is a body row of the caller's: 2150 holds 9 rows, of which 8 are left
+// when too many are asked for, and the height loses one row even when the rows fit.
+TEST_F(PrintResizeTableTest, SecondLabelRowTakesOneRowOffTheHeight)
+{
+    PrintResizeTable tooMany = Table(5000, 2150, 2, 0);
+    tooMany.SetRows(20);
+    EXPECT_EQ(tooMany.Rows(), 8);
+    EXPECT_FLOAT_EQ(tooMany.Height, 1600);
+
+    PrintResizeTable fewer = Table(5000, 2150, 2, 0);
+    fewer.SetRows(5);
+    EXPECT_EQ(fewer.Rows(), 5);
+    EXPECT_FLOAT_EQ(fewer.Height, 1000);
+    // Creating fits again on the shrunk height: 800 / 200 = 4 rows, so 5 are too many.
+    fewer.CreateTable();
+    EXPECT_EQ(fewer.Rows(), 3);
+    EXPECT_FLOAT_EQ(fewer.Height, 600);
+}
+
+// Row labels in bold (120 a character), cells in normal weight (100), each with 2 mm margin
+// truncated: labels 353 and 593, columns 613, 213 and 813, all together 2232.
+TEST_F(PrintResizeTableTest, ColumnsAreLostFromTheRightAndTheTableIsNeverStretched)
+{
+    const auto fill = [](PrintResizeTable& table) {
+        table.SetRows(3); // 700 holds two rows
+        table.AddRowLabel(QStringLiteral("R1"), 1);
+        table.AddRowLabel(QStringLiteral("Row2"), 2);
+        table.AddColLabel(QStringLiteral("Leistungsfaktor Phase 1"), 2);
+        table.AddValue(QStringLiteral("abc"), 1, 1, 0, false, false);
+        table.AddValue(QStringLiteral("abcde"), 1, 2, 0, false, false);
+        table.AddValue(QStringLiteral("x"), 2, 1, 0, false, false);
+        table.AddValue(QStringLiteral("a row that did not fit"), 2, 3, 0, false, false);
+        table.AddValue(QStringLiteral("1234567"), 3, 2, 0, false, false);
+        table.CreateTable();
+    };
+    struct Case
+    {
+        float width;
+        qint32 cols;
+        float tableWidth;
+    };
+    for (const Case& c : { Case { 5000, 3, 2232 }, Case { 2231, 2, 1419 }, Case { 1419, 2, 1419 },
+             Case { 1418.5f, 1, 1206 }, Case { 500, 0, 593 } }) {
+        SCOPED_TRACE(c.width);
+        PrintResizeTable table = Table(c.width, 700, 1, 3);
+        fill(table);
+        EXPECT_EQ(table.Rows(), 2);
+        EXPECT_EQ(table.Cols, c.cols);
+        EXPECT_FLOAT_EQ(table.Width, c.tableWidth);
+        EXPECT_FLOAT_EQ(table.FirstColWidth(), 593);
+        EXPECT_EQ(table.ColWidths(), (std::vector<float> { 613, 213, 813 }));
+    }
+}
+
+// Top 2000, header 200; text rows start half a millimetre below the header line. The table ends
+// at 2600, and a text below that gets the height (Height - Top) - y.
+TEST_F(PrintResizeTableTest, TextsAreCutToTheirColumnsAndPlacedInTheirRows)
+{
+    PrintResizeTable table = Table(10000, 700, 1, 2);
+    table.SetRows(3);
+    table.AddRowLabel(QStringLiteral("R1"), 1);
+    table.AddRowLabel(QStringLiteral("XX"), 1);
+    table.AddRowLabel(QStringLiteral("Row2"), 2);
+    table.AddRowLabel(QStringLiteral("R3"), 3);
+    table.AddColLabel(QStringLiteral("Wirkleistung"), 1);
+    table.AddColLabel(QStringLiteral("cos"), 2);
+    table.AddColLabel(QStringLiteral("dup"), 2);
+    table.AddValue(QStringLiteral("abcdefgh"), 1, 1, 1, false, false);
+    table.AddValue(QStringLiteral("other"), 1, 1, 0, true, false);
+    table.AddValue(QStringLiteral("12"), 1, 2, 2, false, false);
+    table.AddValue(QStringLiteral("xyzxyz"), 2, 1, 7, false, false);
+    table.AddValue(QStringLiteral("hidden"), 2, 3, 0, false, false);
+    table.AddValue(QString(), 2, 2, 1, false, false);
+    // Row 0 lies in the label row and is not measured for the column's width.
+    table.AddValue(QStringLiteral("abcdefghijklmn"), 1, 0, 0, false, false);
+    table.CreateTable();
+
+    ASSERT_EQ(table.Rows(), 2);
+    ASSERT_EQ(table.Cols, 2);
+    // Label column 593; columns 913 and 713.
+    ASSERT_EQ(table.ColWidths(), (std::vector<float> { 913, 713 }));
+    ExpectTexts(Texts(),
+        {
+            { "R1", 1056.7, 2228, 240, 200, 0, true },
+            { "Row2", 1056.7, 2428, 480, -3828, 0, true },
+            // 1440 is wider than 913: cut to 799.6, six letters, then the dot.
+            { "Wirkle.", 1649, 2056.7, 840, 200, 0, true },
+            { "cos", 2562, 2056.7, 360, 200, 0, true },
+            { "abcdefgh", 1649.7, 2228.35, 913, 200, 1, false },
+            { "12", 1649.7, 2428.35, 913, -3828, 2, false },
+            // An unknown alignment keeps the one before.
+            { "xyzxyz", 2562.7, 2228.35, 713, 200, 2, false },
+            // Cut to the column's full width, without a dot.
+            { "abcdefghi", 1649.7, 2028.35, 913, 200, 0, false },
+        });
+}
+
+// No row labels: label column 113, columns 513 and 313, the table 939 wide and 800 high.
+TEST_F(PrintResizeTableTest, GridFramesTheTableAndRulesRowsAndColumns)
+{
+    const auto make = [this](qint32 labelCols) {
+        PrintResizeTable table = Table(10000, 1000, 1, 2);
+        table.LabelCols = labelCols;
+        table.SetRows(3);
+        table.AddValue(QStringLiteral("abcd"), 1, 1, 0, false, false);
+        table.AddValue(QStringLiteral("ab"), 2, 1, 0, false, false);
+        table.CreateTable();
+        return table;
+    };
+    make(1);
+    const std::vector<ReportPage::Operation>& ops = page->Operations();
+    ASSERT_FALSE(ops.empty());
+    EXPECT_EQ(ops.front().kind, ReportPage::Operation::Rect);
+    EXPECT_EQ(ops.front().rect, QRectF(1000, 2000, 939, 800));
+    EXPECT_EQ(ops.front().state.penWidth, 2);
+    EXPECT_EQ(ops.front().state.penStyle, ReportPage::PenSolid);
+    const int solid = ReportPage::PenSolid;
+    const int dot = ReportPage::PenDot;
+    // The first dotted column rule lies on the solid one; none is drawn on the right edge.
+    EXPECT_EQ(Lines(),
+        (std::vector<DrawnLine> {
+            { 1000, 2200, 1939, 2200, solid, 1 },
+            { 1000, 2400, 1939, 2400, dot, 1 },
+            { 1000, 2600, 1939, 2600, dot, 1 },
+            { 1113, 2000, 1113, 2800, solid, 1 },
+            { 1113, 2000, 1113, 2800, dot, 1 },
+            { 1626, 2000, 1626, 2800, dot, 1 },
+        }));
+
+    // With two label columns the solid rule moves behind the first value column.
+    page = &document.AddPage(false);
+    make(2);
+    std::vector<DrawnLine> columnRules;
+    for (const DrawnLine& line : Lines())
+        if (line.x1 == line.x2)
+            columnRules.push_back(line);
+    EXPECT_EQ(columnRules,
+        (std::vector<DrawnLine> { { 1626, 2000, 1626, 2800, solid, 1 }, { 1626, 2000, 1626, 2800, dot, 1 } }));
+}
