@@ -55,8 +55,8 @@ QPen PenOf(const ReportPage::State& state)
     // Pen widths are in twips as the page sizes are; 0 and 1 both draw the thinnest line.
     pen.setWidthF(std::max(1, state.penWidth) * 15.0);
     pen.setStyle(state.penStyle == ReportPage::PenDot ? Qt::DotLine
-            : state.penStyle == ReportPage::PenDash  ? Qt::DashLine
-                                                     : Qt::SolidLine);
+            : state.penStyle == ReportPage::PenDash   ? Qt::DashLine
+                                                      : Qt::SolidLine);
     pen.setCapStyle(Qt::FlatCap);
     return pen;
 }
@@ -111,7 +111,8 @@ void ReportPage::DrawText(const QString& text, double left, double top, double w
 
 void ReportPage::DrawLine(double x1, double y1, double x2, double y2)
 {
-    m_cOperations.push_back({ Operation::Line, m_cState, QRectF(QPointF(x1, y1), QPointF(x2, y2)), QString(), nullptr });
+    m_cOperations.push_back(
+        { Operation::Line, m_cState, QRectF(QPointF(x1, y1), QPointF(x2, y2)), QString(), nullptr });
 }
 
 void ReportPage::DrawRect(double left, double top, double width, double height)
@@ -145,7 +146,11 @@ void ReportPage::Render(QPainter& painter) const
                 painter.setFont(m_cFonts[static_cast<std::size_t>(font)]);
             }
             painter.setPen(QColor::fromRgb(state.penColor));
-            painter.drawText(operation.rect, static_cast<int>(AlignmentOf(state.align)), operation.text);
+            // Texts are not clipped to their rectangle, and a table may hand its last row a
+            // height below zero: the text still stands where its top is.
+            painter.drawText(QRectF(operation.rect.topLeft(),
+                                 QSizeF(operation.rect.width(), std::max(0.0, operation.rect.height()))),
+                static_cast<int>(AlignmentOf(state.align)) | Qt::TextDontClip, operation.text);
             break;
         case Operation::Line:
             painter.setPen(PenOf(state));
@@ -177,13 +182,11 @@ void ReportPage::Render(QPainter& painter) const
 ReportDocument::ReportDocument()
     : m_pOwnMetrics(std::make_unique<DeviceTextMetrics>())
     , m_pMetrics(m_pOwnMetrics.get())
-{
-}
+{ }
 
 ReportDocument::ReportDocument(const TextMetrics& metrics)
     : m_pMetrics(&metrics)
-{
-}
+{ }
 
 ReportDocument::~ReportDocument() = default;
 
@@ -202,8 +205,8 @@ void ReportDocument::ClearPages()
 bool ReportDocument::PrintTo(QPagedPaintDevice& device) const
 {
     const auto layoutOf = [](const ReportPage& page) {
-        return QPageLayout(QPageSize(QPageSize::A4),
-            page.Landscape() ? QPageLayout::Landscape : QPageLayout::Portrait, QMarginsF(0, 0, 0, 0));
+        return QPageLayout(QPageSize(QPageSize::A4), page.Landscape() ? QPageLayout::Landscape : QPageLayout::Portrait,
+            QMarginsF(0, 0, 0, 0));
     };
     if (!m_cPages.empty())
         device.setPageLayout(layoutOf(*m_cPages.front()));
@@ -221,8 +224,15 @@ bool ReportDocument::PrintTo(QPagedPaintDevice& device) const
                 return false;
             }
         }
-        // One painter unit is one twip whatever the device's resolution.
+        // One painter unit is one twip whatever the device's resolution, from the paper's
+        // corner even where a printer keeps margins it can't print on.
         painter.resetTransform();
+        const QPageLayout layout = device.pageLayout();
+        if (layout.mode() == QPageLayout::StandardMode) {
+            const QMarginsF margins = layout.marginsPoints();
+            painter.translate(
+                -margins.left() * device.logicalDpiX() / 72.0, -margins.top() * device.logicalDpiY() / 72.0);
+        }
         painter.scale(device.logicalDpiX() / 1440.0, device.logicalDpiY() / 1440.0);
         page.Render(painter);
     }
