@@ -1,2 +1,597 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The print preview and its page view, which draws one recorded page at a time.
 #include "frm_Preview.h"
+
+#include "Globals.h"
+#include "ReportDocument.h"
+#include "ResStrings.h"
+#include "Settings.h"
+
+#include <QAbstractScrollArea>
+#include <QAction>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QKeyEvent>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPixmap>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QScreen>
+#include <QScrollBar>
+#include <QSpinBox>
+#include <QStandardPaths>
+#include <QToolBar>
+#include <QToolButton>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace {
+
+// The fixed percentages of the zoom list, after its three fitting modes.
+constexpr std::array<int, 5> Percentages = { 50, 75, 100, 150, 200 };
+constexpr int FitEntries = 3;
+
+// Grey around the sheet, in pixels.
+constexpr int Border = 16;
+// Room left of and right of the printed content when it fills the width.
+constexpr int ContentGap = 8;
+// Empty room kept around the printed content, in twips (1 mm).
+constexpr double ContentPadding = 56.7;
+// One notch of a mouse wheel.
+constexpr int WheelNotch = 120;
+
+// The text in German or English, for texts the string table has no id for.
+QString Lang(const char* german, const char* english)
+{
+    return QString::fromUtf8(g_lLangOffset >= 1000 ? english : german);
+}
+
+// The horizontal extent of everything drawn on the page with a little room around it; the
+// whole width for an empty page.
+std::pair<double, double> ContentExtent(const ReportPage& page)
+{
+    double left = page.Width();
+    double right = 0.0;
+    for (const ReportPage::Operation& operation : page.Operations()) {
+        const QRectF rect = operation.rect.normalized();
+        left = std::min(left, rect.left());
+        right = std::max(right, rect.right());
+    }
+    if (right <= left)
+        return { 0.0, double(page.Width()) };
+    return { std::max(0.0, left - ContentPadding), std::min(double(page.Width()), right + ContentPadding) };
+}
+
+} // namespace
+
+// A scroll area that shows one page as a white sheet with a shadow on grey. The page is
+// rendered once per page and scale into a pixmap, so that scrolling only copies it.
+class PreviewPageView : public QAbstractScrollArea
+{
+public:
+    enum Fit { FitNone, FitContent, FitWidth, FitPage };
+
+    explicit PreviewPageView(QWidget* parent)
+        : QAbstractScrollArea(parent)
+    {
+        setFrameShape(QFrame::NoFrame);
+        setFocusPolicy(Qt::StrongFocus);
+        viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+        horizontalScrollBar()->setSingleStep(20);
+        verticalScrollBar()->setSingleStep(20);
+    }
+
+    // Called when the wheel runs on past the page's end (+1) or start (-1); true when the
+    // page was turned.
+    std::function<bool(int)> m_turnPage;
+    // Called with +1 or -1 by Ctrl and the wheel.
+    std::function<void(int)> m_zoomStep;
+    // Called when a fitting zoom gives a new scale, as after a resize.
+    std::function<void()> m_scaleChanged;
+
+    // Shows the page from its top; null shows the grey only.
+    void SetPage(const ReportPage* page)
+    {
+        m_pPage = page;
+        m_cCache = QPixmap();
+        m_iWheel = 0;
+        Relayout();
+        verticalScrollBar()->setValue(0);
+        viewport()->update();
+    }
+
+    void SetZoom(Fit fit, double percent)
+    {
+        m_eFit = fit;
+        m_dPercent = percent;
+        Relayout();
+        viewport()->update();
+    }
+
+    void ScrollToEnd() { verticalScrollBar()->setValue(verticalScrollBar()->maximum()); }
+
+    double Scale() const { return m_dScale; }
+    double Percent() const { return m_dScale * 1440.0 / ScreenDpi() * 100.0; }
+
+    QSize SheetSize() const
+    {
+        if (!m_pPage)
+            return QSize();
+        return QSize(qRound(m_pPage->Width() * m_dScale), qRound(m_pPage->Height() * m_dScale));
+    }
+
+    QRect SheetRect() const
+    {
+        if (!m_pPage)
+            return QRect();
+        const QSize sheet = SheetSize();
+        const QSize view = viewport()->size();
+        const auto start = [](int sheetLength, int viewLength, int scrolled) {
+            return sheetLength + 2 * Border <= viewLength ? (viewLength - sheetLength) / 2 : Border - scrolled;
+        };
+        return QRect(QPoint(start(sheet.width(), view.width(), horizontalScrollBar()->value()),
+                         start(sheet.height(), view.height(), verticalScrollBar()->value())),
+            sheet);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(viewport());
+        painter.fillRect(viewport()->rect(), QColor(0x80, 0x80, 0x80));
+        if (!m_pPage)
+            return;
+        const QRect sheet = SheetRect();
+        // A soft shadow below and right of the sheet.
+        for (int i = 1; i <= 4; ++i)
+            painter.fillRect(sheet.translated(i, i), QColor(0, 0, 0, 60 - 10 * i));
+        const qreal ratio = viewport()->devicePixelRatioF();
+        if (m_cCache.isNull() || m_cCache.devicePixelRatio() != ratio) {
+            m_cCache = QPixmap(sheet.size() * ratio);
+            m_cCache.setDevicePixelRatio(ratio);
+            m_cCache.fill(Qt::white);
+            QPainter page(&m_cCache);
+            page.setRenderHint(QPainter::Antialiasing);
+            page.setRenderHint(QPainter::TextAntialiasing);
+            page.setRenderHint(QPainter::SmoothPixmapTransform);
+            page.scale(m_dScale, m_dScale);
+            m_pPage->Render(page);
+        }
+        painter.drawPixmap(sheet.topLeft(), m_cCache);
+    }
+
+    void resizeEvent(QResizeEvent*) override { Relayout(); }
+
+    void scrollContentsBy(int, int) override { viewport()->update(); }
+
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        // Turning pages is the window's; the arrows scroll as usual.
+        switch (event->key()) {
+        case Qt::Key_PageUp:
+        case Qt::Key_PageDown:
+        case Qt::Key_Home:
+        case Qt::Key_End:
+            event->ignore();
+            return;
+        default:
+            QAbstractScrollArea::keyPressEvent(event);
+        }
+    }
+
+    void wheelEvent(QWheelEvent* event) override
+    {
+        const int delta = event->angleDelta().y();
+        if (event->modifiers() & Qt::ControlModifier) {
+            if (delta != 0 && m_zoomStep)
+                m_zoomStep(delta > 0 ? 1 : -1);
+            event->accept();
+            return;
+        }
+        QScrollBar* bar = verticalScrollBar();
+        const bool atEnd = delta < 0 && bar->value() >= bar->maximum();
+        const bool atStart = delta > 0 && bar->value() <= bar->minimum();
+        if (!atEnd && !atStart) {
+            m_iWheel = 0;
+            QAbstractScrollArea::wheelEvent(event);
+            return;
+        }
+        // A whole notch past the edge turns the page; touch pads send smaller steps.
+        if ((m_iWheel < 0) != (delta < 0))
+            m_iWheel = 0;
+        m_iWheel += delta;
+        event->accept();
+        if (std::abs(m_iWheel) < WheelNotch)
+            return;
+        const int step = m_iWheel < 0 ? 1 : -1;
+        m_iWheel = 0;
+        if (m_turnPage && m_turnPage(step) && step < 0)
+            ScrollToEnd();
+    }
+
+private:
+    double ScreenDpi() const { return logicalDpiX() > 0 ? logicalDpiX() : 96.0; }
+
+    // Finds the scale and the scroll ranges for the viewport size. The scroll bars take
+    // room of their own, so a fit that needs one is computed again without its room.
+    void Relayout()
+    {
+        const double old = m_dScale;
+        const QSize full = maximumViewportSize();
+        QSize view = full;
+        double content = 0.0;
+        for (int pass = 0; pass < 3 && m_pPage; ++pass) {
+            m_dScale = FitScale(view, content);
+            const QSize doc = SheetSize() + QSize(2 * Border, 2 * Border);
+            QSize next = full;
+            const bool wide = doc.width() > full.width();
+            const bool tall = doc.height() > full.height() - (wide ? horizontalScrollBar()->sizeHint().height() : 0);
+            if (tall)
+                next.rwidth() -= verticalScrollBar()->sizeHint().width();
+            if (doc.width() > next.width())
+                next.rheight() -= horizontalScrollBar()->sizeHint().height();
+            if (next == view)
+                break;
+            view = next;
+        }
+        m_dScale = m_pPage ? FitScale(view, content) : 0.0;
+        if (m_dScale != old)
+            m_cCache = QPixmap();
+        const QSize doc = m_pPage ? SheetSize() + QSize(2 * Border, 2 * Border) : QSize();
+        QScrollBar* horizontal = horizontalScrollBar();
+        QScrollBar* vertical = verticalScrollBar();
+        horizontal->setRange(0, std::max(0, doc.width() - view.width()));
+        horizontal->setPageStep(std::max(1, view.width()));
+        vertical->setRange(0, std::max(0, doc.height() - view.height()));
+        vertical->setPageStep(std::max(1, view.height()));
+        // The printed content fills the width from its left edge.
+        if (m_eFit == FitContent && m_pPage)
+            horizontal->setValue(qRound(Border + content * m_dScale - ContentGap));
+        if (m_dScale != old && m_scaleChanged)
+            m_scaleChanged();
+    }
+
+    // The scale for the viewport size; content gets the left edge of the printed content.
+    double FitScale(const QSize& view, double& content) const
+    {
+        const double width = std::max(1, view.width() - 2 * Border);
+        const double height = std::max(1, view.height() - 2 * Border);
+        switch (m_eFit) {
+        case FitContent: {
+            const auto [left, right] = ContentExtent(*m_pPage);
+            content = left;
+            return std::max(1, view.width() - 2 * ContentGap) / (right - left);
+        }
+        case FitWidth:
+            return width / m_pPage->Width();
+        case FitPage:
+            return std::min(width / m_pPage->Width(), height / m_pPage->Height());
+        case FitNone:
+            break;
+        }
+        return m_dPercent / 100.0 * ScreenDpi() / 1440.0;
+    }
+
+    const ReportPage* m_pPage = nullptr;
+    Fit m_eFit = FitWidth;
+    double m_dPercent = 100.0;
+    double m_dScale = 0.0;
+    int m_iWheel = 0;
+    mutable QPixmap m_cCache;
+};
+
+frm_Preview::frm_Preview(QWidget* parent)
+    : QMainWindow(parent)
+{
+    setObjectName(QStringLiteral("frm_Preview"));
+    setWindowTitle(GetResString(468));
+
+    m_picPage = new PreviewPageView(this);
+    m_picPage->setObjectName(QStringLiteral("pic_Page"));
+    setCentralWidget(m_picPage);
+    m_picPage->m_turnPage = [this](int step) {
+        const qsizetype before = m_lPage;
+        ShowPage(m_lPage + step);
+        return m_lPage != before;
+    };
+    m_picPage->m_zoomStep = [this](int step) { step > 0 ? ZoomIn() : ZoomOut(); };
+    m_picPage->m_scaleChanged = [this] { UpdateZoomTools(); };
+
+    m_tlbPreview = addToolBar(GetResString(468));
+    m_tlbPreview->setObjectName(QStringLiteral("tlb_Preview"));
+    m_tlbPreview->setMovable(false);
+    m_tlbPreview->setFloatable(false);
+    m_tlbPreview->setContextMenuPolicy(Qt::PreventContextMenu);
+
+    // The program's own zoom pictures where they are, else the desktop's.
+    const auto icon = [](const char* theme, const char* own = nullptr) {
+        if (own) {
+            const QString resource = QStringLiteral(":/icons/%1.svg").arg(QLatin1String(own));
+            if (QFile::exists(resource))
+                return QIcon(resource);
+        }
+        return QIcon::fromTheme(QLatin1String(theme));
+    };
+    const auto tool = [this](const QIcon& image, const QString& tip, const char* name) {
+        QAction* action = m_tlbPreview->addAction(image, tip);
+        action->setObjectName(QLatin1String(name));
+        action->setToolTip(tip);
+        return action;
+    };
+
+    m_tlbPrint = tool(icon("document-print"), GetResString(472), "tlb_Print");
+    m_tlbSavePdf = tool(icon("document-save-as"), Lang("Als PDF speichern", "Save as PDF"), "tlb_SavePdf");
+    m_tlbPreview->addSeparator();
+    m_tlbZoomOut = tool(icon("zoom-out", "ICO_ZOOMOUT"), GetResString(474), "tlb_ZoomOut");
+    m_tlbZoomIn = tool(icon("zoom-in", "ICO_ZOOMIN"), GetResString(475), "tlb_ZoomIn");
+
+    m_cboZoom = new QComboBox(m_tlbPreview);
+    m_cboZoom->setObjectName(QStringLiteral("cbo_Zoom"));
+    m_cboZoom->addItem(GetResString(471));
+    m_cboZoom->addItem(GetResString(469));
+    m_cboZoom->addItem(GetResString(470));
+    for (const int percent : Percentages)
+        m_cboZoom->addItem(QStringLiteral("%1 %").arg(percent));
+    m_cboZoom->setFocusPolicy(Qt::ClickFocus);
+    m_tlbPreview->addWidget(m_cboZoom);
+    m_tlbPreview->addSeparator();
+
+    m_tlbPrevious = tool(icon("go-previous"), GetResString(476), "tlb_Previous");
+    m_txtPage = new QSpinBox(m_tlbPreview);
+    m_txtPage->setObjectName(QStringLiteral("txt_Page"));
+    m_txtPage->setKeyboardTracking(false);
+    m_txtPage->setAlignment(Qt::AlignCenter);
+    m_txtPage->setButtonSymbols(QAbstractSpinBox::NoButtons);
+    m_tlbPreview->addWidget(m_txtPage);
+    m_tlbNext = tool(icon("go-next"), GetResString(477), "tlb_Next");
+    m_tlbPreview->addSeparator();
+
+    // The close tool shows its caption: there is no common picture for it.
+    m_tlbClose = tool(QIcon(), GetResString(273), "tlb_Close");
+    m_tlbClose->setToolTip(QString(GetResString(273)).remove(QLatin1Char('&')));
+    if (auto* button = qobject_cast<QToolButton*>(m_tlbPreview->widgetForAction(m_tlbClose)))
+        button->setToolButtonStyle(Qt::ToolButtonTextOnly);
+
+    connect(m_tlbPrint, &QAction::triggered, this, &frm_Preview::Print);
+    connect(m_tlbSavePdf, &QAction::triggered, this, &frm_Preview::SavePdf);
+    connect(m_tlbZoomOut, &QAction::triggered, this, &frm_Preview::ZoomOut);
+    connect(m_tlbZoomIn, &QAction::triggered, this, &frm_Preview::ZoomIn);
+    connect(m_cboZoom, &QComboBox::activated, this, &frm_Preview::SetZoomIndex);
+    connect(m_tlbPrevious, &QAction::triggered, this, &frm_Preview::PreviousPage);
+    connect(m_tlbNext, &QAction::triggered, this, &frm_Preview::NextPage);
+    connect(m_txtPage, &QSpinBox::valueChanged, this, [this](int value) { ShowPage(value - 1); });
+    connect(m_tlbClose, &QAction::triggered, this, &QWidget::close);
+
+    // The zoom the user left the preview with last time.
+    const QString stored = Settings::StoredValue(Settings::Id::PreviewZoom);
+    const int zoom = int(Settings::Number(Settings::Id::PreviewZoom));
+    m_iZoom = !stored.isEmpty() && zoom >= 0 && zoom < m_cboZoom->count() ? zoom : int(ZoomPageWidth);
+    m_cboZoom->setCurrentIndex(m_iZoom);
+    ApplyZoom();
+
+    // A sheet of A4 in page width at a size that suits the screen.
+    QSize size(900, 1000);
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        size = size.boundedTo(screen->availableGeometry().size() * 0.9);
+    resize(size);
+    m_picPage->setFocus();
+    UpdateTools();
+}
+
+frm_Preview::~frm_Preview() = default;
+
+QAbstractScrollArea* frm_Preview::pic_Page() const
+{
+    return m_picPage;
+}
+
+void frm_Preview::SetReport(std::shared_ptr<ReportDocument> document)
+{
+    m_pDocument = std::move(document);
+    const QString title = m_pDocument ? m_pDocument->Title() : QString();
+    setWindowTitle(title.isEmpty() ? GetResString(468) : GetResString(468) + QStringLiteral(" - ") + title);
+    m_lPage = -1;
+    ShowPage(0);
+}
+
+void frm_Preview::ShowPage(qsizetype index)
+{
+    const qsizetype count = m_pDocument ? m_pDocument->PageCount() : 0;
+    index = count == 0 ? 0 : std::clamp(index, qsizetype(0), count - 1);
+    const bool changed = index != m_lPage;
+    m_lPage = index;
+    if (changed)
+        m_picPage->SetPage(count > 0 ? &m_pDocument->Page(index) : nullptr);
+    UpdateTools();
+}
+
+void frm_Preview::SetZoomIndex(int index)
+{
+    if (index < 0 || index >= m_cboZoom->count())
+        return;
+    m_iZoom = index;
+    ApplyZoom();
+    UpdateTools();
+}
+
+void frm_Preview::ZoomOut()
+{
+    const double now = m_picPage->Percent();
+    for (int index = m_cboZoom->count() - 1; index >= FitEntries; --index) {
+        if (PercentAt(index) < now - 0.5) {
+            SetZoomIndex(index);
+            return;
+        }
+    }
+}
+
+void frm_Preview::ZoomIn()
+{
+    const double now = m_picPage->Percent();
+    for (int index = FitEntries; index < m_cboZoom->count(); ++index) {
+        if (PercentAt(index) > now + 0.5) {
+            SetZoomIndex(index);
+            return;
+        }
+    }
+}
+
+double frm_Preview::Scale() const
+{
+    return m_picPage->Scale();
+}
+
+QRect frm_Preview::SheetRect() const
+{
+    return m_picPage->SheetRect();
+}
+
+double frm_Preview::PercentAt(int index) const
+{
+    return index >= FitEntries ? Percentages[std::size_t(index - FitEntries)] : 0.0;
+}
+
+void frm_Preview::ApplyZoom()
+{
+    static constexpr PreviewPageView::Fit Fits[FitEntries]
+        = { PreviewPageView::FitContent, PreviewPageView::FitWidth, PreviewPageView::FitPage };
+    if (m_iZoom < FitEntries)
+        m_picPage->SetZoom(Fits[m_iZoom], 100.0);
+    else
+        m_picPage->SetZoom(PreviewPageView::FitNone, PercentAt(m_iZoom));
+}
+
+void frm_Preview::UpdateTools()
+{
+    const qsizetype count = m_pDocument ? m_pDocument->PageCount() : 0;
+    m_tlbPrint->setEnabled(count > 0);
+    m_tlbSavePdf->setEnabled(count > 0);
+    m_tlbPrevious->setEnabled(count > 0 && m_lPage > 0);
+    m_tlbNext->setEnabled(count > 0 && m_lPage < count - 1);
+    UpdateZoomTools();
+    // "Seite x von n", the number in between being the one to edit.
+    const QSignalBlocker blocker(m_txtPage);
+    const QString pattern = GetResString(462);
+    const qsizetype split = pattern.indexOf(QStringLiteral("%s1"));
+    m_txtPage->setPrefix(split < 0 ? QString() : pattern.left(split));
+    m_txtPage->setSuffix(
+        split < 0 ? QString() : pattern.mid(split + 3).replace(QStringLiteral("%s2"), QString::number(count)));
+    m_txtPage->setRange(count > 0 ? 1 : 0, int(std::max(count, qsizetype(0))));
+    m_txtPage->setValue(count > 0 ? int(m_lPage + 1) : 0);
+    m_txtPage->setEnabled(count > 1);
+}
+
+void frm_Preview::UpdateZoomTools()
+{
+    if (!m_tlbZoomIn)
+        return;
+    const bool page = m_pDocument && m_pDocument->PageCount() > 0;
+    const double now = m_picPage->Percent();
+    m_tlbZoomOut->setEnabled(page && now > Percentages.front() + 0.5);
+    m_tlbZoomIn->setEnabled(page && now < Percentages.back() - 0.5);
+    const QSignalBlocker blocker(m_cboZoom);
+    m_cboZoom->setCurrentIndex(m_iZoom);
+}
+
+void frm_Preview::Print()
+{
+    if (!m_pDocument || m_pDocument->PageCount() == 0)
+        return;
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setResolution(1440);
+    printer.setFullPage(true);
+    printer.setDocName(m_pDocument->Title());
+    QPrintDialog dialog(&printer, this);
+    // The document goes to the printer as a whole.
+    dialog.setOption(QAbstractPrintDialog::PrintPageRange, false);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    if (!m_pDocument->PrintTo(printer)) {
+        QMessageBox::warning(
+            this, windowTitle(), Lang("Der Bericht konnte nicht gedruckt werden.", "The report could not be printed."));
+        return;
+    }
+    if (Settings::IsTrue(Settings::Id::ClosePreviewAfterPrint))
+        close();
+}
+
+void frm_Preview::SavePdf()
+{
+    if (!m_pDocument || m_pDocument->PageCount() == 0)
+        return;
+    // The title as file name, without the characters file systems refuse.
+    QString name = m_pDocument->Title().trimmed();
+    static const QString forbidden = QStringLiteral("\\/:*?\"<>|");
+    for (QChar& character : name)
+        if (forbidden.contains(character) || character.unicode() < 32)
+            character = QLatin1Char('_');
+    if (name.isEmpty())
+        name = Lang("Bericht", "Report");
+    QString folder = Settings::Value(Settings::Id::LastFolder);
+    if (folder.isEmpty() || !QFileInfo(folder).isDir())
+        folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    QString fileName = QFileDialog::getSaveFileName(this, Lang("Als PDF speichern", "Save as PDF"),
+        QDir(folder).filePath(name + QStringLiteral(".pdf")), Lang("PDF-Dateien (*.pdf)", "PDF files (*.pdf)"));
+    if (fileName.isEmpty())
+        return;
+    if (!fileName.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive))
+        fileName += QStringLiteral(".pdf");
+    Settings::Write(Settings::Id::LastFolder, QFileInfo(fileName).absolutePath());
+    QString error;
+    if (!m_pDocument->SavePdf(fileName, &error))
+        QMessageBox::warning(this, windowTitle(),
+            Lang("Die PDF-Datei %1 konnte nicht gespeichert werden:\n%2", "The PDF file %1 could not be saved:\n%2")
+                .arg(QDir::toNativeSeparators(fileName), error));
+}
+
+void frm_Preview::closeEvent(QCloseEvent* event)
+{
+    Settings::Write(Settings::Id::PreviewZoom, QString::number(m_iZoom));
+    // The document can be large: it goes back as soon as nobody looks at it.
+    m_picPage->SetPage(nullptr);
+    m_pDocument.reset();
+    m_lPage = 0;
+    UpdateTools();
+    event->accept();
+    emit ReportReleased();
+}
+
+void frm_Preview::keyPressEvent(QKeyEvent* event)
+{
+    const qsizetype count = m_pDocument ? m_pDocument->PageCount() : 0;
+    switch (event->key()) {
+    case Qt::Key_PageUp:
+        PreviousPage();
+        break;
+    case Qt::Key_PageDown:
+        NextPage();
+        break;
+    case Qt::Key_Home:
+        ShowPage(0);
+        break;
+    case Qt::Key_End:
+        ShowPage(count - 1);
+        break;
+    case Qt::Key_F1:
+        if (m_help)
+            m_help(HelpContext);
+        break;
+    case Qt::Key_Escape:
+        close();
+        break;
+    default:
+        QMainWindow::keyPressEvent(event);
+        return;
+    }
+    event->accept();
+}

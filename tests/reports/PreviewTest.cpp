@@ -1,1 +1,249 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The print preview: page turning, zoom modes, the stored zoom, releasing the document and
+// what the page view draws.
+#include "frm_Preview.h"
+
+#include "QtPrinters.h"
+#include "ReportDocument.h"
+#include "ResStrings.h"
+#include "Settings.h"
+#include "TempSettings.h"
+
+#include <QAbstractScrollArea>
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QImage>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTest>
+#include <QWheelEvent>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// Pages with a filled black rectangle from (2000, 3000) to (6000, 5000) twips on each.
+std::shared_ptr<ReportDocument> Document(int pages, bool landscape = false)
+{
+    auto document = std::make_shared<ReportDocument>();
+    document->SetTitle(QStringLiteral("Lastgang"));
+    for (int i = 0; i < pages; ++i) {
+        ReportPage& page = document->AddPage(landscape);
+        page.SetFillStyle(1);
+        page.SetPenColor(Qt::black);
+        page.DrawRect(2000, 3000, 4000, 2000);
+    }
+    return document;
+}
+
+void Wheel(frm_Preview& preview, int delta)
+{
+    QWidget* viewport = preview.pic_Page()->viewport();
+    const QPointF at(viewport->width() / 2.0, viewport->height() / 2.0);
+    QWheelEvent event(at, viewport->mapToGlobal(at), QPoint(), QPoint(0, delta), Qt::NoButton, Qt::NoModifier,
+        Qt::NoScrollPhase, false);
+    QApplication::sendEvent(viewport, &event);
+}
+
+class PreviewTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        m_preview = std::make_unique<frm_Preview>();
+        m_preview->resize(800, 900);
+        m_preview->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(m_preview.get()));
+    }
+    QSize Viewport() const { return m_preview->pic_Page()->viewport()->size(); }
+    // The scroll bars come and go after the event loop ran.
+    void Zoom(int index)
+    {
+        m_preview->SetZoomIndex(index);
+        QCoreApplication::processEvents();
+    }
+
+    TempSettings m_settings;
+    std::unique_ptr<frm_Preview> m_preview;
+};
+
+TEST_F(PreviewTest, TurnsPagesWithinTheDocument)
+{
+    frm_Preview& preview = *m_preview;
+    preview.SetReport(Document(3));
+    EXPECT_EQ(preview.windowTitle(), GetResString(468) + QStringLiteral(" - Lastgang"));
+    EXPECT_EQ(preview.CurrentPage(), 0);
+    EXPECT_FALSE(preview.tlb_Previous()->isEnabled());
+    EXPECT_TRUE(preview.tlb_Next()->isEnabled());
+
+    preview.tlb_Next()->trigger();
+    preview.tlb_Next()->trigger();
+    EXPECT_EQ(preview.CurrentPage(), 2);
+    EXPECT_TRUE(preview.tlb_Previous()->isEnabled());
+    EXPECT_FALSE(preview.tlb_Next()->isEnabled());
+    EXPECT_EQ(preview.txt_Page()->text(), GetResString(462).replace("%s1", "3").replace("%s2", "3"));
+    preview.NextPage();
+    EXPECT_EQ(preview.CurrentPage(), 2);
+    preview.ShowPage(-4);
+    EXPECT_EQ(preview.CurrentPage(), 0);
+    preview.ShowPage(99);
+    EXPECT_EQ(preview.CurrentPage(), 2);
+
+    // Keys on the page view, and a number typed into the page box.
+    QWidget* view = preview.pic_Page();
+    QTest::keyClick(view, Qt::Key_Home);
+    EXPECT_EQ(preview.CurrentPage(), 0);
+    QTest::keyClick(view, Qt::Key_PageDown);
+    EXPECT_EQ(preview.CurrentPage(), 1);
+    QTest::keyClick(view, Qt::Key_PageUp);
+    EXPECT_EQ(preview.CurrentPage(), 0);
+    QTest::keyClick(view, Qt::Key_End);
+    EXPECT_EQ(preview.CurrentPage(), 2);
+    preview.txt_Page()->setValue(2);
+    EXPECT_EQ(preview.CurrentPage(), 1);
+
+    // A new document starts on its first page; a document without pages disables the tools.
+    preview.SetReport(Document(2));
+    EXPECT_EQ(preview.CurrentPage(), 0);
+    preview.SetReport(Document(0));
+    EXPECT_FALSE(preview.tlb_Next()->isEnabled());
+    EXPECT_FALSE(preview.tlb_Print()->isEnabled());
+}
+
+TEST_F(PreviewTest, WheelTurnsThePageOnlyAtItsEnd)
+{
+    frm_Preview& preview = *m_preview;
+    preview.SetReport(Document(3));
+    // In page width the portrait page is taller than the window: the wheel scrolls first.
+    Zoom(frm_Preview::ZoomPageWidth);
+    QScrollBar* bar = preview.pic_Page()->verticalScrollBar();
+    ASSERT_GT(bar->maximum(), 0);
+    Wheel(preview, -120);
+    EXPECT_EQ(preview.CurrentPage(), 0);
+    EXPECT_GT(bar->value(), 0);
+    bar->setValue(bar->maximum());
+    Wheel(preview, -120);
+    EXPECT_EQ(preview.CurrentPage(), 1);
+    EXPECT_EQ(bar->value(), 0);
+    // Back past the top shows the previous page from its end.
+    Wheel(preview, 120);
+    EXPECT_EQ(preview.CurrentPage(), 0);
+    EXPECT_EQ(bar->value(), bar->maximum());
+}
+
+TEST_F(PreviewTest, ZoomModesFitTheViewport)
+{
+    frm_Preview& preview = *m_preview;
+    auto document = Document(2);
+    // The second page carries content from 2 cm to 19 cm only.
+    ReportPage& narrow = document->Page(1);
+    narrow.DrawLine(1134, 1000, 10772, 1000);
+    narrow.DrawRect(1134, 2000, 9638, 12000);
+    preview.SetReport(document);
+    QScrollBar* horizontal = preview.pic_Page()->horizontalScrollBar();
+    QScrollBar* vertical = preview.pic_Page()->verticalScrollBar();
+
+    Zoom(frm_Preview::ZoomPageWidth);
+    QRect sheet = preview.SheetRect();
+    EXPECT_EQ(horizontal->maximum(), 0);
+    EXPECT_GT(vertical->maximum(), 0);
+    EXPECT_LE(sheet.width(), Viewport().width());
+    EXPECT_GT(sheet.width(), Viewport().width() - 40);
+    EXPECT_NEAR(preview.Scale() * A4ShortTwips, sheet.width(), 1.0);
+
+    Zoom(frm_Preview::ZoomWholePage);
+    sheet = preview.SheetRect();
+    EXPECT_EQ(horizontal->maximum(), 0);
+    EXPECT_EQ(vertical->maximum(), 0);
+    EXPECT_TRUE(QRect(QPoint(), Viewport()).contains(sheet));
+    EXPECT_GT(sheet.height(), Viewport().height() - 40);
+    EXPECT_NEAR(double(sheet.width()) / sheet.height(), double(A4ShortTwips) / A4LongTwips, 0.01);
+
+    // 100 % shows the sheet at its size on paper: 210 mm at the screen's resolution.
+    Zoom(5);
+    EXPECT_EQ(preview.cbo_Zoom()->currentText(), QStringLiteral("100 %"));
+    EXPECT_NEAR(preview.SheetRect().width(), 210.0 / 25.4 * preview.pic_Page()->logicalDpiX(), 1.0);
+    preview.ZoomIn();
+    EXPECT_EQ(preview.cbo_Zoom()->currentText(), QStringLiteral("150 %"));
+    Zoom(7);
+    EXPECT_FALSE(preview.tlb_ZoomIn()->isEnabled());
+    Zoom(3);
+    EXPECT_FALSE(preview.tlb_ZoomOut()->isEnabled());
+
+    // Content: the printed part fills the width, scrolled to its left edge.
+    preview.ShowPage(1);
+    Zoom(frm_Preview::ZoomContent);
+    sheet = preview.SheetRect();
+    const double scale = preview.Scale();
+    const double left = sheet.left() + 1134 * scale;
+    const double right = sheet.left() + 10772 * scale;
+    EXPECT_GT(horizontal->maximum(), 0);
+    EXPECT_GE(left, 0.0);
+    EXPECT_LT(left, 30.0);
+    EXPECT_LE(right, Viewport().width());
+    EXPECT_GT(right, Viewport().width() - 30.0);
+}
+
+TEST_F(PreviewTest, ZoomIsStoredOnClosingAndUsedAtStart)
+{
+    m_settings.SetMachine(Settings::KeyMainWin, QStringLiteral("prevzoom"), QStringLiteral("2"));
+    {
+        frm_Preview preview;
+        EXPECT_EQ(preview.ZoomIndex(), frm_Preview::ZoomWholePage);
+        EXPECT_EQ(preview.cbo_Zoom()->currentIndex(), 2);
+        preview.cbo_Zoom()->setCurrentIndex(6);
+        emit preview.cbo_Zoom()->activated(6);
+        preview.close();
+    }
+    EXPECT_EQ(Settings::StoredValue(Settings::Id::PreviewZoom), QStringLiteral("6"));
+    frm_Preview again;
+    EXPECT_EQ(again.ZoomIndex(), 6);
+
+    // A value past the list does not select a missing entry.
+    m_settings.SetMachine(Settings::KeyMainWin, QStringLiteral("prevzoom"), QStringLiteral("42"));
+    frm_Preview broken;
+    EXPECT_GE(broken.cbo_Zoom()->currentIndex(), 0);
+    EXPECT_EQ(broken.cbo_Zoom()->currentIndex(), broken.ZoomIndex());
+}
+
+TEST_F(PreviewTest, ClosingReleasesTheDocument)
+{
+    frm_Preview& preview = *m_preview;
+    int help = 0;
+    preview.SetHelpHandler([&help](int context) { help = context; });
+    QTest::keyClick(preview.pic_Page(), Qt::Key_F1);
+    EXPECT_EQ(help, frm_Preview::HelpContext);
+
+    auto document = Document(2);
+    const std::weak_ptr<ReportDocument> watch = document;
+    preview.SetReport(std::move(document));
+    QSignalSpy released(&preview, &frm_Preview::ReportReleased);
+    preview.tlb_Close()->trigger();
+    EXPECT_FALSE(preview.isVisible());
+    EXPECT_EQ(released.count(), 1);
+    EXPECT_EQ(preview.Report(), nullptr);
+    EXPECT_TRUE(watch.expired());
+}
+
+TEST_F(PreviewTest, DrawsThePageOnAWhiteSheet)
+{
+    frm_Preview& preview = *m_preview;
+    preview.SetReport(Document(1));
+    Zoom(frm_Preview::ZoomWholePage);
+    const QImage image = preview.pic_Page()->viewport()->grab().toImage();
+    const QRect sheet = preview.SheetRect();
+    const double scale = preview.Scale();
+    const auto at = [&](double x, double y) {
+        return qGray(image.pixel(qRound(sheet.left() + x * scale), qRound(sheet.top() + y * scale)));
+    };
+    EXPECT_LT(at(4000, 4000), 40); // inside the black rectangle
+    EXPECT_GT(at(9000, 12000), 245); // empty paper
+    EXPECT_GT(at(1000, 4000), 245); // left of the rectangle
+    const int grey = qGray(image.pixel(2, 2)); // around the sheet
+    EXPECT_GT(grey, 60);
+    EXPECT_LT(grey, 200);
+}
+
+} // namespace
