@@ -58,6 +58,7 @@ QPen PenOf(const ReportPage::State& state)
             : state.penStyle == ReportPage::PenDash   ? Qt::DashLine
                                                       : Qt::SolidLine);
     pen.setCapStyle(Qt::FlatCap);
+    pen.setJoinStyle(Qt::MiterJoin);
     return pen;
 }
 
