@@ -167,10 +167,16 @@ void ReportPage::Render(QPainter& painter) const
             const QRect bounds = operation.picture->boundingRect();
             if (bounds.isEmpty())
                 break;
+            // A picture plays itself larger on a device of a finer resolution than its own,
+            // which the scale takes back: the rectangle alone decides its size.
+            const QPaintDevice* device = painter.device();
+            const double dpiX = double(operation.picture->logicalDpiX()) / device->logicalDpiX();
+            const double dpiY = double(operation.picture->logicalDpiY()) / device->logicalDpiY();
             painter.save();
             painter.translate(operation.rect.topLeft());
-            painter.scale(operation.rect.width() / bounds.width(), operation.rect.height() / bounds.height());
-            painter.translate(-bounds.topLeft());
+            painter.scale(
+                operation.rect.width() / bounds.width() * dpiX, operation.rect.height() / bounds.height() * dpiY);
+            painter.translate(-bounds.left() / dpiX, -bounds.top() / dpiY);
             painter.drawPicture(0, 0, *operation.picture);
             painter.restore();
             break;
