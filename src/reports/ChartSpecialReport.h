@@ -1,2 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The full-page chart report: only the chart, stretched over the page between head and foot.
 #pragma once
+
+#include "ReportInterface.h"
+
+class ChartSpecialReport : public ReportInterface
+{
+public:
+    ChartSpecialReport();
+    void Execute(Measuring* measuring, ReportDocument* document, qint32& status) override;
+};

@@ -1,2 +1,131 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The table report: a table per page with the curves as columns and their units as the first
+// row, each page repeating the last two time rows of the page before.
 #include "TableReport.h"
+
+#include "ChartReport.h"
+#include "Curve.h"
+#include "DataMatrix.h"
+#include "Formatter.h"
+#include "MatrixBlock.h"
+#include "Measuring.h"
+#include "MeasuringHost.h"
+#include "Numeric.h"
+#include "PrintResizeTable.h"
+#include "ReportDocument.h"
+#include "ReportPageBuilder.h"
+#include "ResStrings.h"
+
+TableReport::TableReport()
+    : ReportInterface(GetResString(461), 1)
+{ }
+
+void TableReport::Execute(Measuring* measuring, ReportDocument* document, qint32& status)
+{
+    if (!measuring || !document) {
+        status = -1;
+        return;
+    }
+    status = 0;
+    ReportPageBuilder builder;
+    builder.LoadSettings();
+    builder.SetDocument(document);
+    QString fontName;
+    double fontSize = 0;
+    BuiltInReports::TableFont(fontName, fontSize);
+
+    const QString title = BuiltInReports::PeriodTitle(*measuring);
+    document->SetTitle(title);
+    const MeasuringFile::Address& address = measuring->CustomerAddress();
+    QString customer;
+    if (!address.Name.isEmpty()) {
+        customer = GetResString(454) + QLatin1Char(' ') + address.Name;
+        if (!address.Place.isEmpty())
+            customer += QStringLiteral(", ") + address.Place;
+    }
+    const QString foot = BuiltInReports::CompanyLine();
+
+    MeasuringHost& host = measuring->Host();
+    const QString progress = QStringLiteral("TR1");
+    host.SendMessage(QStringLiteral("LOG"), GetResString(288));
+    host.SendMessage(QStringLiteral("PROGRESS_START"), progress);
+
+    const auto& curves = measuring->Curves();
+    MatrixBlockPtr times;
+    if (!curves.empty() && curves.front()->Result())
+        times = curves.front()->Result()->DataBlock();
+    const qint64 rowCount = times && times->Columns() > 0 ? times->Rows() : 0;
+    const Formatter formatter;
+
+    // Each page starts with the last two time rows of the page before: a page of n table rows
+    // holds the unit row and n - 1 time rows, and the offset moves on by n - 3.
+    qint64 offset = 0;
+    qint64 lastRows = 0;
+    while (offset + lastRows < rowCount) {
+        host.SendMessage(QStringLiteral("PROGRESS_UPDATE"),
+            progress + QLatin1Char(';') + QString::number(double(offset + 1) / double(rowCount) * 100.0));
+        ReportPage* page = builder.AddPage(Orientation(), title, QString(), customer, foot, QString(), QString());
+        if (!page) {
+            // Another turn would ask for the same page again.
+            status = -2;
+            break;
+        }
+
+        PrintResizeTable table;
+        table.Page = page;
+        table.FontName = fontName;
+        table.FontSize = fontSize;
+        table.Left = float(builder.Left() * TwipsPerMm);
+        table.Top = float((builder.Top() + builder.HeadHeight()) * TwipsPerMm);
+        table.Width = float(builder.PageWidth() - (builder.Left() + builder.Right()) * TwipsPerMm);
+        table.Height = float(builder.PageHeight() - (builder.Top() + builder.Bottom()) * TwipsPerMm
+            - (builder.HeadHeight() + builder.FootHeight()) * TwipsPerMm);
+        table.LabelRows = 2;
+        table.LabelCols = 1;
+        table.Cols = static_cast<qint32>(curves.size());
+        // All remaining rows are offered; the table takes what fits.
+        table.SetRows(static_cast<qint32>(rowCount - offset));
+
+        qint32 col = 1;
+        for (const auto& curve : curves) {
+            table.AddColLabel(curve->Name(), col);
+            table.AddValue(curve->Unit(), col, 1, 1, false, false);
+            ++col;
+        }
+        for (qint32 row = 2; row <= table.Rows(); ++row) {
+            // With one or two rows left the offset steps back before the first row; what
+            // lies outside a block is left out, as any value that cannot be read.
+            const qint64 index = offset + row - 2;
+            if (index >= 0 && index < rowCount)
+                table.AddRowLabel(formatter.GeneralDate(times->At(index, 0)), row);
+            col = 0;
+            for (const auto& curve : curves) {
+                ++col;
+                const DataMatrix* result = curve->Result().get();
+                const MatrixBlock* block = result ? result->DataBlock().get() : nullptr;
+                if (!block || index < 0 || index >= block->Rows() || block->Columns() < 2)
+                    continue;
+                const double value = block->At(index, 1);
+                QString text;
+                if (value == block->NoValue())
+                    text = GetResString(369);
+                else if (result->DataType() == DataMatrix::CosPhiType)
+                    text = formatter.FormatNumber(FoldCosPhi(value), u"#,##0.00");
+                else
+                    text = formatter.FormatNumber(value, u"#,##0.00");
+                table.AddValue(text, col, row, 0, false, false);
+            }
+        }
+        table.CreateTable();
+        const qint64 previous = offset;
+        offset += table.Rows() - 3;
+        lastRows = table.Rows();
+        // With very few rows left the table can take too few to move on (drawing fits the
+        // rows once more and takes two off), and the same page would be made forever.
+        if (offset <= previous)
+            break;
+    }
+
+    host.SendMessage(QStringLiteral("LOG"), QString());
+    host.SendMessage(QStringLiteral("PROGRESS_END"), progress);
+}
