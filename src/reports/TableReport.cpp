@@ -16,6 +16,9 @@
 #include "ReportPageBuilder.h"
 #include "ResStrings.h"
 
+#include <algorithm>
+#include <limits>
+
 TableReport::TableReport()
     : ReportInterface(GetResString(461), 1)
 { }
@@ -57,13 +60,14 @@ void TableReport::Execute(Measuring* measuring, ReportDocument* document, qint32
     const qint64 rowCount = times && times->Columns() > 0 ? times->Rows() : 0;
     const Formatter formatter;
 
-    // Each page starts with the last two time rows of the page before: a page of n table rows
-    // holds the unit row and n - 1 time rows, and the offset moves on by n - 3.
+    // A table of n rows holds the unit row and n - 1 time rows, its last one below its frame.
+    // The offset moves on by n - 3, so that each page starts with the last two time rows of
+    // the page before. Drawing the table fits its rows once more and takes two off, so it is
+    // offered three rows beyond those left: the last page shows them all.
     qint64 offset = 0;
-    qint64 lastRows = 0;
-    while (offset + lastRows < rowCount) {
+    while (offset < rowCount) {
         host.SendMessage(QStringLiteral("PROGRESS_UPDATE"),
-            progress + QLatin1Char(';') + QString::number(double(offset + 1) / double(rowCount) * 100.0));
+            progress + QLatin1Char(';') + QString::number(double(offset + 1) / double(rowCount)));
         ReportPage* page = builder.AddPage(Orientation(), title, QString(), customer, foot, QString(), QString());
         if (!page) {
             // Another turn would ask for the same page again.
@@ -83,8 +87,8 @@ void TableReport::Execute(Measuring* measuring, ReportDocument* document, qint32
         table.LabelRows = 2;
         table.LabelCols = 1;
         table.Cols = static_cast<qint32>(curves.size());
-        // All remaining rows are offered; the table takes what fits.
-        table.SetRows(static_cast<qint32>(rowCount - offset));
+        // The table takes what fits.
+        table.SetRows(static_cast<qint32>(std::min<qint64>(rowCount - offset + 3, std::numeric_limits<qint32>::max())));
 
         qint32 col = 1;
         for (const auto& curve : curves) {
@@ -93,17 +97,16 @@ void TableReport::Execute(Measuring* measuring, ReportDocument* document, qint32
             ++col;
         }
         for (qint32 row = 2; row <= table.Rows(); ++row) {
-            // With one or two rows left the offset steps back before the first row; what
-            // lies outside a block is left out, as any value that cannot be read.
             const qint64 index = offset + row - 2;
-            if (index >= 0 && index < rowCount)
-                table.AddRowLabel(formatter.GeneralDate(times->At(index, 0)), row);
+            if (index >= rowCount)
+                break;
+            table.AddRowLabel(formatter.GeneralDate(times->At(index, 0)), row);
             col = 0;
             for (const auto& curve : curves) {
                 ++col;
                 const DataMatrix* result = curve->Result().get();
                 const MatrixBlock* block = result ? result->DataBlock().get() : nullptr;
-                if (!block || index < 0 || index >= block->Rows() || block->Columns() < 2)
+                if (!block || index >= block->Rows() || block->Columns() < 2)
                     continue;
                 const double value = block->At(index, 1);
                 QString text;
@@ -117,13 +120,15 @@ void TableReport::Execute(Measuring* measuring, ReportDocument* document, qint32
             }
         }
         table.CreateTable();
-        const qint64 previous = offset;
-        offset += table.Rows() - 3;
-        lastRows = table.Rows();
-        // With very few rows left the table can take too few to move on (drawing fits the
-        // rows once more and takes two off), and the same page would be made forever.
-        if (offset <= previous)
+        const qint64 shown = table.Rows() - 1;
+        if (shown < 1) {
+            // Margins that leave no room for a single row: there is nothing to go on with.
+            status = -2;
             break;
+        }
+        if (offset + shown >= rowCount)
+            break;
+        offset += std::max<qint64>(shown - 2, 1);
     }
 
     host.SendMessage(QStringLiteral("LOG"), QString());
