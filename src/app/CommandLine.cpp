@@ -3,18 +3,10 @@
 #include "CommandLine.h"
 
 #include "Calendar.h"
-#include "ChartAdapter.h"
-#include "Measuring.h"
-#include "MeasuringFile.h"
-#include "Project.h"
-#include "SoranoFileHandler.h"
 #include "Version.h"
-#include "ctl_NavBar.h"
-#include "frm_GraphicView.h"
 
 #include <QCommandLineParser>
 #include <QDate>
-#include <QFileInfo>
 #include <QRegularExpression>
 #include <QTime>
 
@@ -125,11 +117,15 @@ QString UsageText()
         "Usage: sorano [VIEW.sor ...]\n"
         "       sorano --export-csv|--export-png|--export-svg OUT [--from DATE] [--to DATE]\n"
         "              [--resolution COUNTUNIT] VIEW.sor\n"
+        "       sorano --print-pdf OUT.pdf [--report REP_0,REP_1,...] [--orientation portrait|landscape]\n"
+        "              [--from DATE] [--to DATE] [--resolution COUNTUNIT] VIEW.sor [VIEW.sor ...]\n"
         "       sorano --help | --version\n"
         "DATE is \"yyyy-mm-dd hh:nn:ss\" or \"yyyy-mm-dd\"; one bound alone moves the view's window.\n"
         "COUNTUNIT is a count and a unit: s, n (minutes), h, d, ww, m, yyyy; as 15n, 1h, 1d.\n"
+        "Reports: REP_0 chart (the default), REP_1 table, REP_2 full-page chart; each runs over\n"
+        "every view in turn, all into one PDF with numbered pages.\n"
         "Exit codes: 0 done, 2 arguments that can't be used, 3 a view file, module, channel or\n"
-        "data source that fails, 4 an export file that can't be written.\n");
+        "data source that fails, or nothing to print, 4 an output file that can't be written.\n");
 }
 
 QString VersionText()
@@ -148,7 +144,10 @@ CommandLine ParseCommandLine(const QStringList& arguments)
     const QCommandLineOption from(QStringLiteral("from"), QString(), QStringLiteral("DATE"));
     const QCommandLineOption to(QStringLiteral("to"), QString(), QStringLiteral("DATE"));
     const QCommandLineOption resolution(QStringLiteral("resolution"), QString(), QStringLiteral("COUNTUNIT"));
-    parser.addOptions({ help, version, from, to, resolution });
+    const QCommandLineOption printPdf(QStringLiteral("print-pdf"), QString(), QStringLiteral("OUT"));
+    const QCommandLineOption report(QStringLiteral("report"), QString(), QStringLiteral("IDS"));
+    const QCommandLineOption orientation(QStringLiteral("orientation"), QString(), QStringLiteral("ORIENTATION"));
+    parser.addOptions({ help, version, from, to, resolution, printPdf, report, orientation });
     QList<QCommandLineOption> exports;
     for (const ExportOption& option : ExportOptions) {
         exports.append(QCommandLineOption(QLatin1String(option.name).mid(2), QString(), QStringLiteral("OUT")));
@@ -178,7 +177,8 @@ CommandLine ParseCommandLine(const QStringList& arguments)
     }
 
     const QStringList positional = parser.positionalArguments();
-    const bool exportMode = parser.isSet(from) || parser.isSet(to) || parser.isSet(resolution)
+    const bool exportMode = parser.isSet(from) || parser.isSet(to) || parser.isSet(resolution) || parser.isSet(printPdf)
+        || parser.isSet(report) || parser.isSet(orientation)
         || std::any_of(exports.begin(), exports.end(), [&](const QCommandLineOption& o) { return parser.isSet(o); });
     if (!exportMode) {
         for (const QString& argument : positional) {
@@ -210,8 +210,36 @@ CommandLine ParseCommandLine(const QStringList& arguments)
             fail(QLatin1String(option.name) + QStringLiteral(" needs a file name ending in .")
                 + QLatin1String(ExtensionOf(option.format)) + QStringLiteral(": \"") + job.output + u'"');
     }
+    if (parser.isSet(printPdf)) {
+        const QStringList values = parser.values(printPdf);
+        outputs += values.size();
+        command.action = CommandLine::Action::Print;
+        job.output = values.back();
+        if (!job.output.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
+            fail(QStringLiteral("--print-pdf needs a file name ending in .pdf: \"") + job.output + u'"');
+    }
     if (outputs > 1)
         command.error = QStringLiteral("only one export option may be given");
+    if ((parser.isSet(report) || parser.isSet(orientation)) && !parser.isSet(printPdf))
+        fail(QStringLiteral("--report and --orientation need --print-pdf"));
+    if (parser.isSet(report)) {
+        for (const QString& id : parser.value(report).split(u',')) {
+            if (!id.trimmed().isEmpty())
+                job.reports << id.trimmed();
+        }
+        if (job.reports.isEmpty())
+            fail(QStringLiteral("--report needs report IDs such as REP_0,REP_1"));
+    }
+    if (parser.isSet(orientation)) {
+        const QString value = parser.value(orientation).toLower();
+        if (value == QLatin1String("portrait"))
+            job.orientation = 1;
+        else if (value == QLatin1String("landscape"))
+            job.orientation = 2;
+        else
+            fail(QStringLiteral("--orientation: \"") + parser.value(orientation)
+                + QStringLiteral("\" is neither portrait nor landscape"));
+    }
 
     for (const auto& [option, bound] : { std::pair { &from, &job.from }, std::pair { &to, &job.to } }) {
         if (!parser.isSet(*option))
@@ -237,6 +265,18 @@ CommandLine ParseCommandLine(const QStringList& arguments)
         }
     }
 
+    if (command.action == CommandLine::Action::Print) {
+        if (positional.isEmpty())
+            fail(QStringLiteral("no view file given"));
+        for (const QString& argument : positional) {
+            if (!argument.endsWith(QLatin1String(".sor"), Qt::CaseInsensitive))
+                fail(u'"' + argument + QStringLiteral("\" is no view file (.sor)"));
+            job.views << argument;
+        }
+        if (job.from && job.to && *job.to <= *job.from)
+            fail(QStringLiteral("--to must lie after --from"));
+        return command;
+    }
     if (job.format == Format::None)
         fail(QStringLiteral("--from, --to and --resolution need an export option"));
     else if (positional.size() != 1)
@@ -246,108 +286,4 @@ CommandLine ParseCommandLine(const QStringList& arguments)
     if (positional.size() == 1)
         job.view = positional.front();
     return command;
-}
-
-int RunExport(const ExportJob& job, Project& project, QString& error)
-{
-    if (!QFileInfo(job.view).isFile()) {
-        error = QStringLiteral("the view file \"") + job.view + QStringLiteral("\" does not exist");
-        return ExitCode::View;
-    }
-    MeasuringFile file;
-    bool isView = false;
-    SoranoFileHandler::Load(job.view, file, &isView);
-    if (!isView) {
-        error = QStringLiteral("\"") + job.view + QStringLiteral("\" is no view file");
-        return ExitCode::View;
-    }
-    // The reader puts defaults in place of what it can't read; an export of a window or grid
-    // that nobody asked for would look right and be wrong, so it stops here.
-    if (!file.unreadable.isEmpty()) {
-        QStringList values;
-        for (const MeasuringFile::Unreadable& value : file.unreadable)
-            values << QStringLiteral("an unreadable ") + value.element + QStringLiteral(": \"") + value.text + u'"';
-        error = QStringLiteral("the view file \"") + job.view + QStringLiteral("\" has ")
-            + values.join(QStringLiteral(", "));
-        return ExitCode::View;
-    }
-    for (const QString& address : file.modules)
-        if (!address.isEmpty() && !project.DataModules().Item(address)) {
-            error = QStringLiteral("the view uses the data module at address ") + address
-                + QStringLiteral(", which is not registered or could not be loaded");
-            return ExitCode::View;
-        }
-
-    if (job.from || job.to) {
-        const double length = file.endDate - file.startDate;
-        file.startDate = job.from.value_or(job.to.value_or(0.0) - length);
-        file.endDate = job.to.value_or(file.startDate + length);
-    }
-    // --from and --to are checked against each other, so an empty window has the length of
-    // the file's own.
-    if (file.endDate <= file.startDate) {
-        error = QStringLiteral("the view file \"") + job.view
-            + QStringLiteral("\" has an empty time window: its enddate is not after its startdate");
-        return ExitCode::View;
-    }
-    if (!job.resolutionUnit.isEmpty()) {
-        file.intervalUnit = job.resolutionUnit;
-        file.intervalCount = job.resolutionCount;
-    }
-
-    Measuring measuring(project);
-    if (measuring.Init() != 0) {
-        error = QStringLiteral("the view could not be set up");
-        return ExitCode::View;
-    }
-    measuring.FromFile(file);
-    for (const QString& address : file.modules)
-        if (!address.isEmpty() && !measuring.DataModules().Item(address)) {
-            error = QStringLiteral("the data module \"") + project.DataModules().Item(address)->Name()
-                + QStringLiteral("\" (address ") + address + QStringLiteral(") could not list its channels");
-            return ExitCode::View;
-        }
-    // Every channel of every curve, so that a sum is never exported without a part of it.
-    for (const MeasuringFile::Curve& curve : file.curves) {
-        if (curve.channels.isEmpty())
-            continue;
-        const Curve* made = measuring.FindCurve(curve.channels.front());
-        for (const QString& key : curve.channels) {
-            const QString address = key.section(u'$', 0, 0);
-            const QString id = key.section(u'$', 1);
-            const bool present = made
-                && std::any_of(made->Channels().begin(), made->Channels().end(), [&](const CurveChannel& channel) {
-                       return ModuleBoxes::SameAddress(QString::number(channel.matrix->ModuleAddress()), address)
-                           && channel.matrix->ChannelID() == id;
-                   });
-            if (!present) {
-                error = QStringLiteral("the channel ") + key
-                    + (curve.name ? QStringLiteral(" of the curve \"") + *curve.name + u'"' : QString())
-                    + QStringLiteral(" is not offered by its data module");
-                return ExitCode::View;
-            }
-        }
-    }
-
-    // What opening the view on screen does, without the window.
-    measuring.ReloadSettings();
-    ctl_NavBar& bar = *measuring.Window()->nav_Navigate();
-    bar.SetDateFirst(measuring.FirstDataDate());
-    bar.SetDateLast(measuring.LastDataDate());
-    measuring.Refresh(true);
-    // A failed read shows as gaps, which an export file can't tell from missing measurements.
-    if (!measuring.FetchError().isEmpty()) {
-        error = measuring.FetchError();
-        return ExitCode::View;
-    }
-    measuring.UpdateAxisTitles();
-    measuring.AdjustAxis(ChartAxis::Y1);
-    measuring.AdjustAxis(ChartAxis::Y2);
-    measuring.RedrawCursors();
-
-    if (measuring.ExportTo(job.output) != 0) {
-        error = QStringLiteral("could not write \"") + job.output + u'"';
-        return ExitCode::Write;
-    }
-    return ExitCode::Ok;
 }

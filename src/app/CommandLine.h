@@ -9,6 +9,7 @@
 
 #include <optional>
 
+class Measuring;
 class Project;
 
 struct ExportJob
@@ -22,6 +23,11 @@ struct ExportJob
     // Grid step, as "15n": a unit code and its count; empty keeps the view's own.
     QString resolutionUnit;
     qint32 resolutionCount = 0;
+    // A printed PDF: its views (in place of view), the report IDs to run (empty: the chart
+    // report), and the orientation all of them take (0: each report's own, 1 portrait, 2 landscape).
+    QStringList views;
+    QStringList reports;
+    qint32 orientation = 0;
 };
 
 struct CommandLine
@@ -29,6 +35,7 @@ struct CommandLine
     enum class Action {
         Window, ///< start the main window and open the views
         Export, ///< run without a window, write the job's export and end
+        Print, ///< run without a window, print the job's views into a PDF and end
         Help, ///< print the usage and end
         Version, ///< print the version and end
     };
@@ -52,7 +59,7 @@ constexpr int Write = 4; ///< the export file could not be written
 // The arguments after the program name, read before the application object exists. Options
 // are taken as "--name value" and "--name=value" (one dash works as well); the toolkit's own
 // options (-platform, -style, ...) are accepted and left to it. Every other argument is a
-// view file, which must end in ".sor"; an export takes exactly one.
+// view file, which must end in ".sor"; an export takes exactly one, a printed PDF one or more.
 CommandLine ParseCommandLine(const QStringList& arguments);
 
 QString UsageText();
@@ -62,3 +69,11 @@ QString VersionText();
 // Opens the view with the project's data modules, puts the job's window and resolution on
 // it, fetches and writes the export. An exit code; with a failure the reason is in error.
 int RunExport(const ExportJob& job, Project& project, QString& error);
+
+// Opens the views as RunExport does, runs the job's reports over each of them into one
+// document, numbers its pages and writes the PDF. An exit code, with the reason in error.
+int RunPrint(const ExportJob& job, Project& project, QString& error);
+
+// Opens one view file with the project's data modules as the window would, with the job's
+// window and resolution, and fetches its data. An exit code, with the reason in error.
+int OpenHeadless(const ExportJob& job, const QString& view, Project& project, Measuring& measuring, QString& error);

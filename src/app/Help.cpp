@@ -32,9 +32,10 @@ constexpr ContextPage ContextPages[] = {
     { 1035, "curveproperties.html" }, // one curve's properties (frm_CurveProperties)
     { 1036, "statisticformats.html" }, // the statistic formats (frm_Indizes)
     { 1037, "datasources.html" }, // the data-module list (frm_DataModules) and the modules' settings
-    { 1038, "export.html" }, // export to files and the clipboard, printing
+    { 1038, "export.html" }, // export to files and the clipboard
     { 1039, "newview.html" }, // the new-view wizard of Datei > Neu, and the profiles
     { 1040, "options.html" }, // the options (frm_Options)
+    { 1041, "print.html" }, // the print dialog, the preview and the page setup
 };
 
 constexpr const char* ContentsPage = "index.html";
@@ -62,6 +63,7 @@ constexpr ContentsNode ContentsNodes[] = {
     { 1, "statistics.html", nullptr, nullptr },
     { 1, "table.html", nullptr, nullptr },
     { 1, "export.html", nullptr, nullptr },
+    { 1, "print.html", nullptr, nullptr },
     { 0, nullptr, "Dialoge", "Dialogs" },
     { 1, "viewproperties.html", nullptr, nullptr },
     { 1, "curves.html", nullptr, nullptr },

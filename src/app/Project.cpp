@@ -20,6 +20,7 @@
 #include "frm_DataModules.h"
 #include "frm_GraphicView.h"
 #include "frm_Main.h"
+#include "frm_Preview.h"
 
 #include <QAction>
 #include <QCoreApplication>
@@ -79,6 +80,7 @@ qint32 Project::Init()
     m_sHelpFile = AppPaths::ProgramFolder() + QLatin1Char('/') + m_sApplicationName + QLatin1String(".chm");
 
     LoadDataModules();
+    LoadReports();
     LoadProfiles();
     BuildMenus();
     const qint32 addIns = m_cAddIns->Load(*this);

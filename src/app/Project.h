@@ -8,6 +8,7 @@
 #include "MessageHandler.h"
 #include "ModuleBoxes.h"
 #include "Profile.h"
+#include "ReportInterface.h"
 
 #include <QObject>
 #include <QPointer>
@@ -25,6 +26,7 @@ class QAction;
 class QMenu;
 class ToolRegistry;
 class frm_Main;
+class frm_Preview;
 
 class Project : public QObject, public MeasuringHost, public AddInHost
 {
@@ -135,9 +137,27 @@ public:
     // Closes the view (the active one when none is given); false when it stays open.
     bool CloseMeasuring(Measuring* measuring = nullptr);
 
+    // --- printing (ProjectPrint.cpp)
+    // The reports the print dialog offers, keyed "REP_0", "REP_1", ...
+    ReportCollection& Reports() { return m_colReports; }
+    // Makes the built-in reports. Always 0.
+    qint32 LoadReports();
+    // Runs reports over the view (the active one when none is given) into the preview. Without
+    // a report the print dialog asks which; when it asks for all open views, or in a batch,
+    // the reports run over every view of the list (all open views when it is empty).
+    void PrintMeasuring(Measuring* measuring = nullptr, const ReportPtr& report = nullptr,
+        const std::vector<Measuring*>& measurings = {}, bool batchMode = false);
+    // Runs the reports over every view of the list (all open views when it is empty) into one
+    // preview; reports on the whole set run once and are taken out of the list.
+    void BatchPrintMeasuring(std::vector<ReportPtr>& reports, const std::vector<Measuring*>& measurings,
+        const std::vector<qint32>& orientations);
+    // The page layout of all reports; true on OK.
+    bool ShowPageSetup();
+    // The preview, made on first use.
+    frm_Preview* PreviewWindow();
+
 private:
     void ViewCommand(Measuring& view, const QString& name);
-    void DisableMissingCommands();
     void FillWindowList(QMenu* menu, QAction* marker);
     void OpenRecent(const QString& tool);
     void ShowOptions();
@@ -156,6 +176,8 @@ private:
     // Runs the closes and the end that came in while views were refreshing.
     void RunWaitingCloses();
     bool AnyRefreshing() const;
+    void RunIntoPreview(std::vector<ReportPtr>& reports, const std::vector<qint32>& orientations,
+        const std::vector<Measuring*>& measurings, bool batch);
 
     bool m_bBarBusy = false; // the program itself changes tools: their events are not the user's
     bool m_bCommandsHeld = false; // commands are off for a refresh
@@ -172,6 +194,9 @@ private:
     QString m_sHelpFile;
     ModuleBoxes m_colDataModules;
     ProfileCollection m_colProfiles;
+    ReportCollection m_colReports;
+    // A window of its own, without a parent; its pages are copies and outlive the views.
+    std::unique_ptr<frm_Preview> m_cPreview;
     QString m_sMeasuringFileID;
     ::MessageHandler* m_cMsgHandler = nullptr;
     bool m_bTerminated = false;

@@ -201,6 +201,10 @@ void Project::ToolClick(const QString& clicked)
         SaveMeasuring(true, view);
     } else if (is("mnuFileExport")) {
         ExportMeasuring(view);
+    } else if (is("mnuFilePageSetup")) {
+        ShowPageSetup();
+    } else if (is("mnuFilePrint")) {
+        PrintMeasuring(view);
     } else if (is("mnuExit")) {
         // The main window asks the project, which closes every view first.
         if (m_mainWindow)
@@ -369,7 +373,6 @@ void Project::UpdateToolStates()
         check("mnuViewChart", true);
         if (QAction* copy = bar.Tool(QStringLiteral("mnuEditCopy")))
             copy->setText(Text(218));
-        DisableMissingCommands();
         return;
     }
 
@@ -431,15 +434,6 @@ void Project::UpdateToolStates()
     set(QStringLiteral("mnuViewGallery"), chartMode);
     set(QStringLiteral("mnuViewResolution"), true);
     enable(windowTools, true);
-    DisableMissingCommands();
-}
-
-void Project::DisableMissingCommands()
-{
-    // Tools whose commands come with the reports are shown but not usable yet.
-    for (const char* name : { "mnuFilePrint", "mnuFilePageSetup" })
-        if (QAction* tool = m_cBar->Tool(QLatin1String(name)))
-            tool->setEnabled(false);
 }
 
 void Project::ResetCurveColors(Measuring* view)

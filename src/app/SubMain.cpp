@@ -84,7 +84,8 @@ int SubMain(int argc, char** argv)
         std::fflush(stdout);
         return ExitCode::Ok;
     }
-    const bool exportMode = command.action == CommandLine::Action::Export;
+    const bool exportMode
+        = command.action == CommandLine::Action::Export || command.action == CommandLine::Action::Print;
     // An export needs no screen; the platform must be chosen before the application exists.
     if (exportMode)
         qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -103,7 +104,8 @@ int SubMain(int argc, char** argv)
         g_cProject = new Project;
         g_cProject->LoadDataModules();
         QString error;
-        exitCode = RunExport(command.job, *g_cProject, error);
+        exitCode = command.action == CommandLine::Action::Print ? RunPrint(command.job, *g_cProject, error)
+                                                                : RunExport(command.job, *g_cProject, error);
         if (exitCode != ExitCode::Ok)
             PrintError(error, false);
         delete g_cProject;

@@ -2,6 +2,7 @@
 // Page layout, head and foot of the report pages.
 #include "ReportPageBuilder.h"
 
+#include "Numeric.h"
 #include "ReportDocument.h"
 #include "ResStrings.h"
 #include "Settings.h"
@@ -10,11 +11,12 @@
 
 namespace {
 
-// A stored number, or the default when the value is missing or no number.
+// The leading number of a stored value, as the page setup shows it, or the default when
+// nothing is stored.
 double Stored(Settings::Id id, double fallback)
 {
-    const std::optional<double> value = Settings::StrictNumber(id);
-    return value ? *value : fallback;
+    const QString value = Settings::StoredValue(id);
+    return value.trimmed().isEmpty() ? fallback : LeadingNumber(value);
 }
 
 // Head and foot texts are drawn a little smaller than the table font.

@@ -148,23 +148,6 @@ protected:
         QString error;
         ASSERT_EQ(Export(QStringList { "--export-csv", csv } + arguments, error), ExitCode::Ok) << error.toStdString();
     }
-
-    // The built program, with the test's settings, without any display to fall back on.
-    int RunProgram(const QStringList& arguments, QString& error)
-    {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        for (const char* name : { "QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY", "SORANO_MODULE_PATH" })
-            environment.remove(name);
-        environment.insert("SORANO_MACHINE_SETTINGS", roots.MachineDir());
-        environment.insert("XDG_CONFIG_HOME", roots.UserDir());
-        environment.insert("XDG_DATA_HOME", roots.Path() + "/data");
-        QProcess program;
-        program.setProcessEnvironment(environment);
-        program.start(SORANO_PROGRAM, arguments);
-        const bool finished = program.waitForFinished(120'000);
-        error = QString::fromLocal8Bit(program.readAllStandardError());
-        return finished && program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
-    }
 };
 
 TEST_F(ExportTest, ExampleViewsExportTheDatabaseValuesOnTheirGrid)
