@@ -15,6 +15,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QLineEdit>
+#include <QPrinter>
 #include <QRegularExpression>
 #include <QTimer>
 
@@ -204,6 +205,23 @@ TEST_F(PrintTest, PrintCommandRunsTheChosenReportsIntoThePreview)
     const auto leftmost = std::min_element(first.Operations().begin(), first.Operations().end(),
         [](const ReportPage::Operation& a, const ReportPage::Operation& b) { return a.rect.left() < b.rect.left(); });
     EXPECT_NEAR(leftmost->rect.left(), 30 * TwipsPerMm, 1) << "the margin of the page setup";
+
+    // The preview's pages on a printer that writes PDF are the pages of the headless print.
+    const QString folder = qEnvironmentVariable("SORANO_TEST_PICTURES", out.path());
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(folder + "/print-printer.pdf");
+    printer.setResolution(1440);
+    printer.setFullPage(true);
+    ASSERT_TRUE(document->PrintTo(printer));
+    QString error;
+    ASSERT_EQ(
+        Print({ "--print-pdf", folder + "/print-headless.pdf", "--report", "REP_1", out.filePath("main.sor") }, error),
+        ExitCode::Ok)
+        << error.toStdString();
+    const std::vector<QSizeF> printed = PdfPages(folder + "/print-printer.pdf");
+    EXPECT_EQ(printed.size(), std::size_t(document->PageCount()));
+    EXPECT_EQ(printed, PdfPages(folder + "/print-headless.pdf"));
 
     // A second view and "all open views": one chart page each.
     CopyMainView("second.sor");
