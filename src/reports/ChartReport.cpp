@@ -46,8 +46,10 @@ void ChartReport::Execute(Measuring* measuring, ReportDocument* document, qint32
         return;
     }
 
+    // The chart is drawn 987 x 700 pixels, whatever the size of its window, so that its
+    // texts keep a readable size on the page and every print of a view looks the same.
     QPicture picture;
-    if (measuring->GetDiagrammAsPicture(picture, 0) != 0)
+    if (measuring->GetDiagrammAsPicture(picture, 2) != 0)
         return;
     const QSize pictureSize = picture.boundingRect().size();
     if (pictureSize.width() <= 0 || pictureSize.height() <= 0)
