@@ -26,6 +26,12 @@ frm_Preview* Project::PreviewWindow()
         m_cPreview = std::make_unique<frm_Preview>();
         m_cPreview->SetHelpHandler([this](int context) { ::ShowHelp(context, m_cPreview.get()); });
         connect(m_cPreview.get(), &frm_Preview::ReportReleased, this, &Project::UpdateToolStates);
+        // First shown over the middle of the main window; later where the user left it.
+        if (m_mainWindow) {
+            QRect frame = m_cPreview->frameGeometry();
+            frame.moveCenter(m_mainWindow->frameGeometry().center());
+            m_cPreview->move(frame.topLeft());
+        }
     }
     return m_cPreview.get();
 }
