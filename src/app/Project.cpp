@@ -99,9 +99,14 @@ bool Project::Terminate(bool force)
 {
     if (m_bTerminated)
         return true;
-    if (AnyRefreshing()) {
+    if (Busy()) {
         m_bTerminateWaiting = true;
         return false;
+    }
+    // The preview goes first, as a window of its own it would outlive the main window.
+    if (m_cPreview) {
+        m_cPreview->hide();
+        m_cPreview.reset();
     }
     // The recent list is saved before anyone is asked and is gone after a refused end too.
     if (m_cRecentList && m_mainWindow) {
@@ -121,6 +126,7 @@ bool Project::Terminate(bool force)
 
     m_colMeasurings.clear();
     DeleteDropped();
+    m_colReports.Clear();
     if (m_mainWindow)
         PersistBarLayout(false);
     m_cAddIns->Terminate();
@@ -325,19 +331,20 @@ void Project::ShowError(const QString& text)
         return;
     // A refresh lets events through: the box waits until it has ended.
     m_colWaitingErrors << text;
-    if (!AnyRefreshing())
+    if (!Busy())
         QTimer::singleShot(0, this, &Project::RunWaitingCloses);
 }
 
-bool Project::AnyRefreshing() const
+bool Project::Busy() const
 {
-    return std::any_of(
-        m_colMeasurings.begin(), m_colMeasurings.end(), [](const auto& measuring) { return measuring->Refreshing(); });
+    return m_bPrinting || std::any_of(m_colMeasurings.begin(), m_colMeasurings.end(), [](const auto& measuring) {
+        return measuring->Refreshing();
+    });
 }
 
 void Project::RunWaitingCloses()
 {
-    if (AnyRefreshing())
+    if (Busy())
         return;
     const std::vector<Measuring*> waiting = std::exchange(m_colWaitingCloses, {});
     for (Measuring* measuring : waiting) {
@@ -356,7 +363,7 @@ void Project::RunWaitingCloses()
 bool Project::CloseMeasuring(Measuring& measuring, bool force)
 {
     Q_UNUSED(force);
-    if (measuring.Refreshing()) {
+    if (measuring.Refreshing() || m_bPrinting) {
         if (std::find(m_colWaitingCloses.begin(), m_colWaitingCloses.end(), &measuring) == m_colWaitingCloses.end())
             m_colWaitingCloses.push_back(&measuring);
         return false;

@@ -12,6 +12,7 @@
 
 #include <QApplication>
 #include <QScopeGuard>
+#include <QTimer>
 
 qint32 Project::LoadReports()
 {
@@ -52,7 +53,6 @@ void Project::PrintMeasuring(
     } else {
         frm_PrintReport dialog(m_mainWindow.get());
         dialog.SetHelpHandler([&dialog](int context) { ::ShowHelp(context, &dialog); });
-        dialog.SetPageSetupHandler([this] { ShowPageSetup(); });
         if (!dialog.ShowMe(batchMode, m_colReports, reports, orientations, allOpen))
             return;
     }
@@ -80,9 +80,13 @@ void Project::RunIntoPreview(std::vector<ReportPtr>& reports, const std::vector<
 {
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const bool enabled = SetCommandsEnabled(false);
+    m_bPrinting = true;
     const auto restore = qScopeGuard([this, enabled] {
+        m_bPrinting = false;
         SetCommandsEnabled(enabled);
         QApplication::restoreOverrideCursor();
+        // Views closed and an end asked for while the reports ran.
+        QTimer::singleShot(0, this, &Project::RunWaitingCloses);
     });
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 

@@ -54,9 +54,7 @@ QPen PenOf(const ReportPage::State& state)
     QPen pen(QColor::fromRgb(state.penColor));
     // Pen widths are in twips as the page sizes are; 0 and 1 both draw the thinnest line.
     pen.setWidthF(std::max(1, state.penWidth) * 15.0);
-    pen.setStyle(state.penStyle == ReportPage::PenDot ? Qt::DotLine
-            : state.penStyle == ReportPage::PenDash   ? Qt::DashLine
-                                                      : Qt::SolidLine);
+    pen.setStyle(state.penStyle == ReportPage::PenDot ? Qt::DotLine : Qt::SolidLine);
     pen.setCapStyle(Qt::FlatCap);
     pen.setJoinStyle(Qt::MiterJoin);
     return pen;
@@ -146,7 +144,7 @@ void ReportPage::Render(QPainter& painter) const
                 font = state.font;
                 painter.setFont(m_cFonts[static_cast<std::size_t>(font)]);
             }
-            painter.setPen(QColor::fromRgb(state.penColor));
+            painter.setPen(Qt::black);
             // Texts are not clipped to their rectangle, and a table may hand its last row a
             // height below zero: the text still stands where its top is.
             painter.drawText(QRectF(operation.rect.topLeft(),
@@ -202,11 +200,6 @@ ReportPage& ReportDocument::AddPage(bool landscape)
     m_cPages.push_back(std::make_unique<ReportPage>(
         landscape ? A4LongTwips : A4ShortTwips, landscape ? A4ShortTwips : A4LongTwips, *m_pMetrics));
     return *m_cPages.back();
-}
-
-void ReportDocument::ClearPages()
-{
-    m_cPages.clear();
 }
 
 bool ReportDocument::PrintTo(QPagedPaintDevice& device) const

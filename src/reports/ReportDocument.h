@@ -43,7 +43,7 @@ public:
     // Text alignment within the rectangle given to DrawText.
     enum Align { AlignLeft = 0, AlignRight = 1, AlignCenter = 2 };
     // Pen styles.
-    enum PenStyle { PenSolid = 1, PenDash = 2, PenDot = 3 };
+    enum PenStyle { PenSolid = 1, PenDot = 3 };
 
     ReportPage(int widthTwips, int heightTwips, const TextMetrics& metrics);
 
@@ -53,18 +53,13 @@ public:
 
     // Drawing state; it applies to the operations that follow.
     void SetFont(const QString& name, double points, bool bold);
-    const QString& FontName() const { return m_sFontName; }
-    double FontSize() const { return m_dFontSize; }
-    bool FontBold() const { return m_bFontBold; }
     void SetPenWidth(int width) { m_cState.penWidth = width; }
-    int PenWidth() const { return m_cState.penWidth; }
     void SetPenStyle(int style) { m_cState.penStyle = style; }
-    int PenStyle() const { return m_cState.penStyle; }
+    // The colour of lines; texts are black.
     void SetPenColor(const QColor& color) { m_cState.penColor = color.rgb(); }
     // 0 transparent, 1 solid in the pen colour.
     void SetFillStyle(int style) { m_cState.fillStyle = style; }
     void SetTextAlign(int align) { m_cState.align = align; }
-    int TextAlign() const { return m_cState.align; }
 
     // The size of the text in the current font, in twips.
     void MeasureText(const QString& text, int& width, int& height) const;
@@ -131,8 +126,6 @@ public:
     const ReportPage& Page(qsizetype index) const { return *m_cPages[static_cast<std::size_t>(index)]; }
     // A new empty A4 page at the end.
     ReportPage& AddPage(bool landscape);
-    void ClearPages();
-    const TextMetrics& Metrics() const { return *m_pMetrics; }
 
     // Every page onto a paged device (a printer or a PDF writer), each in its orientation.
     // False when the device could not be painted on.

@@ -251,10 +251,6 @@ void frm_PrintReport::Harvest(
 
 void frm_PrintReport::PageSetup()
 {
-    if (m_pageSetup) {
-        m_pageSetup();
-        return;
-    }
     frm_PageSetup dialog(this);
     dialog.SetHelpHandler(m_help);
     dialog.ShowMe();

@@ -30,8 +30,6 @@ public:
         std::vector<qint32>& orientations, bool& allOpen);
     // Called with the help context by the Help button and F1.
     void SetHelpHandler(std::function<void(int)> help) { m_help = std::move(help); }
-    // Called by the page setup button; without one the button runs the page setup itself.
-    void SetPageSetupHandler(std::function<void()> pageSetup) { m_pageSetup = std::move(pageSetup); }
 
     static constexpr int HelpContext = 1041;
 
@@ -48,7 +46,6 @@ private:
     void PageSetup();
 
     std::function<void(int)> m_help;
-    std::function<void()> m_pageSetup;
 
     QListWidget* m_lstReports = nullptr;
     QPushButton* m_cmdUp = nullptr;

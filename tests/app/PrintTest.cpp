@@ -237,6 +237,17 @@ TEST_F(PrintTest, PrintCommandRunsTheChosenReportsIntoThePreview)
     ASSERT_TRUE(document);
     EXPECT_EQ(document->PageCount(), 2);
 
+    // A view closed while reports run over it stays until they are over, then closes.
+    Measuring* second = project.Measurings().back().get();
+    bool closedAtOnce = true;
+    QTimer::singleShot(0, [&] { closedAtOnce = project.CloseMeasuring(second); });
+    std::vector<ReportPtr> table { project.Reports().Item("REP_1") };
+    project.BatchPrintMeasuring(table, {}, {});
+    EXPECT_FALSE(closedAtOnce);
+    EXPECT_GT(preview->Report()->PageCount(), 10) << "the table pages of both views";
+    Settle();
+    EXPECT_EQ(project.Measurings().size(), 1u);
+
     preview->close();
     Settle();
     EXPECT_FALSE(preview->Report()) << "the preview lets go of its pages when it closes";
