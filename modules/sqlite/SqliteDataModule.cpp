@@ -30,9 +30,12 @@ constexpr std::string_view DataSql
 constexpr std::string_view FirstSql = "SELECT time FROM samples WHERE channel = ?1 ORDER BY time LIMIT 1";
 constexpr std::string_view LastSql = "SELECT time FROM samples WHERE channel = ?1 ORDER BY time DESC LIMIT 1";
 constexpr std::string_view ExistsSql = "SELECT 1 FROM channels WHERE id = ?1";
+constexpr std::string_view CategorySql = "SELECT id, path_id FROM channels WHERE category = ?1 ORDER BY id";
 
 constexpr std::string_view CategoriesSql = "SELECT id, name, remark, parent, kind FROM categories";
 constexpr std::string_view ChannelsSql = "SELECT id, name, category, parent_channel, path_id FROM channels";
+constexpr std::string_view OverviewSql
+    = "SELECT id, name, unit, data_type, category, path_id FROM channels ORDER BY id";
 
 // At most this many ids are named in one log line.
 constexpr std::size_t NamedIds = 10;
@@ -158,6 +161,7 @@ void SqliteDataModule::Close()
     m_cFirstQuery.reset();
     m_cLastQuery.reset();
     m_cExistsQuery.reset();
+    m_cCategoryQuery.reset();
     m_db.reset();
     m_dDefaultResolution = 0.0;
     m_cResolutions.clear();
@@ -335,7 +339,8 @@ qint32 SqliteDataModule::PrepareQueries(const QString& source)
 {
     int rc = SQLITE_OK;
     for (auto [statement, sql] : { std::pair { &m_cDataQuery, DataSql }, std::pair { &m_cFirstQuery, FirstSql },
-             std::pair { &m_cLastQuery, LastSql }, std::pair { &m_cExistsQuery, ExistsSql } }) {
+             std::pair { &m_cLastQuery, LastSql }, std::pair { &m_cExistsQuery, ExistsSql },
+             std::pair { &m_cCategoryQuery, CategorySql } }) {
         *statement = PrepareStatement(m_db.get(), sql, rc);
         if (!*statement)
             return Fail(rc, OpenTitle, "Preparing the queries", source);
@@ -343,11 +348,43 @@ qint32 SqliteDataModule::PrepareQueries(const QString& source)
     return 1;
 }
 
-bool SqliteDataModule::ParseChannelId(const QString& channelId, qint64& id) const
+bool SqliteDataModule::ResolveChannel(const QString& channelId, qint64& id, int& rc, Numbering& numbering)
 {
-    bool ok = false;
-    id = channelId.trimmed().toLongLong(&ok);
-    return ok;
+    rc = SQLITE_OK;
+    const SqliteChannelIds::Parsed parsed = SqliteChannelIds::Parse(channelId);
+    if (parsed.form == SqliteChannelIds::Parsed::Form::RowId) {
+        id = parsed.id;
+        return true;
+    }
+    if (parsed.form != SqliteChannelIds::Parsed::Form::Numbered)
+        return false;
+    auto category = numbering.constFind(parsed.category);
+    if (category == numbering.constEnd()) {
+        // Numbers depend on every channel of the category: read them all, once per call.
+        std::vector<SqliteChannelIds::Row> rows;
+        sqlite3_stmt* query = m_cCategoryQuery.get();
+        sqlite3_reset(query);
+        sqlite3_bind_int64(query, 1, parsed.category);
+        while ((rc = sqlite3_step(query)) == SQLITE_ROW) {
+            const qint64 row = sqlite3_column_int64(query, 0);
+            if (rows.empty() || rows.back().id != row) // a damaged file may repeat an id
+                rows.push_back({ row, parsed.category, sqlite3_column_int64(query, 1) });
+        }
+        sqlite3_reset(query);
+        if (rc != SQLITE_DONE)
+            return false;
+        rc = SQLITE_OK;
+        const std::vector<qint64> numbers = SqliteChannelIds::Numbers(rows);
+        QHash<qint64, qint64> byNumber;
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            byNumber.insert(numbers[i], rows[i].id);
+        category = numbering.insert(parsed.category, byNumber);
+    }
+    const auto found = category->constFind(parsed.number);
+    if (found == category->constEnd())
+        return false;
+    id = *found;
+    return true;
 }
 
 double SqliteDataModule::ResolutionOf(qint64 channel) const
@@ -372,18 +409,32 @@ bool SqliteDataModule::ReadBoundary(sqlite3_stmt* statement, qint64 id, double& 
 
 void SqliteDataModule::GetFirstDate(const QString& channelId, double& date)
 {
+    const QString source = QStringLiteral("SqliteDataModule.GetFirstDate");
     qint32 status = 1;
+    if (!EnsureOpen(source, status))
+        return;
     qint64 id = 0;
-    if (ParseChannelId(channelId, id) && EnsureOpen("SqliteDataModule.GetFirstDate", status))
-        ReadBoundary(m_cFirstQuery.get(), id, date, "SqliteDataModule.GetFirstDate");
+    int rc = SQLITE_OK;
+    Numbering numbering;
+    if (ResolveChannel(channelId, id, rc, numbering))
+        ReadBoundary(m_cFirstQuery.get(), id, date, source);
+    else if (rc != SQLITE_OK)
+        Fail(rc, ReadTitle, "Reading the channels of channel " + channelId.trimmed(), source);
 }
 
 void SqliteDataModule::GetLastDate(const QString& channelId, double& date)
 {
+    const QString source = QStringLiteral("SqliteDataModule.GetLastDate");
     qint32 status = 1;
+    if (!EnsureOpen(source, status))
+        return;
     qint64 id = 0;
-    if (ParseChannelId(channelId, id) && EnsureOpen("SqliteDataModule.GetLastDate", status))
-        ReadBoundary(m_cLastQuery.get(), id, date, "SqliteDataModule.GetLastDate");
+    int rc = SQLITE_OK;
+    Numbering numbering;
+    if (ResolveChannel(channelId, id, rc, numbering))
+        ReadBoundary(m_cLastQuery.get(), id, date, source);
+    else if (rc != SQLITE_OK)
+        Fail(rc, ReadTitle, "Reading the channels of channel " + channelId.trimmed(), source);
 }
 
 qint32 SqliteDataModule::GetChannelOverview(ChannelCollection& channels, qint32& status)
@@ -394,25 +445,43 @@ qint32 SqliteDataModule::GetChannelOverview(ChannelCollection& channels, qint32&
     if (!EnsureOpen(source, status))
         return status;
     int rc = SQLITE_OK;
-    SqliteStatement query
-        = PrepareStatement(m_db.get(), "SELECT id, name, unit, data_type FROM channels ORDER BY id", rc);
+    SqliteStatement query = PrepareStatement(m_db.get(), OverviewSql, rc);
     if (!query)
         return status = Fail(rc, ReadTitle, "Reading the channels", source);
-    const qint32 address = m_registration.address.toInt();
+    struct Channel
+    {
+        QString name, unit;
+        qint32 dataType = 0;
+    };
+    std::vector<Channel> found;
+    std::vector<SqliteChannelIds::Row> rows;
     while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) {
+        const qint64 id = sqlite3_column_int64(query.get(), 0);
+        if (!rows.empty() && rows.back().id == id) // a damaged file may repeat an id
+            continue;
+        rows.push_back({ id, sqlite3_column_int64(query.get(), 4), sqlite3_column_int64(query.get(), 5) });
+        found.push_back({ ColumnText(query.get(), 1), ColumnText(query.get(), 2), sqlite3_column_int(query.get(), 3) });
+    }
+    if (rc != SQLITE_DONE)
+        return status = Fail(rc, ReadTitle, "Reading the channels", source);
+
+    const std::vector<qint64> numbers = SqliteChannelIds::Numbers(rows);
+    const qint32 address = m_registration.address.toInt();
+    const auto add = [&](std::size_t i, const QString& id) {
         auto channel = std::make_shared<DataMatrix>();
-        const QString id = QString::number(sqlite3_column_int64(query.get(), 0));
         channel->SetChannelID(id);
-        channel->SetChannelName(ColumnText(query.get(), 1));
-        channel->SetUnit(ColumnText(query.get(), 2));
-        channel->SetDataType(sqlite3_column_int(query.get(), 3));
+        channel->SetChannelName(found[i].name);
+        channel->SetUnit(found[i].unit);
+        channel->SetDataType(found[i].dataType);
         channel->SetModuleAddress(address);
         channels.Add(channel, id);
-    }
-    if (rc != SQLITE_DONE) {
-        channels.Clear();
-        return status = Fail(rc, ReadTitle, "Reading the channels", source);
-    }
+    };
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        add(i, SqliteChannelIds::Format(rows[i].category, numbers[i]));
+    // Then each channel once more under its row id, the id of views written before ids named
+    // their logger, so that such views find their channels. The trees list only the first form.
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        add(i, QString::number(rows[i].id));
     return status;
 }
 
@@ -478,7 +547,16 @@ qint32 SqliteDataModule::GetChannelStructure(QStringList& categories, QStringLis
             c.id + '$' + c.name + '$' + c.remark + '$' + c.parent + (c.kind.isEmpty() ? "" : "$" + c.kind));
     }
 
-    std::vector<QString> channelRows;
+    struct ChannelRow
+    {
+        QString name;
+        qint64 parent = 0;
+        qint64 pathId = 0;
+    };
+    std::vector<ChannelRow> channelRows;
+    std::vector<SqliteChannelIds::Row> idRows; // the first row of each id
+    std::vector<std::size_t> idRowOf; // for each channel row its entry in idRows
+    QHash<qint64, std::size_t> firstOfId;
     tree.clear();
     query = PrepareStatement(m_db.get(), ChannelsSql, rc);
     if (!query) {
@@ -489,19 +567,36 @@ qint32 SqliteDataModule::GetChannelStructure(QStringList& categories, QStringLis
         const qint64 id = sqlite3_column_int64(query.get(), 0);
         const qint64 category = sqlite3_column_int64(query.get(), 2);
         const qint64 parent = sqlite3_column_int64(query.get(), 3);
-        // The table has no remark of a channel: field 2 stays empty.
-        channelRows.push_back(QString::number(id) + '$' + Field(query.get(), 1) + "$$" + QString::number(category) + '$'
-            + QString::number(parent) + '$' + QString::number(sqlite3_column_int64(query.get(), 4)));
+        const qint64 pathId = sqlite3_column_int64(query.get(), 4);
+        channelRows.push_back({ Field(query.get(), 1), parent, pathId });
+        const auto first = firstOfId.constFind(id);
+        if (first == firstOfId.constEnd()) {
+            firstOfId.insert(id, idRows.size());
+            idRowOf.push_back(idRows.size());
+            idRows.push_back({ id, category, pathId });
+        } else {
+            idRowOf.push_back(*first); // left out by the tree below
+        }
         tree.push_back({ id, parent, category });
     }
     if (rc != SQLITE_DONE) {
         categories.clear();
         return status = Fail(rc, ReadTitle, "Reading the channels", source);
     }
+    const std::vector<qint64> numbers = SqliteChannelIds::Numbers(idRows);
+    const auto idOf
+        = [&](std::size_t idRow) { return SqliteChannelIds::Format(idRows[idRow].category, numbers[idRow]); };
     order = SqliteTree::Order(tree);
     LogTreeProblems(QStringLiteral("channels"), order, source);
-    for (const std::size_t i : order.order)
-        channels.append(channelRows[i]);
+    for (const std::size_t i : order.order) {
+        const ChannelRow& c = channelRows[i];
+        const SqliteChannelIds::Row& row = idRows[idRowOf[i]];
+        // The parent as a channel id; a parent that is no channel counts as none, as in the tree.
+        const auto parent = c.parent >= 1 ? firstOfId.constFind(c.parent) : firstOfId.constEnd();
+        // The table has no remark of a channel: field 2 stays empty.
+        channels.append(idOf(idRowOf[i]) + '$' + c.name + "$$" + QString::number(row.category) + '$'
+            + (parent == firstOfId.constEnd() ? QStringLiteral("0") : idOf(*parent)) + '$' + QString::number(c.pathId));
+    }
     return status;
 }
 
@@ -515,6 +610,19 @@ qint32 SqliteDataModule::GetData(
     // gets no block, so that it can't be taken for one without samples in the window.
     QString failure = readable ? QString() : m_sFailure;
     double resolution = 0.0;
+    Numbering numbering;
+    // One log line for the call, not one per channel. Damaged pages may hold the rows of some
+    // channels only, so the others are still read; a lock or a failing device would only make
+    // every further channel wait and fail alike.
+    const auto readFailed = [&](int rc, const QString& what) {
+        if (failure.isEmpty()) {
+            status = Fail(rc, ReadTitle, what, source);
+            failure = m_sFailure;
+        }
+        const int primary = rc & 0xff;
+        if (primary != SQLITE_CORRUPT && primary != SQLITE_NOTADB)
+            readable = false;
+    };
 
     for (const QString& entry : channelList.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
         const QString key = entry.trimmed();
@@ -526,9 +634,14 @@ qint32 SqliteDataModule::GetData(
         channel->SetDataBlock(nullptr);
         if (!readable)
             continue;
+        // The block lands in the caller's object under the id it asked for, in either form.
         qint64 id = 0;
-        if (!ParseChannelId(key, id)) {
-            channel->SetDataBlock(MatrixBlock::Create(0, 2)); // no such channel: nothing to read
+        int rc = SQLITE_OK;
+        if (!ResolveChannel(key, id, rc, numbering)) {
+            if (rc != SQLITE_OK)
+                readFailed(rc, "Reading the channels of channel " + key);
+            else
+                channel->SetDataBlock(MatrixBlock::Create(0, 2)); // no such channel: nothing to read
             continue;
         }
 
@@ -539,7 +652,6 @@ qint32 SqliteDataModule::GetData(
         sqlite3_bind_double(query, 3, to + HalfMillisecond);
         m_cTimes.clear();
         m_cValues.clear();
-        int rc = SQLITE_OK;
         while ((rc = sqlite3_step(query)) == SQLITE_ROW) {
             m_cTimes.push_back(sqlite3_column_double(query, 0));
             const int type = sqlite3_column_type(query, 1);
@@ -548,16 +660,7 @@ qint32 SqliteDataModule::GetData(
         }
         sqlite3_reset(query);
         if (rc != SQLITE_DONE) {
-            // One log line for the call, not one per channel. Damaged pages may hold the samples
-            // of some channels only, so the others are still read; a lock or a failing device
-            // would only make every further channel wait and fail alike.
-            if (failure.isEmpty()) {
-                status = Fail(rc, ReadTitle, "Reading the samples of channel " + key, source);
-                failure = m_sFailure;
-            }
-            const int primary = rc & 0xff;
-            if (primary != SQLITE_CORRUPT && primary != SQLITE_NOTADB)
-                readable = false;
+            readFailed(rc, "Reading the samples of channel " + key);
             continue;
         }
 

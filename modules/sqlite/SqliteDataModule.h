@@ -4,6 +4,7 @@
 #pragma once
 
 #include "DataModuleInterface.h"
+#include "SqliteChannelIds.h"
 #include "SqliteHandles.h"
 #include "SqliteTree.h"
 
@@ -79,7 +80,11 @@ private:
     qint32 Fail(int rc, const QString& title, const QString& what, const QString& source);
     void LogTreeProblems(const QString& rows, const SqliteTree::Result& result, const QString& source) const;
     void Log(const QString& title, const QString& text, const QString& source, qint16 level) const;
-    bool ParseChannelId(const QString& channelId, qint64& id) const;
+    // Channel number -> row id, per category, as far as one call has needed them.
+    using Numbering = QHash<qint64, QHash<qint64, qint64>>;
+    // The row id of a channel id of either form ("<category>#<number>" or a plain row id). False
+    // for an id that names no channel; rc then says whether reading the channels failed.
+    bool ResolveChannel(const QString& channelId, qint64& id, int& rc, Numbering& numbering);
     bool ReadBoundary(sqlite3_stmt* statement, qint64 id, double& date, const QString& source);
     double ResolutionOf(qint64 channel) const;
     bool UseEnglish() const;
@@ -95,6 +100,7 @@ private:
     SqliteStatement m_cFirstQuery;
     SqliteStatement m_cLastQuery;
     SqliteStatement m_cExistsQuery;
+    SqliteStatement m_cCategoryQuery;
 
     // Native resolutions from the info table, in seconds; 0 when unknown.
     double m_dDefaultResolution = 0.0;

@@ -214,7 +214,7 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
     const QString reversed = variant("reversed.sor", { { start, "<startdate>2025-03-18 00:00:00</startdate>" } });
     // A sum curve whose second part the module doesn't have.
     const QString partial = variant(
-        "partial.sor", { { "<channel>1$111</channel>", "<channel>1$111</channel><channel>1$99999</channel>" } });
+        "partial.sor", { { "<channel>1$11#1</channel>", "<channel>1$11#1</channel><channel>1$99999</channel>" } });
 
     const QString target = out.filePath("x.csv");
     const struct

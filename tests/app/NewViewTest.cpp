@@ -315,7 +315,7 @@ TEST_F(NewViewTest, AProfileChosenInTheWizardGivesItsChannelsOfTheChosenLoggerWi
         true);
     ASSERT_NE(view, nullptr);
     ASSERT_EQ(CurveNames(*view), QStringList({ "Wirkleistung", "cos phi" }));
-    EXPECT_TRUE(view->FindCurve("1$121") && view->FindCurve("1$123")) << "the chosen logger's channels";
+    EXPECT_TRUE(view->FindCurve("1$12#1") && view->FindCurve("1$12#3")) << "the chosen logger's channels";
     for (const auto& curve : view->Curves()) {
         const SeriesProperties* look = nullptr;
         for (qint32 j = 1; j <= profile->ChannelCount(); ++j)

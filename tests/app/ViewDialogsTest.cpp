@@ -63,8 +63,8 @@ protected:
         QFile example(Examples + "/Hauptzaehler.sor");
         ASSERT_TRUE(example.open(QIODevice::ReadOnly));
         QByteArray text = example.readAll();
-        ASSERT_EQ(text.count("<channel>1$111</channel>"), 1);
-        text.replace("<channel>1$111</channel>", "<channel>1$141</channel>");
+        ASSERT_EQ(text.count("<channel>1$11#1</channel>"), 1);
+        text.replace("<channel>1$11#1</channel>", "<channel>1$14#1</channel>");
         QFile office(out.filePath("office.sor"));
         ASSERT_TRUE(office.open(QIODevice::WriteOnly));
         office.write(text);
@@ -127,7 +127,7 @@ TEST_F(ViewDialogsTest, ASumMadeInTheCurveDialogExportsAsTheSumAndComesBackWithT
                 list->setCurrentItem(found.front());
                 QTreeWidgetItem* office = nullptr;
                 for (QTreeWidgetItem* item : ChannelTree::KeyIndex(channels))
-                    if (ChannelTree::ChannelTagFromKey(ChannelTree::Key(item)) == "1$141")
+                    if (ChannelTree::ChannelTagFromKey(ChannelTree::Key(item)) == "1$14#1")
                         office = item;
                 ASSERT_NE(office, nullptr);
                 channels->setCurrentItem(office);
@@ -137,7 +137,7 @@ TEST_F(ViewDialogsTest, ASumMadeInTheCurveDialogExportsAsTheSumAndComesBackWithT
             });
         ASSERT_EQ(curves, 1);
 
-        Curve* powerFactor = view->FindCurve("1$113");
+        Curve* powerFactor = view->FindCurve("1$11#3");
         ASSERT_TRUE(powerFactor);
         view->SetCurrentCurve(powerFactor);
         const qint32 renamed = RunModal<frm_CurveProperties>([&] { return view->EditCurveProperties(); },
@@ -198,11 +198,11 @@ TEST_F(ViewDialogsTest, ASumMadeInTheCurveDialogExportsAsTheSumAndComesBackWithT
     ASSERT_EQ(project.Init(), 0);
     Measuring* view = project.OpenMeasuring(saved, false);
     ASSERT_TRUE(view);
-    const Curve* power = view->FindCurve("1$111");
+    const Curve* power = view->FindCurve("1$11#1");
     ASSERT_TRUE(power);
     ASSERT_EQ(power->Channels().size(), 2u);
-    EXPECT_EQ(power->Channels()[1].key, "1$141");
-    const Curve* powerFactor = view->FindCurve("1$113");
+    EXPECT_EQ(power->Channels()[1].key, "1$14#1");
+    const Curve* powerFactor = view->FindCurve("1$11#3");
     ASSERT_TRUE(powerFactor);
     EXPECT_EQ(powerFactor->Name(), "Leistungsfaktor");
     EXPECT_EQ(view->Graph().Title, "Halle A und Verwaltung");

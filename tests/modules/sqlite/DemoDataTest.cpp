@@ -46,7 +46,7 @@ void CheckSite(const QString& path, int days)
     ASSERT_EQ(categories.size(), 8);
     EXPECT_EQ(categories.filter(QRegularExpression("\\$FOLDER$")).size(), 3);
     EXPECT_EQ(categories.filter(QRegularExpression("\\$MEASURING$")).size(), 5);
-    ASSERT_EQ(overview.Count(), 25);
+    ASSERT_EQ(overview.Count(), 2 * 25) << "each channel under its id and under its row id";
     // The channels by unit, under the id of their logger.
     QHash<QString, QHash<QString, DataMatrixPtr>> loggers;
     for (const QString& line : channels)

@@ -56,10 +56,10 @@ TEST(SqliteConfig, TheDialogStoresTheUsersFileOverTheMachinesAndAParamWinsOverBo
     // One step after the other, each starting where the last one left the module: entry, button,
     // the file the dialog shows, the user's setting after it, messages sent and the first channel.
     const std::tuple<QString, const char*, QString, QString, size_t, QString> steps[] = {
-        { files.second, "cmd_OK", files.first, files.second, 1, "901" },
-        { files.first, "cmd_Cancel", files.second, files.second, 1, "901" },
-        { files.second, "cmd_OK", files.second, files.second, 1, "901" },
-        { "", "cmd_OK", files.second, "", 2, "301" }, // empty: the machine-wide file
+        { files.second, "cmd_OK", files.first, files.second, 1, "1#901" },
+        { files.first, "cmd_Cancel", files.second, files.second, 1, "1#901" },
+        { files.second, "cmd_OK", files.second, files.second, 1, "1#901" },
+        { "", "cmd_OK", files.second, "", 2, "30#1" }, // empty: the machine-wide file
     };
     for (const auto& [entry, button, shownBefore, user, messages, channel] : steps) {
         SCOPED_TRACE(::testing::PrintToString(entry) + " " + button);
@@ -85,7 +85,7 @@ TEST(SqliteConfig, TheDialogStoresTheUsersFileOverTheMachinesAndAParamWinsOverBo
     // A param wins over the user's file and the machine-wide one.
     settings.SetUser(ModuleKey, "Database", files.first);
     EXPECT_EQ(module.Initialize(files.second, status), 1);
-    EXPECT_EQ(FirstChannel(module), "901");
+    EXPECT_EQ(FirstChannel(module), "1#901");
 }
 
 // The preview lists the file's categories and channels with their first and last sample.

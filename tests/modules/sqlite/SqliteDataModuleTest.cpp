@@ -79,8 +79,10 @@ TEST_F(SqliteDataModuleTest, OverviewAndStructureListTheChannelsInTheirFormats)
                      .arg(channel->ChannelID(), channel->ChannelName(), channel->Unit())
                      .arg(channel->DataType());
     }
-    EXPECT_EQ(
-        shown, QStringList({ "301 Leistung [kW] 3", "302 cos phi [] 8", "303 Phase L1 [kW] 3", "304 Leer [kWh] 2" }));
+    // "<logger>#<path id>", then the same channels under their row ids, as views knew them before.
+    EXPECT_EQ(shown,
+        QStringList({ "30#1 Leistung [kW] 3", "30#2 cos phi [] 8", "30#3 Phase L1 [kW] 3", "30#4 Leer [kWh] 2",
+            "301 Leistung [kW] 3", "302 cos phi [] 8", "303 Phase L1 [kW] 3", "304 Leer [kWh] 2" }));
 
     // Parents first; "$" in a name is written as "_"; a category without a kind has four fields.
     QStringList categories { "stale" }, channels { "stale" };
@@ -90,18 +92,27 @@ TEST_F(SqliteDataModuleTest, OverviewAndStructureListTheChannelsInTheirFormats)
         QStringList({ "10$Werk$$0$FOLDER", "40$Sonstiges$$0", "20$Halle _1$Nord$10$FOLDER",
             "30$Logger 7$Keller$20$MEASURING" }));
     EXPECT_EQ(channels,
-        QStringList({ "301$Leistung$$30$0$1", "302$cos phi$$30$0$2", "304$Leer$$30$0$4", "303$Phase L1$$30$301$3" }));
+        QStringList(
+            { "30#1$Leistung$$30$0$1", "30#2$cos phi$$30$0$2", "30#4$Leer$$30$0$4", "30#3$Phase L1$$30$30#1$3" }));
 }
 
 TEST_F(SqliteDataModuleTest, FirstAndLastDateComeFromTheSamplesOrStayUntouched)
 {
     constexpr double Untouched = -7.0;
-    // 304 has no samples, "Leistung" names no channel.
+    // 304 has no samples; the others name no channel.
     const std::tuple<QString, double, double> cases[] = {
         { "301", Day, Day + (PowerSamples - 1) * Quarter },
+        { "30#1", Day, Day + (PowerSamples - 1) * Quarter },
         { " 302 ", Day, Day + (CosPhiSamples - 1) * Minute },
+        { " 30 # 2 ", Day, Day + (CosPhiSamples - 1) * Minute },
         { "304", Untouched, Untouched },
+        { "30#4", Untouched, Untouched },
         { "Leistung", Untouched, Untouched },
+        { "30#9", Untouched, Untouched },
+        { "#", Untouched, Untouched },
+        { "x#1", Untouched, Untouched },
+        { "30#", Untouched, Untouched },
+        { "30#1#1", Untouched, Untouched },
     };
     for (const auto& [channel, expectedFirst, expectedLast] : cases) {
         double first = Untouched, last = Untouched;
@@ -180,6 +191,57 @@ TEST_F(SqliteDataModuleTest, GetDataGivesEveryListedChannelANewBlockAndTheFinest
     EXPECT_EQ(channels.Text(1), "SQLITE;900");
 }
 
+TEST_F(SqliteDataModuleTest, ChannelIdsNameTheLoggerAndOldRowIdsStillRead)
+{
+    // By the new id and by the row id alike, each under the key it was asked by; the resolution
+    // of 302 is found through either. Ids that name no channel get empty blocks and no log line.
+    const QStringList ids { "30#1", "301", "30#2", "302", "#", "x#1", "30#", "30#1#1", "30#9", "31#1" };
+    qint32 status = 0;
+    const ChannelCollection data = Read(*module, ids, Day - 1, Day + 1, &status);
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(BlockRows(data),
+        (std::vector<qsizetype> { PowerSamples, PowerSamples, CosPhiSamples, CosPhiSamples, 0, 0, 0, 0, 0, 0 }));
+    EXPECT_EQ(SamplesOf(data, 0), SamplesOf(data, 1));
+    EXPECT_EQ(SamplesOf(data, 2), SamplesOf(data, 3));
+    EXPECT_EQ(data.Text(ids.size()), "SQLITE;60");
+    EXPECT_EQ(handler.lines.size(), 0u);
+}
+
+TEST_F(SqliteDataModuleTest, ChannelNumbersAreUniqueWithinALoggerAndExchangingTheLoggerGivesItsChannel)
+{
+    // Two loggers numbered alike, and a plain category whose path ids are missing (31), shared
+    // (32, 33), the row id of a channel without one (34 would be 31), or become so in turn (35
+    // would be 34): those go by their row ids. 36 keeps its path id.
+    const QString path = dir.filePath("numbers.sqlite");
+    WriteDatabase(path,
+        "INSERT INTO categories VALUES (1, 'A', '', 0, 'MEASURING', 1), (2, 'B', '', 0, 'MEASURING', 2),"
+        " (3, 'Rest', '', 0, '', 0);"
+        "INSERT INTO channels VALUES (11, 'P', 'kW', 3, 1, 0, 1), (12, 'Q', 'kvar', 3, 1, 0, 2),"
+        " (21, 'P', 'kW', 3, 2, 0, 1), (22, 'Q', 'kvar', 3, 2, 0, 2), (31, 'a', '', 0, 3, 0, 0),"
+        " (32, 'b', '', 0, 3, 0, 5), (33, 'c', '', 0, 3, 0, 5), (34, 'd', '', 0, 3, 0, 31),"
+        " (35, 'e', '', 0, 3, 0, 34), (36, 'f', '', 0, 3, 0, 7);"
+        "INSERT INTO samples VALUES (11, 1.0, 10), (12, 1.0, 11), (21, 1.0, 20), (22, 1.0, 21), (33, 1.0, 30),"
+        " (36, 1.0, 31)");
+    Open(path);
+    ChannelCollection overview;
+    qint32 status = 0;
+    ASSERT_EQ(module->GetChannelOverview(overview, status), 1);
+    QStringList ids;
+    for (qsizetype i = 0; i < overview.Count() / 2; ++i)
+        ids << overview.Key(i);
+    EXPECT_EQ(ids, QStringList({ "1#1", "1#2", "2#1", "2#2", "3#31", "3#32", "3#33", "3#34", "3#35", "3#7" }));
+
+    const auto valueOf = [&](const QString& id) {
+        const Samples samples = SamplesOf(Read(*module, { id }, 0.0, 2.0), 0);
+        return samples.size() == 1 ? samples.front().second : -1.0;
+    };
+    // The logger part exchanged: the same channel number of the other logger.
+    for (const QString id : { "1#1", "1#2" })
+        EXPECT_EQ(valueOf("2#" + id.section('#', 1)), valueOf(id) + 10) << id.toStdString();
+    EXPECT_EQ(valueOf("3#33"), 30);
+    EXPECT_EQ(valueOf("3#7"), 31);
+}
+
 TEST_F(SqliteDataModuleTest, OddRowsNeitherHangNorLeakIntoTheValues)
 {
     // Parent cycles of categories and of a channel, an orphan, values that are no numbers and an
@@ -198,7 +260,7 @@ TEST_F(SqliteDataModuleTest, OddRowsNeitherHangNorLeakIntoTheValues)
     qint32 status = 0;
     EXPECT_EQ(module->GetChannelStructure(categories, channels, status), 1);
     EXPECT_EQ(categories, QStringList({ "4$Waise$$77$MEASURING" }));
-    EXPECT_EQ(channels, QStringList({ "6$Kanal$$4$0$0" }));
+    EXPECT_EQ(channels, QStringList({ "4#6$Kanal$$4$0$0" })); // no path id: the row id
 
     const ChannelCollection data = Read(*module, { "6" }, 0.0, 10.0);
     EXPECT_EQ(SamplesOf(data, 0), (Samples { { 1.0, -1e300 }, { 2.0, 2.5 }, { 3.0, -1e300 } }));
@@ -418,7 +480,7 @@ TEST_F(SqliteFailureTest, TreesOfDuplicateIdsCyclesAndEndlessChainsAreListedAsFa
         for (int k = 2; k < SqliteTree::MaxDepth; ++k)
             expected << QString("%1$Ebene %2$$%3").arg(100 + k).arg(k).arg(99 + k);
         EXPECT_EQ(categories, expected);
-        EXPECT_EQ(channels, QStringList({ "10$P$$2$0$1", "11$Q$$2$10$2" }));
+        EXPECT_EQ(channels, QStringList({ "2#1$P$$2$0$1", "2#2$Q$$2$2#1$2" }));
         QStringList logged;
         for (const RecordingHandler::Line& line : handler.lines)
             if (line.level == 3)
