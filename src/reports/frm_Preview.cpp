@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The print preview and its page view, which draws one recorded page at a time.
+// The print preview and its page view, which draws one recorded page at a time and marks
+// a found text on it.
 #include "frm_Preview.h"
 
 #include "Globals.h"
@@ -18,6 +19,8 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QKeyEvent>
+#include <QLayout>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPainter>
 #include <QPixmap>
@@ -29,6 +32,7 @@
 #include <QStandardPaths>
 #include <QToolBar>
 #include <QToolButton>
+#include <QToolTip>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -49,6 +53,8 @@ constexpr int ContentGap = 8;
 constexpr double ContentPadding = 56.7;
 // One notch of a mouse wheel.
 constexpr int WheelNotch = 120;
+// Room kept between a found text and the viewport's edge when scrolling to it, in pixels.
+constexpr int MarkMargin = 40;
 
 // The text in German or English, for texts the string table has no id for.
 QString Lang(const char* german, const char* english)
@@ -99,10 +105,11 @@ public:
     // Called when a fitting zoom gives a new scale, as after a resize.
     std::function<void()> m_scaleChanged;
 
-    // Shows the page from its top; null shows the grey only.
+    // Shows the page from its top, without a mark; null shows the grey only.
     void SetPage(const ReportPage* page)
     {
         m_pPage = page;
+        m_cMark = QRectF();
         m_cCache = QPixmap();
         m_iWheel = 0;
         Relayout();
@@ -117,6 +124,27 @@ public:
         Relayout();
         viewport()->update();
     }
+
+    // Marks a rectangle of the page (in twips) and scrolls it into sight; an empty one clears the mark.
+    void SetMark(const QRectF& twips)
+    {
+        m_cMark = m_pPage ? twips : QRectF();
+        if (!m_cMark.isEmpty()) {
+            const auto reveal = [](QScrollBar* bar, double start, double end) {
+                const int view = bar->pageStep();
+                int value = bar->value();
+                if (end - start + 2 * MarkMargin > view || start - MarkMargin < value)
+                    value = int(std::floor(start)) - MarkMargin;
+                else if (end + MarkMargin > value + view)
+                    value = int(std::ceil(end)) + MarkMargin - view;
+                bar->setValue(value);
+            };
+            reveal(horizontalScrollBar(), Border + m_cMark.left() * m_dScale, Border + m_cMark.right() * m_dScale);
+            reveal(verticalScrollBar(), Border + m_cMark.top() * m_dScale, Border + m_cMark.bottom() * m_dScale);
+        }
+        viewport()->update();
+    }
+    const QRectF& Mark() const { return m_cMark; }
 
     void ScrollToEnd() { verticalScrollBar()->setValue(verticalScrollBar()->maximum()); }
 
@@ -168,6 +196,13 @@ protected:
             m_pPage->Render(page);
         }
         painter.drawPixmap(sheet.topLeft(), m_cCache);
+        if (!m_cMark.isEmpty()) {
+            const QRectF mark(sheet.left() + m_cMark.left() * m_dScale, sheet.top() + m_cMark.top() * m_dScale,
+                m_cMark.width() * m_dScale, m_cMark.height() * m_dScale);
+            // Multiplied, like a highlighter: the paper turns yellow, the text stays dark.
+            painter.setCompositionMode(QPainter::CompositionMode_Multiply);
+            painter.fillRect(mark.adjusted(-2, -1, 2, 1), QColor(255, 220, 0, 140));
+        }
     }
 
     void resizeEvent(QResizeEvent*) override { Relayout(); }
@@ -287,6 +322,7 @@ private:
     double m_dPercent = 100.0;
     double m_dScale = 0.0;
     int m_iWheel = 0;
+    QRectF m_cMark;
     mutable QPixmap m_cCache;
 };
 
@@ -332,6 +368,32 @@ frm_Preview::frm_Preview(QWidget* parent)
     m_tlbPrint = tool(icon("document-print"), GetResString(472), "tlb_Print");
     m_tlbSavePdf = tool(icon("document-save-as"), Lang("Als PDF speichern", "Save as PDF"), "tlb_SavePdf");
     m_tlbPreview->addSeparator();
+
+    // The find box stays out of the toolbar until the find tool or Ctrl+F calls it.
+    m_tlbFind = tool(icon("edit-find"), GetResString(473), "tlb_Find");
+    m_tlbFind->setShortcut(QKeySequence::Find);
+    // Also the window's, so that Ctrl+F works when the tool is out of sight.
+    addAction(m_tlbFind);
+    m_txtFind = new QLineEdit(m_tlbPreview);
+    m_txtFind->setObjectName(QStringLiteral("txt_Find"));
+    m_txtFind->setPlaceholderText(GetResString(473));
+    m_txtFind->setToolTip(GetResString(473));
+    m_txtFind->setClearButtonEnabled(true);
+    m_txtFind->setMaximumWidth(m_txtFind->fontMetrics().averageCharWidth() * 24);
+    m_txtFind->installEventFilter(this);
+    m_actFindBox = m_tlbPreview->addWidget(m_txtFind);
+    m_actFindBox->setVisible(false);
+    m_tlbPreview->addSeparator();
+    // F3 and Shift+F3 search on wherever the focus is.
+    auto* findNext = new QAction(this);
+    findNext->setShortcut(QKeySequence::FindNext);
+    auto* findPrevious = new QAction(this);
+    findPrevious->setShortcut(QKeySequence::FindPrevious);
+    addAction(findNext);
+    addAction(findPrevious);
+    connect(findNext, &QAction::triggered, this, [this] { FindFromKey(true); });
+    connect(findPrevious, &QAction::triggered, this, [this] { FindFromKey(false); });
+
     m_tlbZoomOut = tool(icon("zoom-out", "ICO_ZOOMOUT"), GetResString(474), "tlb_ZoomOut");
     m_tlbZoomIn = tool(icon("zoom-in", "ICO_ZOOMIN"), GetResString(475), "tlb_ZoomIn");
 
@@ -364,6 +426,11 @@ frm_Preview::frm_Preview(QWidget* parent)
 
     connect(m_tlbPrint, &QAction::triggered, this, &frm_Preview::Print);
     connect(m_tlbSavePdf, &QAction::triggered, this, &frm_Preview::SavePdf);
+    connect(m_tlbFind, &QAction::triggered, this, &frm_Preview::ShowFind);
+    connect(m_txtFind, &QLineEdit::textEdited, this, [this] {
+        m_bHitAgain = true;
+        SetNotFound(false);
+    });
     connect(m_tlbZoomOut, &QAction::triggered, this, &frm_Preview::ZoomOut);
     connect(m_tlbZoomIn, &QAction::triggered, this, &frm_Preview::ZoomIn);
     connect(m_cboZoom, &QComboBox::activated, this, &frm_Preview::SetZoomIndex);
@@ -401,6 +468,9 @@ void frm_Preview::SetReport(std::shared_ptr<ReportDocument> document)
     const QString title = m_pDocument ? m_pDocument->Title() : QString();
     setWindowTitle(title.isEmpty() ? GetResString(468) : GetResString(468) + QStringLiteral(" - ") + title);
     m_lPage = -1;
+    m_lHitPage = -1;
+    m_lHitOperation = -1;
+    SetNotFound(false);
     ShowPage(0);
 }
 
@@ -446,6 +516,104 @@ void frm_Preview::ZoomIn()
     }
 }
 
+bool frm_Preview::Find(bool forward)
+{
+    const QString wanted = m_txtFind->text();
+    const qsizetype count = m_pDocument ? m_pDocument->PageCount() : 0;
+    if (wanted.isEmpty() || count == 0)
+        return false;
+    // The first operation looked at on the page shown; one past either end leaves none there.
+    const auto& shown = m_pDocument->Page(m_lPage).Operations();
+    qsizetype start = forward ? 0 : qsizetype(shown.size()) - 1;
+    if (m_lHitPage == m_lPage && m_lHitOperation >= 0 && m_lHitOperation < qsizetype(shown.size()))
+        start = m_lHitOperation + (m_bHitAgain ? 0 : forward ? 1 : -1);
+    // The page shown comes twice: from the start on first, and what lies before the start last.
+    for (qsizetype step = 0; step <= count; ++step) {
+        const qsizetype page = forward ? (m_lPage + step) % count : ((m_lPage - step) % count + count) % count;
+        const auto& operations = m_pDocument->Page(page).Operations();
+        const qsizetype size = qsizetype(operations.size());
+        const auto found = [&](qsizetype index) {
+            const ReportPage::Operation& operation = operations[std::size_t(index)];
+            return operation.kind == ReportPage::Operation::Text
+                && operation.text.contains(wanted, Qt::CaseInsensitive);
+        };
+        qsizetype hit = -1;
+        if (forward) {
+            const qsizetype end = step == count ? std::min(start, size) : size;
+            for (qsizetype index = step == 0 ? start : 0; index < end && hit < 0; ++index)
+                if (found(index))
+                    hit = index;
+        } else {
+            const qsizetype end = step == count ? start : -1;
+            for (qsizetype index = step == 0 ? std::min(start, size - 1) : size - 1; index > end && hit < 0; --index)
+                if (found(index))
+                    hit = index;
+        }
+        if (hit >= 0) {
+            m_lHitPage = page;
+            m_lHitOperation = hit;
+            m_bHitAgain = false;
+            SetNotFound(false);
+            ShowPage(page);
+            m_picPage->SetMark(operations[std::size_t(hit)].rect.normalized());
+            return true;
+        }
+    }
+    SetNotFound(true);
+    return false;
+}
+
+QRectF frm_Preview::FindMark() const
+{
+    return m_picPage->Mark();
+}
+
+void frm_Preview::ShowFind()
+{
+    SetFindBoxVisible(true);
+    m_txtFind->setFocus(Qt::ShortcutFocusReason);
+    m_txtFind->selectAll();
+}
+
+void frm_Preview::HideFind()
+{
+    SetFindBoxVisible(false);
+    m_picPage->SetMark(QRectF());
+    SetNotFound(false);
+    m_picPage->setFocus();
+}
+
+void frm_Preview::SetFindBoxVisible(bool visible)
+{
+    m_actFindBox->setVisible(visible);
+    // The toolbar shows and hides its widgets when it lays out, which would come later.
+    m_tlbPreview->layout()->activate();
+}
+
+void frm_Preview::FindFromKey(bool forward)
+{
+    if (m_txtFind->text().isEmpty()) {
+        ShowFind();
+        return;
+    }
+    SetFindBoxVisible(true);
+    Find(forward);
+}
+
+void frm_Preview::SetNotFound(bool notFound)
+{
+    if (m_txtFind->property("notFound").toBool() == notFound)
+        return;
+    m_txtFind->setProperty("notFound", notFound);
+    m_txtFind->setStyleSheet(notFound ? QStringLiteral("QLineEdit { background: #ffc8c8; }") : QString());
+    const QString tip = notFound ? Lang("Nicht gefunden", "Not found") : GetResString(473);
+    m_txtFind->setToolTip(tip);
+    if (notFound && m_txtFind->isVisible())
+        QToolTip::showText(m_txtFind->mapToGlobal(QPoint(0, m_txtFind->height())), tip, m_txtFind);
+    else
+        QToolTip::hideText();
+}
+
 double frm_Preview::Scale() const
 {
     return m_picPage->Scale();
@@ -476,6 +644,7 @@ void frm_Preview::UpdateTools()
     const qsizetype count = m_pDocument ? m_pDocument->PageCount() : 0;
     m_tlbPrint->setEnabled(count > 0);
     m_tlbSavePdf->setEnabled(count > 0);
+    m_tlbFind->setEnabled(count > 0);
     m_tlbPrevious->setEnabled(count > 0 && m_lPage > 0);
     m_tlbNext->setEnabled(count > 0 && m_lPage < count - 1);
     UpdateZoomTools();
@@ -561,9 +730,32 @@ void frm_Preview::closeEvent(QCloseEvent* event)
     m_picPage->SetPage(nullptr);
     m_pDocument.reset();
     m_lPage = 0;
+    m_lHitPage = -1;
+    m_lHitOperation = -1;
+    SetNotFound(false);
     UpdateTools();
     event->accept();
     emit ReportReleased();
+}
+
+bool frm_Preview::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_txtFind && event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        switch (key->key()) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            Find(!(key->modifiers() & Qt::ShiftModifier));
+            return true;
+        case Qt::Key_Escape:
+            // Leaves the find box rather than the preview.
+            HideFind();
+            return true;
+        default:
+            break;
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void frm_Preview::keyPressEvent(QKeyEvent* event)

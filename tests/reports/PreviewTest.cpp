@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The print preview: page turning, zoom modes, the stored zoom, releasing the document and
-// what the page view draws.
+// The print preview: page turning, zoom modes, the stored zoom, releasing the document, finding
+// texts and what the page view draws.
 #include "frm_Preview.h"
 
 #include "QtPrinters.h"
@@ -14,6 +14,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QImage>
+#include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -225,6 +226,100 @@ TEST_F(PreviewTest, ClosingReleasesTheDocument)
     EXPECT_EQ(released.count(), 1);
     EXPECT_EQ(preview.Report(), nullptr);
     EXPECT_TRUE(watch.expired());
+}
+
+TEST_F(PreviewTest, FindWalksThroughTheTextsOfAllPages)
+{
+    frm_Preview& preview = *m_preview;
+    // Each page has a heading; "nord" stands in four texts in varying case, one low on page 2.
+    auto document = std::make_shared<ReportDocument>();
+    const QRectF first(1500, 2000, 6000, 400);
+    const QRectF low(1500, 14000, 6000, 400);
+    const QRectF second(1500, 15000, 6000, 400);
+    const QRectF third(1500, 6000, 6000, 400);
+    const auto text = [](ReportPage& page, const QString& text, const QRectF& rect) {
+        page.DrawText(text, rect.left(), rect.top(), rect.width(), rect.height());
+    };
+    for (int i = 0; i < 3; ++i)
+        text(document->AddPage(false), QStringLiteral("Kopf"), QRectF(1500, 1000, 6000, 400));
+    text(document->Page(0), QStringLiteral("Lastgang Nord"), first);
+    document->Page(1).DrawLine(1500, 3000, 9000, 3000);
+    text(document->Page(1), QStringLiteral("Zähler Süd"), QRectF(1500, 4000, 6000, 400));
+    text(document->Page(1), QStringLiteral("Nordost"), low);
+    text(document->Page(1), QStringLiteral("Nordwest"), second);
+    text(document->Page(2), QStringLiteral("NORD gesamt"), third);
+    preview.SetReport(document);
+    Zoom(frm_Preview::ZoomPageWidth);
+    preview.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&preview));
+
+    // Ctrl+F opens the box; Enter, F3 and Shift+F3 search from the last hit on.
+    QLineEdit* box = preview.txt_Find();
+    EXPECT_FALSE(box->isVisible());
+    QTest::keyClick(&preview, Qt::Key_F, Qt::ControlModifier);
+    ASSERT_TRUE(box->isVisible());
+    EXPECT_TRUE(box->hasFocus());
+    QTest::keyClicks(box, QStringLiteral("nord"));
+    const auto expectHit = [&](qsizetype page, const QRectF& rect) {
+        EXPECT_EQ(preview.CurrentPage(), page);
+        EXPECT_EQ(preview.FindMark(), rect);
+    };
+    QTest::keyClick(box, Qt::Key_Return);
+    expectHit(0, first);
+    QTest::keyClick(box, Qt::Key_F3);
+    expectHit(1, low);
+    // The hit low on the page was scrolled into sight.
+    const QRect sheet = preview.SheetRect();
+    const double scale = preview.Scale();
+    EXPECT_TRUE(QRect(QPoint(), Viewport())
+                    .contains(QPoint(qRound(sheet.left() + 1500 * scale), qRound(sheet.top() + low.bottom() * scale))));
+    // Drawn over the page: yellow in the empty part of the text's rectangle, white below it.
+    const QImage image = preview.pic_Page()->viewport()->grab().toImage();
+    const QRgb marked = image.pixel(qRound(sheet.left() + 7000 * scale), qRound(sheet.top() + 14200 * scale));
+    EXPECT_GT(qRed(marked), qBlue(marked) + 60);
+    EXPECT_GT(qGreen(marked), qBlue(marked) + 60);
+    EXPECT_GT(qGray(image.pixel(qRound(sheet.left() + 7000 * scale), qRound(sheet.top() + 14700 * scale))), 245);
+
+    QTest::keyClick(box, Qt::Key_Return);
+    expectHit(1, second);
+    QTest::keyClick(box, Qt::Key_Return);
+    expectHit(2, third);
+    QTest::keyClick(box, Qt::Key_Return);
+    expectHit(0, first);
+    QTest::keyClick(box, Qt::Key_Return, Qt::ShiftModifier);
+    expectHit(2, third);
+    QTest::keyClick(box, Qt::Key_F3, Qt::ShiftModifier);
+    expectHit(1, second);
+
+    // With the hit on another page the search starts on the page shown.
+    preview.ShowPage(2);
+    box->clear();
+    QTest::keyClicks(box, QStringLiteral("SÜD"));
+    QTest::keyClick(box, Qt::Key_Return);
+    expectHit(1, QRectF(1500, 4000, 6000, 400));
+    EXPECT_TRUE(box->styleSheet().isEmpty());
+
+    // A text nowhere: nothing moves and the box says so.
+    box->clear();
+    QTest::keyClicks(box, QStringLiteral("Westen"));
+    EXPECT_FALSE(preview.Find());
+    expectHit(1, QRectF(1500, 4000, 6000, 400));
+    EXPECT_FALSE(box->styleSheet().isEmpty());
+    EXPECT_TRUE(box->toolTip() == QStringLiteral("Nicht gefunden") || box->toolTip() == QStringLiteral("Not found"));
+    // Typing again takes the red away; Escape leaves the box, not the preview.
+    QTest::keyClick(box, Qt::Key_Backspace);
+    EXPECT_TRUE(box->styleSheet().isEmpty());
+    QTest::keyClick(box, Qt::Key_Escape);
+    EXPECT_TRUE(preview.isVisible());
+    EXPECT_FALSE(box->isVisible());
+    EXPECT_TRUE(preview.FindMark().isEmpty());
+
+    // A new document starts without a mark.
+    box->setText(QStringLiteral("nord"));
+    EXPECT_TRUE(preview.Find());
+    preview.SetReport(document);
+    EXPECT_TRUE(preview.FindMark().isEmpty());
+    expectHit(0, QRectF());
 }
 
 TEST_F(PreviewTest, DrawsThePageOnAWhiteSheet)
