@@ -8,7 +8,7 @@ scripts/install-deps.sh
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz --parallel "$(nproc)"
 export ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
-for target in ${FUZZ_TARGETS:-xml_load_fuzzer date_parse_fuzzer script_fuzzer csv_line_fuzzer sor_load_fuzzer profiles_load_fuzzer}; do
+for target in ${FUZZ_TARGETS:-xml_load_fuzzer date_parse_fuzzer script_fuzzer csv_line_fuzzer sor_load_fuzzer profiles_load_fuzzer batch_load_fuzzer}; do
   corpus=fuzz-corpus/$target
   mkdir -p "$corpus"
   seeds=fuzz/corpus/${target%%_*}
