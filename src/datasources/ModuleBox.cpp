@@ -350,9 +350,14 @@ qint32 ModuleBox::GetChannelList(
                     SourceList, LogLevel::Skipped);
                 continue;
             }
-            const qint32 parentChannel = LenientWhole(fields.at(4));
-            const QString parentNodeKey = parentChannel < 1 ? GetCategorieKey(LenientWhole(fields.at(3)))
-                                                            : GetChannelKey(QString::number(parentChannel));
+            // The parent channel: 0 (or nothing) for the category itself, else the parent's id,
+            // a number or a text such as "<logger>#<channel>".
+            const QString parentField = fields.at(4).trimmed();
+            const bool numeric = parentField.isEmpty() || IsNumeric(parentField);
+            const qint32 parentChannel = numeric ? LenientWhole(parentField) : 1;
+            const QString parentNodeKey = parentChannel < 1
+                ? GetCategorieKey(LenientWhole(fields.at(3)))
+                : GetChannelKey(numeric ? QString::number(parentChannel) : parentField);
             QTreeWidgetItem* parentItem = index.value(parentNodeKey);
             if (!parentItem)
                 continue;

@@ -197,13 +197,14 @@ TEST_F(ModuleBoxTest, TreeFollowsTheParentsAndDropsWhatHasNoneYet)
                   "07$Padded$$1" } },
             { S::Channels,
                 QStringList { "1001$Power$$2$0", "1002$Phase$$2$1001", "1003$Lost$$4$0", "1004$Short$$2",
-                    "1005$NoParent$$2$999", "1006$Room power$$3$0" } } });
+                    "1005$NoParent$$2$999", "1006$Room power$$3$0", "2#1$Feed$$2$0", "2#2$Feed phase$$2$2#1" } } });
     QTreeWidget tree;
     AddModuleRoot(tree, *box);
     EXPECT_EQ(box->GetChannelList(&tree, box->GetModuleKey()), 1);
     EXPECT_EQ(Nodes(tree),
-        QStringList({ "DM_3", "  DM_3_1", "    DM_3_2", "      DM_3_3", "        DM_3_CHAN_1006",
-            "      DM_3_CHAN_1001", "        DM_3_CHAN_1002", "    DM_3_7" }));
+        QStringList(
+            { "DM_3", "  DM_3_1", "    DM_3_2", "      DM_3_3", "        DM_3_CHAN_1006", "      DM_3_CHAN_1001",
+                "        DM_3_CHAN_1002", "      DM_3_CHAN_2#1", "        DM_3_CHAN_2#2", "    DM_3_7" }));
     EXPECT_EQ(log.From("ModuleBox.GetChannelList"),
         QStringList({ "Invalid categorie-string - Invalid categorie string 5$Bad from module Shape "
                       "(Sorano.TestModule).",
@@ -219,7 +220,8 @@ TEST_F(ModuleBoxTest, TreeFollowsTheParentsAndDropsWhatHasNoneYet)
     EXPECT_EQ(box->GetChannelList(&tree, box->GetModuleKey()), 1);
     EXPECT_EQ(Nodes(tree),
         QStringList({ "DM_3", "  DM_3_1", "    DM_3_2", "      DM_3_3", "        DM_3_CHAN_1006", "        DM_3_4",
-            "          DM_3_CHAN_1003", "      DM_3_CHAN_1001", "        DM_3_CHAN_1002", "    DM_3_7" }));
+            "          DM_3_CHAN_1003", "      DM_3_CHAN_1001", "        DM_3_CHAN_1002", "      DM_3_CHAN_2#1",
+            "        DM_3_CHAN_2#2", "    DM_3_7" }));
     EXPECT_EQ(S::Calls("Shape", "GetChannelStructure"), 2);
     EXPECT_EQ(S::Calls("Shape", "GetChannelOverview"), 1);
 
