@@ -3,6 +3,8 @@
 // as a picture with a frame, and a legend line per curve.
 #include "ChartReport.h"
 
+#include "BuiltInReports.h"
+
 #include "Calendar.h"
 #include "Curve.h"
 #include "CurveColors.h"
@@ -24,17 +26,12 @@ ChartReport::ChartReport()
 
 void ChartReport::Execute(Measuring* measuring, ReportDocument* document, qint32& status)
 {
-    if (!measuring || !document) {
-        status = -1;
+    BuiltInReports::Start run;
+    if (!BuiltInReports::Begin(measuring, document, status, run))
         return;
-    }
-    status = 0;
-    ReportPageBuilder builder;
-    builder.LoadSettings();
-    builder.SetDocument(document);
-    QString fontName;
-    double fontSize = 0;
-    BuiltInReports::TableFont(fontName, fontSize);
+    ReportPageBuilder& builder = run.builder;
+    const QString& fontName = run.fontName;
+    const double fontSize = run.fontSize;
 
     const Formatter formatter;
     document->SetTitle(GetResString(453) + QLatin1Char(' ') + BuiltInReports::PeriodTitle(*measuring));
@@ -138,12 +135,7 @@ void ChartReport::Execute(Measuring* measuring, ReportDocument* document, qint32
     if (Orientation() != 2)
         y += ph;
     page->DrawPicture(picture, px, py, pw, ph);
-    page->SetPenStyle(ReportPage::PenSolid);
-    page->SetPenWidth(1);
-    page->DrawLine(px, py, px + pw, py);
-    page->DrawLine(px + pw, py, px + pw, py + ph);
-    page->DrawLine(px + pw, py + ph, px, py + ph);
-    page->DrawLine(px, py + ph, px, py);
+    BuiltInReports::Frame(*page, px, py, pw, ph);
 
     // The legend may run over the foot: the report is always one page.
     draw(channelsLabel, x0, true);

@@ -37,8 +37,7 @@ protected:
     ReportInterface(const QString& name, qint32 orientation)
         : m_sName(name)
         , m_lOrientation(orientation)
-    {
-    }
+    { }
 
 private:
     QString m_sID;

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The list of built-in reports, and the texts and settings they share.
+#include "BuiltInReports.h"
 #include "ChartReport.h"
-#include "ChartSpecialReport.h"
+#include "FullPageChartReport.h"
 #include "ReportInterface.h"
 #include "TableReport.h"
 
 #include "Formatter.h"
 #include "Measuring.h"
 #include "Numeric.h"
+#include "ReportDocument.h"
 #include "Settings.h"
 
 #include <QRegularExpression>
@@ -22,7 +24,7 @@ void LoadReports(ReportCollection& reports)
     const std::function<ReportPtr()> factories[] = {
         [] { return std::make_shared<ChartReport>(); },
         [] { return std::make_shared<TableReport>(); },
-        [] { return std::make_shared<ChartSpecialReport>(); },
+        [] { return std::make_shared<FullPageChartReport>(); },
     };
     for (const auto& create : factories) {
         ReportPtr report;
@@ -38,6 +40,21 @@ void LoadReports(ReportCollection& reports)
 }
 
 namespace BuiltInReports {
+
+bool Begin(Measuring* measuring, ReportDocument* document, qint32& status, Start& start)
+{
+    if (!measuring || !document) {
+        status = -1;
+        return false;
+    }
+    status = 0;
+    start.builder.LoadSettings();
+    start.builder.SetDocument(document);
+    // Reading writes the default back when the stored value is empty or 0.
+    start.fontName = Settings::Value(Settings::Id::TableFontName);
+    start.fontSize = LeadingNumber(Settings::Value(Settings::Id::TableFontSize));
+    return true;
+}
 
 QString PeriodTitle(const Measuring& measuring)
 {
@@ -58,16 +75,19 @@ QString CompanyLine()
     return text.split(lineBreak, Qt::SkipEmptyParts).join(QStringLiteral(" \u00B7 "));
 }
 
-void TableFont(QString& name, double& size)
-{
-    // Reading writes the default back when the stored value is empty or 0.
-    name = Settings::Value(Settings::Id::TableFontName);
-    size = LeadingNumber(Settings::Value(Settings::Id::TableFontSize));
-}
-
 int WholeTwips(double value)
 {
     return static_cast<int>(std::nearbyint(value));
+}
+
+void Frame(ReportPage& page, double left, double top, double width, double height)
+{
+    page.SetPenStyle(ReportPage::PenSolid);
+    page.SetPenWidth(1);
+    page.DrawLine(left, top, left + width, top);
+    page.DrawLine(left + width, top, left + width, top + height);
+    page.DrawLine(left + width, top + height, left, top + height);
+    page.DrawLine(left, top + height, left, top);
 }
 
 } // namespace BuiltInReports

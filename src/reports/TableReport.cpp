@@ -3,7 +3,7 @@
 // row, each page repeating the last two time rows of the page before.
 #include "TableReport.h"
 
-#include "ChartReport.h"
+#include "BuiltInReports.h"
 #include "Curve.h"
 #include "DataMatrix.h"
 #include "Formatter.h"
@@ -25,17 +25,12 @@ TableReport::TableReport()
 
 void TableReport::Execute(Measuring* measuring, ReportDocument* document, qint32& status)
 {
-    if (!measuring || !document) {
-        status = -1;
+    BuiltInReports::Start run;
+    if (!BuiltInReports::Begin(measuring, document, status, run))
         return;
-    }
-    status = 0;
-    ReportPageBuilder builder;
-    builder.LoadSettings();
-    builder.SetDocument(document);
-    QString fontName;
-    double fontSize = 0;
-    BuiltInReports::TableFont(fontName, fontSize);
+    ReportPageBuilder& builder = run.builder;
+    const QString& fontName = run.fontName;
+    const double fontSize = run.fontSize;
 
     const QString title = BuiltInReports::PeriodTitle(*measuring);
     document->SetTitle(title);

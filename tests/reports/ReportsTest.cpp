@@ -3,11 +3,11 @@
 // report's pages and cells, the chart report's layout in both orientations, the full-page
 // chart, and the list of reports.
 #include "ChartReport.h"
-#include "ChartSpecialReport.h"
 #include "Curve.h"
 #include "CurveColors.h"
 #include "DataMatrix.h"
 #include "Formatter.h"
+#include "FullPageChartReport.h"
 #include "Globals.h"
 #include "MeasuringFixture.h"
 #include "ReportDocument.h"
@@ -338,7 +338,7 @@ TEST_F(ReportsTest, ChartReportEdgeCases)
     // Nothing to report on, or nowhere to draw: -1 and no page.
     ReportDocument document(metrics);
     for (ReportPtr report : { ReportPtr(std::make_shared<ChartReport>()), ReportPtr(std::make_shared<TableReport>()),
-             ReportPtr(std::make_shared<ChartSpecialReport>()) }) {
+             ReportPtr(std::make_shared<FullPageChartReport>()) }) {
         qint32 status = 0;
         report->Execute(nullptr, &document, status);
         EXPECT_EQ(status, -1);
@@ -375,7 +375,7 @@ TEST_F(ReportsTest, FullPageChartFillsTheRoomBetweenHeadAndFoot)
     for (const qint32 orientation : { 1, 2 }) {
         SCOPED_TRACE(orientation);
         ReportDocument document(metrics);
-        ChartSpecialReport report;
+        FullPageChartReport report;
         ASSERT_EQ(Run(report, document, orientation), 0);
         ASSERT_EQ(document.PageCount(), 1);
         const ReportPage& page = document.Page(0);
@@ -417,7 +417,7 @@ TEST(LoadReportsTest, NumbersTheReportsAfterThoseAlreadyListed)
         LoadReports(reports);
         ASSERT_EQ(reports.Count(), 6);
         EXPECT_TRUE(std::dynamic_pointer_cast<ChartReport>(reports.Item("REP_3")));
-        EXPECT_TRUE(std::dynamic_pointer_cast<ChartSpecialReport>(reports.Item("REP_5")));
+        EXPECT_TRUE(std::dynamic_pointer_cast<FullPageChartReport>(reports.Item("REP_5")));
     }
     g_lLangOffset = language;
 }

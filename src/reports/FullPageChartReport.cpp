@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The full-page chart report: the chart stretched to the whole room between head and foot.
-#include "ChartSpecialReport.h"
+#include "FullPageChartReport.h"
 
+#include "BuiltInReports.h"
 #include "Calendar.h"
-#include "ChartReport.h"
 #include "Formatter.h"
 #include "Globals.h"
 #include "Measuring.h"
@@ -13,25 +13,18 @@
 
 #include <QPicture>
 
-ChartSpecialReport::ChartSpecialReport()
+FullPageChartReport::FullPageChartReport()
     : ReportInterface(
         g_lLangOffset >= 1000 ? QStringLiteral("Full-page chart report") : QStringLiteral("Diagrammreport ganzseitig"),
         2)
 { }
 
-void ChartSpecialReport::Execute(Measuring* measuring, ReportDocument* document, qint32& status)
+void FullPageChartReport::Execute(Measuring* measuring, ReportDocument* document, qint32& status)
 {
-    if (!measuring || !document) {
-        status = -1;
+    BuiltInReports::Start run;
+    if (!BuiltInReports::Begin(measuring, document, status, run))
         return;
-    }
-    status = 0;
-    ReportPageBuilder builder;
-    builder.LoadSettings();
-    builder.SetDocument(document);
-    QString fontName;
-    double fontSize = 0;
-    BuiltInReports::TableFont(fontName, fontSize);
+    ReportPageBuilder& builder = run.builder;
 
     const Formatter formatter;
     document->SetTitle(GetResString(453) + QLatin1Char(' ') + BuiltInReports::PeriodTitle(*measuring));
@@ -58,10 +51,5 @@ void ChartSpecialReport::Execute(Measuring* measuring, ReportDocument* document,
         - (builder.Top() + builder.Bottom() + builder.HeadHeight() + builder.FootHeight()) * TwipsPerMm;
     // Stretched to the rectangle, whatever the picture's own aspect.
     page->DrawPicture(picture, left, top, width, height);
-    page->SetPenStyle(ReportPage::PenSolid);
-    page->SetPenWidth(1);
-    page->DrawLine(left, top, left + width, top);
-    page->DrawLine(left + width, top, left + width, top + height);
-    page->DrawLine(left + width, top + height, left, top + height);
-    page->DrawLine(left, top + height, left, top);
+    BuiltInReports::Frame(*page, left, top, width, height);
 }

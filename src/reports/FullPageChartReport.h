@@ -4,9 +4,9 @@
 
 #include "ReportInterface.h"
 
-class ChartSpecialReport : public ReportInterface
+class FullPageChartReport : public ReportInterface
 {
 public:
-    ChartSpecialReport();
+    FullPageChartReport();
     void Execute(Measuring* measuring, ReportDocument* document, qint32& status) override;
 };
