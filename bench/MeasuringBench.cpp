@@ -2,17 +2,13 @@
 // A view of ten demo channels over a year of 15-minute data: opening it from its file to a
 // drawn chart, and one navigation step (refetch, regrid, recompute, redraw).
 #include "ChartAdapter.h"
+#include "DemoHost.h"
 #include "MatrixScriptEngine.h"
 #include "Measuring.h"
-#include "MeasuringHost.h"
-#include "RegistryKey.h"
 #include "SoranoFileHandler.h"
-#include "SqliteDataModule.h"
 #include "frm_GraphicView.h"
 
 #include <QApplication>
-#include <QProcess>
-#include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 
@@ -21,30 +17,10 @@
 
 namespace {
 
-class Host : public MeasuringHost
-{
-public:
-    ModuleBoxes& DataModules() override { return modules; }
-    void SendMessage(const QString&, const QString&) override { }
-    ModuleBoxes modules;
-};
-
 struct DemoView
 {
     DemoView()
     {
-        RegistryKey::SetRoots(dir.filePath("machine"), dir.filePath("user"));
-        const QString database = dir.filePath("demo.sqlite");
-        if (QProcess::execute(QStringLiteral(SORANO_DEMODATA), { database }) != 0)
-            std::fprintf(stderr, "the demo data could not be written\n");
-        auto box = std::make_shared<ModuleBox>();
-        box->SetName(QStringLiteral("Demo"));
-        box->SetAddress(QStringLiteral("1"));
-        box->SetParam(database);
-        box->SetDataModule(std::make_unique<SqliteDataModule>(DataModuleRegistration { "Demo", "1" }));
-        box->GetChannelList(nullptr);
-        host.modules.Add(box);
-
         // Active and reactive power and energy of the four 15-minute loggers, less one.
         MeasuringFile file;
         file.name = QStringLiteral("Zehn Kanäle");
@@ -57,15 +33,14 @@ struct DemoView
         file.hasCurves = true;
         for (const int channel : { 111, 112, 114, 121, 122, 124, 131, 132, 141, 142 }) {
             MeasuringFile::Curve curve;
-            curve.channels = { QStringLiteral("1$%1").arg(channel) };
+            curve.channels = { QStringLiteral("1$%1#%2").arg(channel / 10).arg(channel % 10) };
             file.curves.append(curve);
         }
-        path = dir.filePath("view.sor");
+        path = host.dir.filePath("view.sor");
         SoranoFileHandler::Save(path, file);
     }
 
-    QTemporaryDir dir;
-    Host host;
+    DemoHost host;
     QString path;
 };
 

@@ -2,14 +2,12 @@
 // Printing a year of 15-minute demo data as the table report into PDF (two curves in
 // portrait, ten in landscape), beside a plain PDF loop that draws the same texts and lines at
 // the same places; and one preview page drawn on screen.
+#include "DemoHost.h"
 #include "Measuring.h"
-#include "MeasuringHost.h"
-#include "RegistryKey.h"
 #include "ReportDocument.h"
 #include "ReportInterface.h"
 #include "ReportPageBuilder.h"
 #include "SoranoFileHandler.h"
-#include "SqliteDataModule.h"
 #include "ctl_NavBar.h"
 #include "frm_GraphicView.h"
 
@@ -17,8 +15,6 @@
 #include <QImage>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QProcess>
-#include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 
@@ -29,31 +25,9 @@
 
 namespace {
 
-class Host : public MeasuringHost
-{
-public:
-    ModuleBoxes& DataModules() override { return modules; }
-    void SendMessage(const QString&, const QString&) override { }
-    ModuleBoxes modules;
-};
-
 struct Demo
 {
-    Demo()
-    {
-        RegistryKey::SetRoots(dir.filePath("machine"), dir.filePath("user"));
-        const QString database = dir.filePath("demo.sqlite");
-        if (QProcess::execute(QStringLiteral(SORANO_DEMODATA), { database }) != 0)
-            std::fprintf(stderr, "the demo data could not be written\n");
-        auto box = std::make_shared<ModuleBox>();
-        box->SetName(QStringLiteral("Demo"));
-        box->SetAddress(QStringLiteral("1"));
-        box->SetParam(database);
-        box->SetDataModule(std::make_unique<SqliteDataModule>(DataModuleRegistration { "Demo", "1" }));
-        box->GetChannelList(nullptr);
-        host.modules.Add(box);
-        LoadReports(reports);
-    }
+    Demo() { LoadReports(reports); }
 
     // The main meter's view over the whole of 2025; with ten curves, the active and reactive
     // power and energy of four loggers instead of its own two.
@@ -69,7 +43,7 @@ struct Demo
             file.curves.clear();
             for (const int channel : { 111, 112, 114, 121, 122, 124, 131, 132, 141, 142 }) {
                 MeasuringFile::Curve curve;
-                curve.channels = { QStringLiteral("1$%1").arg(channel) };
+                curve.channels = { QStringLiteral("1$%1#%2").arg(channel / 10).arg(channel % 10) };
                 file.curves.append(curve);
             }
         }
@@ -84,8 +58,7 @@ struct Demo
         return view;
     }
 
-    QTemporaryDir dir;
-    Host host;
+    DemoHost host;
     ReportCollection reports;
 };
 
@@ -119,7 +92,7 @@ void BM_TableReportToPdf(benchmark::State& state)
 {
     const bool ten = state.range(0) == 10;
     const std::unique_ptr<Measuring> view = TheDemo().Open(ten);
-    const QString path = TheDemo().dir.filePath("table.pdf");
+    const QString path = TheDemo().host.dir.filePath("table.pdf");
     qsizetype pages = 0;
     for (auto _ : state) {
         const std::unique_ptr<ReportDocument> document = TableReport(*view, ten ? 2 : 1);
