@@ -5,38 +5,32 @@
 #include "ReportDocument.h"
 #include "ReportPageBuilder.h"
 
-int RunReports(ReportDocument& document, std::vector<ReportPtr>& reports, const std::vector<qint32>& orientations,
+#include <algorithm>
+
+void RunReports(ReportDocument& document, std::vector<ReportPtr>& reports, const std::vector<qint32>& orientations,
     const std::vector<Measuring*>& measurings, bool setOnce)
 {
-    int failed = 0;
-    const auto run = [&](ReportInterface& report, std::size_t position, Measuring* measuring) {
+    // A report that fails leaves its pages out; the others go on.
+    const auto run = [&document](ReportInterface& report, const qint32* orientation, Measuring* measuring) {
         report.Init();
-        if (position < orientations.size())
-            report.SetOrientation(orientations[position]);
+        if (orientation)
+            report.SetOrientation(*orientation);
         qint32 status = 0;
         report.Execute(measuring, &document, status);
-        if (status != 0)
-            ++failed;
     };
     if (setOnce && !measurings.empty()) {
         for (const char* name : { "Messungs-Protokoll", "Extremwert-Protokoll", "Grenzwertverletzungen" }) {
-            for (std::size_t i = 0; i < reports.size(); ++i) {
-                if (reports[i]->Name() != QLatin1String(name))
-                    continue;
-                const ReportPtr report = reports[i];
-                reports.erase(reports.begin() + static_cast<std::ptrdiff_t>(i));
-                report->Init();
-                qint32 status = 0;
-                report->Execute(measurings.front(), &document, status);
-                if (status != 0)
-                    ++failed;
-                break;
-            }
+            const auto found = std::find_if(reports.begin(), reports.end(),
+                [name](const ReportPtr& report) { return report->Name() == QLatin1String(name); });
+            if (found == reports.end())
+                continue;
+            const ReportPtr report = *found;
+            reports.erase(found);
+            run(*report, nullptr, measurings.front());
         }
     }
     for (Measuring* measuring : measurings)
         for (std::size_t i = 0; i < reports.size(); ++i)
-            run(*reports[i], i, measuring);
+            run(*reports[i], i < orientations.size() ? &orientations[i] : nullptr, measuring);
     ReportPageBuilder::NumberPages(document);
-    return failed;
 }
