@@ -105,51 +105,33 @@ void ExpectTexts(const std::vector<DrawnText>& actual, const std::vector<DrawnTe
 
 } // namespace
 
-// Rows are 200 twips, the header one row: a height of 1150.5 holds 950 / 200 = 4 body rows.
+// Rows are 200 twips, the header one row: 1150.5 holds 950 / 200 = 4 body rows. A second label
+// row is a body row of the caller's and takes one row off the height even when the rows fit;
+// creating the table fits again on the shrunk height.
 TEST_F(PrintResizeTableTest, RowsAreCutToTheHeightAndTheHeightToTheRows)
 {
-    PrintResizeTable tooMany = Table(5000, 1150.5f, 1, 0);
-    tooMany.SetRows(10);
-    EXPECT_EQ(tooMany.Rows(), 4);
-    EXPECT_FLOAT_EQ(tooMany.Height, 1000);
-    EXPECT_FLOAT_EQ(tooMany.RowHeight(), 200);
-    EXPECT_FLOAT_EQ(tooMany.HeaderHeight(), 200);
-
-    PrintResizeTable fewer = Table(5000, 1150.5f, 1, 0);
-    fewer.SetRows(3);
-    EXPECT_EQ(fewer.Rows(), 3);
-    EXPECT_FLOAT_EQ(fewer.Height, 800);
-    // A second fit, as the table makes when it is created, keeps a one-label-row table as it is.
-    fewer.CreateTable();
-    EXPECT_EQ(fewer.Rows(), 3);
-    EXPECT_FLOAT_EQ(fewer.Height, 800);
-
-    PrintResizeTable none = Table(5000, 1150.5f, 1, 0);
-    none.SetRows(0);
-    EXPECT_EQ(none.Rows(), 0);
-    EXPECT_FLOAT_EQ(none.Height, 200);
-    PrintResizeTable noneTwoLabels = Table(5000, 1150.5f, 2, 0);
-    noneTwoLabels.SetRows(0);
-    EXPECT_FLOAT_EQ(noneTwoLabels.Height, 0);
-}
-
-// The second label row is a body row of the caller's: 2150 holds 9 rows, of which 8 are left
-// when too many are asked for, and the height loses one row even when the rows fit.
-TEST_F(PrintResizeTableTest, SecondLabelRowTakesOneRowOffTheHeight)
-{
-    PrintResizeTable tooMany = Table(5000, 2150, 2, 0);
-    tooMany.SetRows(20);
-    EXPECT_EQ(tooMany.Rows(), 8);
-    EXPECT_FLOAT_EQ(tooMany.Height, 1600);
-
-    PrintResizeTable fewer = Table(5000, 2150, 2, 0);
-    fewer.SetRows(5);
-    EXPECT_EQ(fewer.Rows(), 5);
-    EXPECT_FLOAT_EQ(fewer.Height, 1000);
-    // Creating fits again on the shrunk height: 800 / 200 = 4 rows, so 5 are too many.
-    fewer.CreateTable();
-    EXPECT_EQ(fewer.Rows(), 3);
-    EXPECT_FLOAT_EQ(fewer.Height, 600);
+    struct Case
+    {
+        float height;
+        qint32 labelRows, asked, rows;
+        float fitted;
+        qint32 createdRows = -1;
+        float created = 0;
+    };
+    for (const Case& c :
+        { Case { 1150.5f, 1, 10, 4, 1000 }, Case { 1150.5f, 1, 3, 3, 800, 3, 800 }, Case { 1150.5f, 1, 0, 0, 200 },
+            Case { 1150.5f, 2, 0, 0, 0 }, Case { 2150, 2, 20, 8, 1600 }, Case { 2150, 2, 5, 5, 1000, 3, 600 } }) {
+        SCOPED_TRACE(testing::Message() << c.height << " " << c.labelRows << " " << c.asked);
+        PrintResizeTable table = Table(5000, c.height, c.labelRows, 0);
+        table.SetRows(c.asked);
+        EXPECT_EQ(table.Rows(), c.rows);
+        EXPECT_FLOAT_EQ(table.Height, c.fitted);
+        if (c.createdRows < 0)
+            continue;
+        table.CreateTable();
+        EXPECT_EQ(table.Rows(), c.createdRows);
+        EXPECT_FLOAT_EQ(table.Height, c.created);
+    }
 }
 
 // Row labels in bold (120 a character), cells in normal weight (100), each with 2 mm margin
@@ -248,7 +230,6 @@ TEST_F(PrintResizeTableTest, GridFramesTheTableAndRulesRowsAndColumns)
     EXPECT_EQ(ops.front().kind, ReportPage::Operation::Rect);
     EXPECT_EQ(ops.front().rect, QRectF(1000, 2000, 939, 800));
     EXPECT_EQ(ops.front().state.penWidth, 2);
-    EXPECT_EQ(ops.front().state.penStyle, ReportPage::PenSolid);
     const int solid = ReportPage::PenSolid;
     const int dot = ReportPage::PenDot;
     // The first dotted column rule lies on the solid one; none is drawn on the right edge.
