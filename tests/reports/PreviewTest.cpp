@@ -247,10 +247,12 @@ TEST_F(PreviewTest, FindWalksThroughTheTextsOfAllPages)
         EXPECT_EQ(preview.CurrentPage(), page);
         EXPECT_EQ(preview.FindMark(), rect);
     };
-    QTest::keyClick(box, Qt::Key_Return);
-    expectHit(0, first);
-    QTest::keyClick(box, Qt::Key_F3);
-    expectHit(1, low);
+    const auto step = [&](Qt::Key key, Qt::KeyboardModifiers modifiers, qsizetype page, const QRectF& rect) {
+        QTest::keyClick(box, key, modifiers);
+        expectHit(page, rect);
+    };
+    step(Qt::Key_Return, {}, 0, first);
+    step(Qt::Key_F3, {}, 1, low);
     // Scrolled into sight; marked yellow in the text's empty part, white below.
     const QRect sheet = preview.SheetRect();
     const double scale = preview.Scale();
@@ -262,23 +264,17 @@ TEST_F(PreviewTest, FindWalksThroughTheTextsOfAllPages)
     EXPECT_GT(qGreen(marked), qBlue(marked) + 60);
     EXPECT_GT(qGray(image.pixel(qRound(sheet.left() + 7000 * scale), qRound(sheet.top() + 14700 * scale))), 245);
 
-    QTest::keyClick(box, Qt::Key_Return);
-    expectHit(1, second);
-    QTest::keyClick(box, Qt::Key_Return);
-    expectHit(2, third);
-    QTest::keyClick(box, Qt::Key_Return);
-    expectHit(0, first);
-    QTest::keyClick(box, Qt::Key_Return, Qt::ShiftModifier);
-    expectHit(2, third);
-    QTest::keyClick(box, Qt::Key_F3, Qt::ShiftModifier);
-    expectHit(1, second);
+    step(Qt::Key_Return, {}, 1, second);
+    step(Qt::Key_Return, {}, 2, third);
+    step(Qt::Key_Return, {}, 0, first);
+    step(Qt::Key_Return, Qt::ShiftModifier, 2, third);
+    step(Qt::Key_F3, Qt::ShiftModifier, 1, second);
 
     // The search starts on the page shown, not the last hit's.
     preview.ShowPage(2);
     box->clear();
     QTest::keyClicks(box, QStringLiteral("SÜD"));
-    QTest::keyClick(box, Qt::Key_Return);
-    expectHit(1, QRectF(1500, 4000, 6000, 400));
+    step(Qt::Key_Return, {}, 1, QRectF(1500, 4000, 6000, 400));
     EXPECT_TRUE(box->styleSheet().isEmpty());
 
     box->clear();
