@@ -251,6 +251,35 @@ qint32 Curve::UpdateData(double dateFrom, double dateTo, TimeValueTransformator&
     return 0;
 }
 
+qsizetype Curve::BlankOutside(double from, double to)
+{
+    const MatrixBlockPtr block = m_cResult ? m_cResult->DataBlock() : nullptr;
+    if (!block || block->Columns() < 2)
+        return 0;
+    qsizetype blanked = 0;
+    for (qsizetype row = 0; row < block->Rows(); ++row) {
+        const double time = block->At(row, 0);
+        if (time >= from && time < to)
+            continue;
+        for (qsizetype column = 1; column < block->Columns(); ++column) {
+            double& value = block->At(row, column);
+            if (value != block->NoValue()) {
+                value = block->NoValue();
+                ++blanked;
+            }
+        }
+    }
+    if (blanked == 0)
+        return 0;
+    for (const auto& statistic : m_cStatistics) {
+        statistic->MarkStale();
+        if (statistic->Used())
+            RefreshStatistic(*statistic);
+    }
+    m_bChartDirty = true;
+    return blanked;
+}
+
 void Curve::RefreshStatistic(Statistic& statistic)
 {
     if (!statistic.Stale() || !m_cResult || !m_cResult->DataBlock())

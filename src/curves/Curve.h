@@ -79,6 +79,9 @@ public:
     // Puts the channels (fresh blocks from their modules) on the transformator's grid, sums
     // them into Result and recomputes the statistics. Returns 0 or the script's status.
     qint32 UpdateData(double dateFrom, double dateTo, TimeValueTransformator& transformator);
+    // Makes the values of Result stamped before from, or at to and later, gaps: the statistics
+    // and the chart then show only what lies inside. The number of values taken out.
+    qsizetype BlankOutside(double from, double to);
 
     // Writes the curve into the chart: values when they changed, look, constant lines of the
     // statistics and the cursors. The chart is remembered at the first call.

@@ -178,6 +178,20 @@ public:
     void UpdateAxisTitles();
     void RedrawCursors();
 
+    // --- views of report batches (MeasuringBatch.cpp)
+    // Binds every channel to the same channel of another logger of its module: "<logger>#"
+    // and what stood behind the "#" of its id. A curve still named after its channel takes the
+    // new one's name and unit. A channel that logger lacks is taken out (logged), and a curve
+    // left without channels goes. The number of channels bound.
+    qsizetype ExchangeLogger(const QString& logger);
+    // Binds the curve to the one channel "<address>$<id>" of the application's modules and
+    // names it after it; false when no module offers it.
+    bool BindCurve(Curve& curve, const QString& channelKey);
+    // Makes every value outside [from, to) a gap, and redraws.
+    void CutToPeriod(double from, double to);
+    // Puts cursors on the greatest and on the smallest value of all shown curves.
+    void MarkExtremes(bool minimum, bool maximum);
+
     // --- chart interaction (MeasuringInteraction.cpp)
     // Places a cursor of the current curve, or the nearest curve's within 50 pixels, at a chart
     // pixel; kind 1 or 2 is the cursor number a click asks for.
@@ -250,6 +264,8 @@ private:
     // Runs work as a refresh runs: hourglass, commands and navigation off, the view kept open,
     // the chart drawn at the end. False, without running it, while a refresh runs.
     bool RunAsRefresh(const std::function<void()>& work);
+    // The navigation bar learns the first and last dates of the channels now bound.
+    void ChannelsChanged();
     // After RemoveGaps: the grid's times label the points again and the cursors go back to their
     // rows; the caller has the curves write all their rows. True when gaps had been removed.
     bool ShowAllRows();
