@@ -20,6 +20,15 @@ const QHash<QString, QString>& ThemeNames()
         { QStringLiteral("ICO_COPY"), QStringLiteral("edit-copy") },
         { QStringLiteral("ICO_PASTE"), QStringLiteral("edit-paste") },
         { QStringLiteral("ICO_PROPERTIES"), QStringLiteral("document-properties") },
+        // The report batches.
+        { QStringLiteral("ICO_SHOWBATCH"), QStringLiteral("folder-open") },
+        { QStringLiteral("ICO_NEWBATCH"), QStringLiteral("folder-new") },
+        { QStringLiteral("ICO_BATCHPROPS"), QStringLiteral("document-properties") },
+        { QStringLiteral("ICO_DELETE"), QStringLiteral("edit-delete") },
+        { QStringLiteral("ICO_PRINTBATCH"), QStringLiteral("document-print") },
+        { QStringLiteral("ICO_NEWDOC"), QStringLiteral("list-add") },
+        { QStringLiteral("ICO_DELETEDOC"), QStringLiteral("list-remove") },
+        { QStringLiteral("ICO_REPORT"), QStringLiteral("x-office-document") },
     };
     return names;
 }
