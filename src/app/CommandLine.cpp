@@ -119,11 +119,20 @@ QString UsageText()
         "              [--resolution COUNTUNIT] VIEW.sor\n"
         "       sorano --print-pdf OUT.pdf [--report REP_0,REP_1,...] [--orientation portrait|landscape]\n"
         "              [--from DATE] [--to DATE] [--resolution COUNTUNIT] VIEW.sor [VIEW.sor ...]\n"
+        "       sorano --print-batch NAME --source CHANNEL_KEY --from DATE --to DATE\n"
+        "              [--resolution COUNTUNIT] [--customer \"COMPANY;CONTACT;STREET;PLACE;REMARK\"]\n"
+        "              [--report REP_0,...] --print-pdf OUT.pdf\n"
+        "       sorano --print-serial CHANNEL_KEY[,CHANNEL_KEY[,CHANNEL_KEY]] --from DATE --to DATE\n"
+        "              [--resolution COUNTUNIT] [--per-page N] [--axis MIN:MAX[,MIN:MAX]] [--fixed-line VALUE]\n"
+        "              [--customer ...] [--report REP_0,...] --print-pdf OUT.pdf\n"
         "       sorano --help | --version\n"
         "DATE is \"yyyy-mm-dd hh:nn:ss\" or \"yyyy-mm-dd\"; one bound alone moves the view's window.\n"
         "COUNTUNIT is a count and a unit: s, n (minutes), h, d, ww, m, yyyy; as 15n, 1h, 1d.\n"
         "Reports: REP_0 chart (the default), REP_1 table, REP_2 full-page chart; each runs over\n"
         "every view in turn, all into one PDF with numbered pages.\n"
+        "A batch prints the templates of a stored report batch for the logger of CHANNEL_KEY\n"
+        "(\"<module address>$<logger>#<channel>\", as 1$12#1); a serial report prints one chart page\n"
+        "per day, or per N values, of up to three channels of the first key's logger.\n"
         "Exit codes: 0 done, 2 arguments that can't be used, 3 a view file, module, channel or\n"
         "data source that fails, or nothing to print, 4 an output file that can't be written.\n");
 }
@@ -148,6 +157,14 @@ CommandLine ParseCommandLine(const QStringList& arguments)
     const QCommandLineOption report(QStringLiteral("report"), QString(), QStringLiteral("IDS"));
     const QCommandLineOption orientation(QStringLiteral("orientation"), QString(), QStringLiteral("ORIENTATION"));
     parser.addOptions({ help, version, from, to, resolution, printPdf, report, orientation });
+    const QCommandLineOption printBatch(QStringLiteral("print-batch"), QString(), QStringLiteral("NAME"));
+    const QCommandLineOption source(QStringLiteral("source"), QString(), QStringLiteral("CHANNEL_KEY"));
+    const QCommandLineOption customer(QStringLiteral("customer"), QString(), QStringLiteral("FIELDS"));
+    const QCommandLineOption printSerial(QStringLiteral("print-serial"), QString(), QStringLiteral("CHANNEL_KEYS"));
+    const QCommandLineOption perPage(QStringLiteral("per-page"), QString(), QStringLiteral("N"));
+    const QCommandLineOption axis(QStringLiteral("axis"), QString(), QStringLiteral("MIN:MAX"));
+    const QCommandLineOption fixedLine(QStringLiteral("fixed-line"), QString(), QStringLiteral("VALUE"));
+    parser.addOptions({ printBatch, source, customer, printSerial, perPage, axis, fixedLine });
     QList<QCommandLineOption> exports;
     for (const ExportOption& option : ExportOptions) {
         exports.append(QCommandLineOption(QLatin1String(option.name).mid(2), QString(), QStringLiteral("OUT")));
@@ -178,7 +195,9 @@ CommandLine ParseCommandLine(const QStringList& arguments)
 
     const QStringList positional = parser.positionalArguments();
     const bool exportMode = parser.isSet(from) || parser.isSet(to) || parser.isSet(resolution) || parser.isSet(printPdf)
-        || parser.isSet(report) || parser.isSet(orientation)
+        || parser.isSet(report) || parser.isSet(orientation) || parser.isSet(printBatch) || parser.isSet(printSerial)
+        || parser.isSet(source) || parser.isSet(customer) || parser.isSet(perPage) || parser.isSet(axis)
+        || parser.isSet(fixedLine)
         || std::any_of(exports.begin(), exports.end(), [&](const QCommandLineOption& o) { return parser.isSet(o); });
     if (!exportMode) {
         for (const QString& argument : positional) {
@@ -264,6 +283,83 @@ CommandLine ParseCommandLine(const QStringList& arguments)
             job.resolutionCount = static_cast<qint32>(count);
         }
     }
+
+    const bool batchRun = parser.isSet(printBatch);
+    const bool serialRun = parser.isSet(printSerial);
+    if (batchRun && serialRun)
+        fail(QStringLiteral("give either --print-batch or --print-serial"));
+    if ((batchRun || serialRun) && !parser.isSet(printPdf))
+        fail(QStringLiteral("--print-batch and --print-serial need --print-pdf"));
+    if ((parser.isSet(source) || parser.isSet(customer)) && !batchRun && !serialRun)
+        fail(QStringLiteral("--source and --customer need --print-batch or --print-serial"));
+    if ((parser.isSet(perPage) || parser.isSet(axis) || parser.isSet(fixedLine)) && !serialRun)
+        fail(QStringLiteral("--per-page, --axis and --fixed-line need --print-serial"));
+    if (parser.isSet(customer)) {
+        job.customer = parser.value(customer).split(u';');
+        if (job.customer.size() > 5)
+            fail(QStringLiteral("--customer takes five fields at most: company;contact;street;place;remark"));
+    }
+    if (batchRun || serialRun) {
+        if (!job.from || !job.to)
+            fail(QStringLiteral("a batch or serial report needs --from and --to"));
+        else if (*job.to < *job.from)
+            fail(QStringLiteral("--to must not lie before --from"));
+        if (!positional.isEmpty())
+            fail(QStringLiteral("a batch or serial report takes no view file: \"") + positional.front() + u'"');
+    }
+    // "<address>$<logger>#<channel>"
+    static const QRegularExpression channelKey(QStringLiteral(R"(^[^$]+\$[^#]+#.+$)"));
+    if (batchRun) {
+        job.batch = parser.value(printBatch).trimmed();
+        job.source = parser.value(source).trimmed();
+        if (job.batch.isEmpty())
+            fail(QStringLiteral("--print-batch needs the name of a batch"));
+        if (!parser.isSet(source))
+            fail(QStringLiteral("--print-batch needs --source with a channel key of the logger to print for"));
+        else if (!channelKey.match(job.source).hasMatch())
+            fail(QStringLiteral("--source: \"") + job.source
+                + QStringLiteral("\" is no channel key of the form <address>$<logger>#<channel>, such as 1$12#1"));
+    }
+    if (serialRun) {
+        for (const QString& key : parser.value(printSerial).split(u',')) {
+            job.serial << key.trimmed();
+            if (!channelKey.match(job.serial.back()).hasMatch())
+                fail(QStringLiteral("--print-serial: \"") + job.serial.back()
+                    + QStringLiteral("\" is no channel key of the form <address>$<logger>#<channel>, such as 1$12#1"));
+        }
+        if (job.serial.size() > 3)
+            fail(QStringLiteral("--print-serial takes three channel keys at most"));
+        if (parser.isSet(perPage)) {
+            bool number = false;
+            job.perPage = parser.value(perPage).toInt(&number);
+            if (!number || job.perPage < 1)
+                fail(QStringLiteral("--per-page: \"") + parser.value(perPage) + QStringLiteral("\" is no count of values"));
+        }
+        if (parser.isSet(axis)) {
+            for (const QString& range : parser.value(axis).split(u',')) {
+                bool lowNumber = false;
+                bool highNumber = false;
+                const double low = range.section(u':', 0, 0).toDouble(&lowNumber);
+                const double high = range.section(u':', 1).toDouble(&highNumber);
+                if (!lowNumber || !highNumber || range.count(u':') != 1 || high <= low) {
+                    fail(QStringLiteral("--axis: \"") + range
+                        + QStringLiteral("\" is no range MIN:MAX with MIN below MAX, such as 0:500"));
+                    break;
+                }
+                job.axes.emplace_back(low, high);
+            }
+            if (job.axes.size() > 2)
+                fail(QStringLiteral("--axis takes the left and the right axis at most"));
+        }
+        if (parser.isSet(fixedLine)) {
+            bool number = false;
+            job.fixedLine = parser.value(fixedLine).toDouble(&number);
+            if (!number)
+                fail(QStringLiteral("--fixed-line: \"") + parser.value(fixedLine) + QStringLiteral("\" is no number"));
+        }
+    }
+    if (command.action == CommandLine::Action::Print && (batchRun || serialRun))
+        return command;
 
     if (command.action == CommandLine::Action::Print) {
         if (positional.isEmpty())

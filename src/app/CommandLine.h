@@ -8,6 +8,8 @@
 #include <QStringList>
 
 #include <optional>
+#include <utility>
+#include <vector>
 
 class Measuring;
 class Project;
@@ -28,6 +30,16 @@ struct ExportJob
     QStringList views;
     QStringList reports;
     qint32 orientation = 0;
+    // A stored batch run for the logger of the channel key source, in place of views.
+    QString batch;
+    QString source;
+    // A serial report of up to three channel keys, in place of views.
+    QStringList serial;
+    qint32 perPage = 0; // values per page; 0 prints a page per day
+    std::vector<std::pair<double, double>> axes; // minimum and maximum of the left, then the right axis
+    std::optional<double> fixedLine;
+    // Company, contact, street, place, remark of a batch or serial report.
+    QStringList customer;
 };
 
 struct CommandLine
@@ -73,6 +85,11 @@ int RunExport(const ExportJob& job, Project& project, QString& error);
 // Opens the views as RunExport does, runs the job's reports over each of them into one
 // document, numbers its pages and writes the PDF. An exit code, with the reason in error.
 int RunPrint(const ExportJob& job, Project& project, QString& error);
+
+// Runs the stored batch (job.batch) for the logger of job.source, or the serial report of
+// job.serial, over the job's period as the menu does, and writes the PDF. An exit code, with
+// the reason in error.
+int RunBatchPrint(const ExportJob& job, Project& project, QString& error);
 
 // Opens one view file with the project's data modules as the window would, with the job's
 // window and resolution, and fetches its data. An exit code, with the reason in error.

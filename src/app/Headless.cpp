@@ -2,6 +2,9 @@
 // Work without a window: a view opened as on screen, then exported or printed to PDF.
 #include "CommandLine.h"
 
+#include "BatchHost.h"
+#include "BatchRun.h"
+#include "BatchStore.h"
 #include "ChartAdapter.h"
 #include "Measuring.h"
 #include "MeasuringFile.h"
@@ -124,11 +127,13 @@ int RunExport(const ExportJob& job, Project& project, QString& error)
     return ExitCode::Ok;
 }
 
-int RunPrint(const ExportJob& job, Project& project, QString& error)
+namespace {
+
+// The job's reports (the chart report when it names none) with their orientations.
+int ChooseReports(const ExportJob& job, Project& project, std::vector<ReportPtr>& reports,
+    std::vector<qint32>& orientations, QString& error)
 {
     project.LoadReports();
-    std::vector<ReportPtr> reports;
-    std::vector<qint32> orientations;
     for (const QString& id : job.reports.isEmpty() ? QStringList { QStringLiteral("REP_0") } : job.reports) {
         const ReportPtr report = project.Reports().Item(id);
         if (!report) {
@@ -142,16 +147,13 @@ int RunPrint(const ExportJob& job, Project& project, QString& error)
         reports.push_back(report);
         orientations.push_back(job.orientation != 0 ? job.orientation : report->Orientation());
     }
+    return ExitCode::Ok;
+}
 
-    std::vector<std::unique_ptr<Measuring>> views;
-    std::vector<Measuring*> measurings;
-    for (const QString& view : job.views) {
-        views.push_back(std::make_unique<Measuring>(project));
-        if (const int code = OpenHeadless(job, view, project, *views.back(), error); code != ExitCode::Ok)
-            return code;
-        measurings.push_back(views.back().get());
-    }
-
+// The reports over the views into one document with numbered pages, written as PDF.
+int PrintViews(const ExportJob& job, std::vector<ReportPtr>& reports, const std::vector<qint32>& orientations,
+    const std::vector<Measuring*>& measurings, QString& error)
+{
     ReportDocument document;
     RunReports(document, reports, orientations, measurings, true);
     if (document.PageCount() == 0) {
@@ -164,4 +166,156 @@ int RunPrint(const ExportJob& job, Project& project, QString& error)
         return ExitCode::Write;
     }
     return ExitCode::Ok;
+}
+
+// Template views opened without a window, as the batch window's runs open them.
+class HeadlessRunHost : public BatchRunHost
+{
+public:
+    explicit HeadlessRunHost(Project& project)
+        : m_project(project)
+    {
+    }
+
+    Measuring* OpenTemplate(const QString& path) override
+    {
+        auto view = std::make_unique<Measuring>(m_project);
+        if (view->Init() != 0)
+            return nullptr;
+        view->SetTemporary(true);
+        if (view->OpenFile(path, true) != 0)
+            return nullptr;
+        m_views.push_back(std::move(view));
+        return m_views.back().get();
+    }
+    void CloseTemplate(Measuring& measuring) override
+    {
+        std::erase_if(m_views, [&](const auto& view) { return view.get() == &measuring; });
+    }
+
+private:
+    Project& m_project;
+    std::vector<std::unique_ptr<Measuring>> m_views;
+};
+
+// The channel the key names must be offered: a batch or serial report of a logger the
+// modules don't know would print empty pages.
+bool Offered(Project& project, const QString& key, QString& error)
+{
+    const QString address = key.section(u'$', 0, 0);
+    const ModuleBoxPtr box = project.DataModules().Item(address);
+    if (!box) {
+        error = QStringLiteral("the channel key ") + key + QStringLiteral(" names the data module at address ")
+            + address + QStringLiteral(", which is not registered or could not be loaded");
+        return false;
+    }
+    if (box->Channels().isEmpty())
+        box->GetChannelList(nullptr);
+    if (!box->Channel(key.section(u'$', 1))) {
+        error = QStringLiteral("the channel ") + key + QStringLiteral(" is not offered by its data module ")
+            + box->Name();
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+int RunBatchPrint(const ExportJob& job, Project& project, QString& error)
+{
+    std::vector<ReportPtr> reports;
+    std::vector<qint32> orientations;
+    if (const int code = ChooseReports(job, project, reports, orientations, error); code != ExitCode::Ok)
+        return code;
+
+    BatchRunSettings settings;
+    settings.channels = job.batch.isEmpty() ? job.serial : QStringList { job.source };
+    for (const QString& key : settings.channels)
+        if (!Offered(project, key, error))
+            return ExitCode::View;
+    settings.name = job.batch.isEmpty() ? QStringLiteral("Serienreport") : job.batch;
+    settings.start = job.from.value_or(0.0);
+    settings.end = job.to.value_or(0.0);
+    settings.intervalUnit = job.resolutionUnit;
+    settings.intervalCount = job.resolutionUnit.isEmpty() ? 1 : job.resolutionCount;
+    for (qsizetype i = 0; i < job.customer.size() && i < 5; ++i)
+        settings.customer[size_t(i)] = job.customer[i].trimmed();
+
+    BatchStore store(BatchStore::DefaultFolder());
+    HeadlessRunHost host(project);
+    std::vector<Measuring*> views;
+    if (!job.batch.isEmpty()) {
+        store.Load();
+        const qsizetype index = store.IndexOf(job.batch);
+        if (index < 0) {
+            QStringList known;
+            for (qsizetype i = 0; i < store.Count(); ++i)
+                known << u'"' + store.Name(i) + u'"';
+            error = QStringLiteral("there is no report batch \"") + job.batch + u'"'
+                + (known.isEmpty() ? QStringLiteral(" (there are none in ") + store.Folder() + u')'
+                                   : QStringLiteral("; there are ") + known.join(QStringLiteral(", ")));
+            return ExitCode::Usage;
+        }
+        std::vector<BatchTemplate> templates;
+        for (const BatchStore::Template& entry : store.Templates(index))
+            templates.push_back({ store.TemplatePath(entry), entry.name });
+        if (templates.empty()) {
+            error = QStringLiteral("the report batch \"") + store.Name(index) + QStringLiteral("\" has no templates");
+            return ExitCode::View;
+        }
+        views = BatchRun::PrepareBatch(host, templates, settings, nullptr);
+    } else {
+        SerialSettings serial;
+        serial.perDay = job.perPage <= 0;
+        serial.valuesPerPage = job.perPage;
+        serial.manualAxes = !job.axes.empty();
+        for (size_t i = 0; i < job.axes.size() && i < 2; ++i) {
+            serial.borders[2 * i] = job.axes[i].first;
+            serial.borders[2 * i + 1] = job.axes[i].second;
+        }
+        serial.showFixedLine = job.fixedLine.has_value();
+        serial.fixedLineValue = job.fixedLine.value_or(0.0);
+        const qsizetype channels = std::min<qsizetype>(job.serial.size(), 3);
+        const QString path = BatchRun::SerialTemplate(store.Folder(), channels);
+        if (path.isEmpty()) {
+            error = QStringLiteral("the serial report's template LGA_%1.mtb is neither in %2 nor beside the program")
+                        .arg(channels)
+                        .arg(store.Folder());
+            return ExitCode::View;
+        }
+        views = BatchRun::PrepareSerial(host, path, settings, serial, nullptr);
+    }
+    if (views.empty()) {
+        error = QStringLiteral("no template could be opened for the logger of ") + settings.channels.value(0);
+        return ExitCode::View;
+    }
+    // A failed read shows as gaps, which a printed page can't tell from missing measurements.
+    for (Measuring* view : views)
+        if (!view->FetchError().isEmpty()) {
+            error = view->FetchError();
+            BatchRun::Close(host, views);
+            return ExitCode::View;
+        }
+    const int code = PrintViews(job, reports, orientations, views, error);
+    BatchRun::Close(host, views);
+    return code;
+}
+
+int RunPrint(const ExportJob& job, Project& project, QString& error)
+{
+    std::vector<ReportPtr> reports;
+    std::vector<qint32> orientations;
+    if (const int code = ChooseReports(job, project, reports, orientations, error); code != ExitCode::Ok)
+        return code;
+
+    std::vector<std::unique_ptr<Measuring>> views;
+    std::vector<Measuring*> measurings;
+    for (const QString& view : job.views) {
+        views.push_back(std::make_unique<Measuring>(project));
+        if (const int code = OpenHeadless(job, view, project, *views.back(), error); code != ExitCode::Ok)
+            return code;
+        measurings.push_back(views.back().get());
+    }
+
+    return PrintViews(job, reports, orientations, measurings, error);
 }

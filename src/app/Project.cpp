@@ -3,6 +3,8 @@
 
 #include "AddIns.h"
 #include "AppPaths.h"
+#include "BatchHost.h"
+#include "BatchReport.h"
 #include "DriveProbe.h"
 #include "Globals.h"
 #include "Help.h"
@@ -85,6 +87,12 @@ qint32 Project::Init()
     BuildMenus();
     const qint32 addIns = m_cAddIns->Load(*this);
     PersistBarLayout(true);
+    // A stored arrangement may hold the batch window in another state than the setting says,
+    // and its caption with it: the setting decides, and the list is read again.
+    if (m_cBatch) {
+        m_cBatch->ShowWindow(Settings::Value(Settings::Id::ShowBatchWindow).trimmed() == QLatin1String("1"));
+        m_cBatch->Reload();
+    }
     m_cRecentList->Load();
     RebuildRecentMenu();
 
@@ -130,6 +138,7 @@ bool Project::Terminate(bool force)
     if (m_mainWindow)
         PersistBarLayout(false);
     m_cAddIns->Terminate();
+    TerminateBatch();
     if (m_mainWindow)
         m_mainWindow->Unload();
     QCoreApplication::processEvents();
@@ -546,6 +555,7 @@ bool Project::SaveMeasuring(bool saveAs, Measuring* measuring)
         measuring = GetActiveMeasuring();
     bool saved = false;
     QString target;
+    const QString before = measuring ? measuring->FileName() : QString();
     if (measuring && !measuring->FileName().isEmpty() && !saveAs) {
         target = measuring->FileName();
         saved = measuring->SaveFile(QString(), false) == 0;
@@ -585,6 +595,9 @@ bool Project::SaveMeasuring(bool saveAs, Measuring* measuring)
         QMessageBox::warning(m_mainWindow.get(), m_sApplicationName,
             GetResString(493).replace(QStringLiteral("%s"), QDir::toNativeSeparators(target)));
     UpdateToolStates();
+    // A template of a batch saved under another name in the batch folder stays in its batch.
+    if (saved && m_cBatch && !before.isEmpty() && before != measuring->FileName())
+        m_cBatch->FileChanged(before, measuring->FileName());
     return saved;
 }
 

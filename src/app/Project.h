@@ -19,6 +19,8 @@
 #include <vector>
 
 class AddIns;
+class BatchHost;
+class BatchReport;
 class DriveProbe;
 class RecentList;
 class Measuring;
@@ -156,7 +158,15 @@ public:
     // The preview, made on first use.
     frm_Preview* PreviewWindow();
 
+    // --- report batches (ProjectBatch.cpp)
+    // The batch object with its menu, window and runs; made with the menus, gone at the end.
+    BatchReport* Batch() const { return m_cBatch.get(); }
+
 private:
+    // Makes the batch object on the first call and adds its menu and toolbar.
+    void InitBatch();
+    // Remembers the batch window's state and lets go of the batch object.
+    void TerminateBatch();
     void ViewCommand(Measuring& view, const QString& name);
     void FillWindowList(QMenu* menu, QAction* marker);
     void OpenRecent(const QString& tool);
@@ -200,6 +210,9 @@ private:
     ReportCollection m_colReports;
     // A window of its own, without a parent; its pages are copies and outlive the views.
     std::unique_ptr<frm_Preview> m_cPreview;
+    // The batch object's window is a dock of the main window, declared before them.
+    std::unique_ptr<BatchHost> m_cBatchHost;
+    std::unique_ptr<BatchReport> m_cBatch;
     QString m_sMeasuringFileID;
     ::MessageHandler* m_cMsgHandler = nullptr;
     bool m_bTerminated = false;

@@ -4,6 +4,7 @@
 #include "Project.h"
 
 #include "AddIns.h"
+#include "BatchReport.h"
 #include "ChartAdapter.h"
 #include "CurveColors.h"
 #include "Help.h"
@@ -57,8 +58,14 @@ void Project::BuildMenus()
     bar.AddBand(QStringLiteral("mnuMain"), T::MenuBar, Text(201));
     bar.AddBand(QStringLiteral("tlbMain"), T::Toolbar, Text(202));
     bar.AddBand(QStringLiteral("tlbGraphic"), T::Toolbar, Text(203));
-    const std::array<std::pair<const char*, int>, 6> menus { { { "mnuFile", 204 }, { "mnuEdit", 215 },
-        { "mnuView", 229 }, { "mnuExtras", 246 }, { "mnuWindows", 251 }, { "mnuHelp", 256 } } };
+    const std::array<std::pair<const char*, int>, 3> viewMenus { { { "mnuFile", 204 }, { "mnuEdit", 215 },
+        { "mnuView", 229 } } };
+    for (const auto& [name, caption] : viewMenus)
+        bar.AddBand(QLatin1String(name), T::Popup, Text(caption), QStringLiteral("mnuMain"));
+    // The batch menu and toolbar stand between those of the views and the administration.
+    InitBatch();
+    const std::array<std::pair<const char*, int>, 3> menus { { { "mnuExtras", 246 }, { "mnuWindows", 251 },
+        { "mnuHelp", 256 } } };
     for (const auto& [name, caption] : menus)
         bar.AddBand(QLatin1String(name), T::Popup, Text(caption), QStringLiteral("mnuMain"));
     bar.AddBand(QStringLiteral("stbMain"), T::StatusBar);
@@ -185,6 +192,10 @@ void Project::ToolClick(const QString& clicked)
     // A layout or an add-in of the other edition names the configuration tool differently.
     const QString name = clicked == QLatin1String("mnuQUANDELConfig") ? QStringLiteral("mnuExtrasConfig") : clicked;
     m_cAddIns->ToolClick(name);
+    if (m_cBatch && m_cBatch->ToolClick(name)) {
+        UpdateToolStates();
+        return;
+    }
     // Looked up after the add-ins, which may have closed a view.
     Measuring* view = GetActiveMeasuring();
 
@@ -343,6 +354,11 @@ void Project::UpdateToolStates()
         return;
     m_bBarBusy = true;
     const auto idle = qScopeGuard([this] { m_bBarBusy = false; });
+    // The batch tools follow the active view too, whichever way this returns.
+    const auto batchTools = qScopeGuard([this] {
+        if (m_cBatch)
+            m_cBatch->UpdateTools();
+    });
     ToolRegistry& bar = *m_cBar;
     const auto set = [&bar](const QString& name, bool enabled) {
         if (QAction* action = bar.Tool(name))

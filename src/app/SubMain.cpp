@@ -104,8 +104,13 @@ int SubMain(int argc, char** argv)
         g_cProject = new Project;
         g_cProject->LoadDataModules();
         QString error;
-        exitCode = command.action == CommandLine::Action::Print ? RunPrint(command.job, *g_cProject, error)
-                                                                : RunExport(command.job, *g_cProject, error);
+        const ExportJob& job = command.job;
+        if (command.action == CommandLine::Action::Export)
+            exitCode = RunExport(job, *g_cProject, error);
+        else if (!job.batch.isEmpty() || !job.serial.isEmpty())
+            exitCode = RunBatchPrint(job, *g_cProject, error);
+        else
+            exitCode = RunPrint(job, *g_cProject, error);
         if (exitCode != ExitCode::Ok)
             PrintError(error, false);
         delete g_cProject;
