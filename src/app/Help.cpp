@@ -36,6 +36,7 @@ constexpr ContextPage ContextPages[] = {
     { 1039, "newview.html" }, // the new-view wizard of Datei > Neu, and the profiles
     { 1040, "options.html" }, // the options (frm_Options)
     { 1041, "print.html" }, // the print dialog, the preview and the page setup
+    { 1042, "batch.html" }, // the batch window, its dialogs and the serial report
 };
 
 constexpr const char* ContentsPage = "index.html";
@@ -64,6 +65,7 @@ constexpr ContentsNode ContentsNodes[] = {
     { 1, "table.html", nullptr, nullptr },
     { 1, "export.html", nullptr, nullptr },
     { 1, "print.html", nullptr, nullptr },
+    { 1, "batch.html", nullptr, nullptr },
     { 0, nullptr, "Dialoge", "Dialogs" },
     { 1, "viewproperties.html", nullptr, nullptr },
     { 1, "curves.html", nullptr, nullptr },

@@ -2,7 +2,7 @@
 # them from ":/help/<language>/<page>".
 set(sorano_help_pages
   index startup newview datasources
-  navigation zoom cursors statistics table export print
+  navigation zoom cursors statistics table export print batch
   viewproperties curves curveproperties statisticformats options
   keyboard commandline)
 set(sorano_help_files ${CMAKE_CURRENT_LIST_DIR}/help.css)
