@@ -15,16 +15,21 @@
 
 namespace {
 
-// A curve still carrying the name and unit of its first channel is named after its new one.
-void Rename(Curve& curve, const DataMatrix& before, const DataMatrix& after, bool visible)
+// What a curve showed before its channels were exchanged.
+struct Look
 {
-    const bool ownName = curve.Name() != before.ChannelName();
-    const bool ownUnit = curve.Unit() != before.Unit();
-    const QString name = curve.Name();
-    const QString unit = curve.Unit();
-    curve.SetName(ownName ? name : after.ChannelName());
-    curve.SetUnit(ownUnit ? unit : after.Unit());
-    curve.SetVisible(visible);
+    QString name;
+    QString unit;
+    bool visible = true;
+};
+
+// A curve that carried the name and unit of its first channel is named after its new one;
+// a name or unit of its own stays.
+void Rename(Curve& curve, const Look& look, const DataMatrix& before, const DataMatrix& after)
+{
+    curve.SetName(look.name != before.ChannelName() ? look.name : after.ChannelName());
+    curve.SetUnit(look.unit != before.Unit() ? look.unit : after.Unit());
+    curve.SetVisible(look.visible);
 }
 
 } // namespace
@@ -46,7 +51,7 @@ qsizetype Measuring::ExchangeLogger(const QString& logger)
             continue;
         const std::vector<CurveChannel> before = curve->Channels();
         const DataMatrixPtr first = before.front().matrix;
-        const bool visible = curve->Visible();
+        const Look look { curve->Name(), curve->Unit(), curve->Visible() };
         std::vector<DataMatrixPtr> after;
         for (const CurveChannel& channel : before) {
             const QString address = QString::number(channel.matrix->ModuleAddress());
@@ -69,7 +74,7 @@ qsizetype Measuring::ExchangeLogger(const QString& logger)
         if (after.empty())
             emptied.push_back(curve->ID());
         else
-            Rename(*curve, *first, *after.front(), visible);
+            Rename(*curve, look, *first, *after.front());
     }
     for (const QString& id : emptied)
         RemoveCurve(id);

@@ -111,6 +111,9 @@ std::vector<Measuring*> PrepareBatch(BatchRunHost& host, const std::vector<Batch
         view->SetName(entry.name);
         views.push_back(view);
     }
+    // A template left out moves the bar on as its view would have.
+    for (size_t missing = views.size(); missing < templates.size(); ++missing)
+        Step(progress);
     for (Measuring* view : views) {
         Step(progress);
         view->RemoveCursors(true);
@@ -236,12 +239,16 @@ std::vector<Measuring*> PrepareSerial(BatchRunHost& host, const QString& templat
                 if (rightAxis)
                     chart->SetAxisRange(ChartAxis::Y2, serial.borders[2], serial.borders[3]);
             }
-            chart->SetAxisTitle(ChartAxis::Y1, AxisTitle(*curves.front()));
-            QString right;
-            for (size_t i = 1; i < curves.size(); ++i)
-                if (curves[i]->YAxis() == 1)
-                    right = AxisTitle(*curves[i]);
-            chart->SetAxisTitle(ChartAxis::Y2, right);
+            // Each axis is titled after the first curve that stands on it: a power factor
+            // takes the left axis whatever its place in the list.
+            QString titles[2];
+            for (const auto& curve : curves) {
+                const int axis = curve->YAxis() == 1 ? 1 : 0;
+                if (titles[axis].isEmpty())
+                    titles[axis] = AxisTitle(*curve);
+            }
+            chart->SetAxisTitle(ChartAxis::Y1, titles[0]);
+            chart->SetAxisTitle(ChartAxis::Y2, titles[1]);
         }
         view->MarkExtremes(settings.minCursor, settings.maxCursor);
     }
