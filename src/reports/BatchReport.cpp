@@ -159,7 +159,7 @@ void BatchReport::Init()
 void BatchReport::AddTools()
 {
     ToolRegistry& bar = m_cHost.Bar();
-    bar.AddBand(MenuBand, ToolRegistry::Popup, BandCaption(), QStringLiteral("mnuMain"));
+    bar.AddBand(MenuBand, ToolRegistry::Popup, Local("&Reportstapel", "&Report batches"), QStringLiteral("mnuMain"));
     bar.AddBand(ToolBand, ToolRegistry::Toolbar, BandCaption());
     const QString category = BandCaption();
     for (std::size_t i = 0; i < Tools.size(); ++i) {

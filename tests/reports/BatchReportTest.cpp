@@ -172,7 +172,7 @@ TEST_F(BatchReportTest, MenuStandsBeforeTheAdministrationAndToolsFollowTheState)
     QStringList menus;
     for (QAction* action : window.menuBar()->actions())
         menus << action->text();
-    EXPECT_EQ(menus, (QStringList { "Ansicht", "Reportstapel", "Verwaltung" }));
+    EXPECT_EQ(menus, (QStringList { "Ansicht", "&Reportstapel", "Verwaltung" }));
     const QStringList order { "mnuShowBatch", "DB01", "mnuPrintLGA", "DB04", "mnuNewBatch", "mnuCopyBatch",
         "mnuBatchProps", "mnuDeleteBatch", "DB02", "mnuPrintBatch", "DB03", "mnuNewDoc", "mnuDeleteDoc", "mnuOpenDoc" };
     EXPECT_EQ(batchHost.bar.ToolsOf("mnuBatch"), order);
