@@ -131,7 +131,7 @@ void DepthItem::draw(QCPPainter* painter)
     const QPointF offset(Depth, -Depth);
     QPen edge(QColor(150, 150, 150), 1);
     edge.setCosmetic(true);
-    painter->setPen(edge);
+    painter->setPen(ItemPen(painter, edge));
     painter->setBrush(QColor(238, 238, 238));
     painter->drawRect(rect.translated(offset));
     painter->setBrush(QColor(200, 200, 200));

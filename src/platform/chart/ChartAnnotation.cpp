@@ -62,7 +62,7 @@ void AnnotationItem::draw(QCPPainter* painter)
         const QList<qreal> dashes = DashPattern(object.DashPattern());
         if (!dashes.isEmpty())
             pen.setDashPattern(dashes);
-        painter->setPen(pen);
+        painter->setPen(ItemPen(painter, pen));
         painter->drawLine(QPointF(object.Left(), object.Top()),
             QPointF(object.Left() + object.Width(), object.Top() + object.Height()));
         return;
@@ -71,7 +71,7 @@ void AnnotationItem::draw(QCPPainter* painter)
     const QRectF rect = BoxRect(object);
     QPen border(object.Color(), 1);
     border.setCosmetic(true);
-    painter->setPen(object.Border() ? border : QPen(Qt::NoPen));
+    painter->setPen(object.Border() ? ItemPen(painter, border) : QPen(Qt::NoPen));
     painter->setBrush(object.BackColor().isValid() ? QBrush(object.BackColor()) : QBrush(Qt::NoBrush));
     painter->drawRect(rect);
 
@@ -83,7 +83,7 @@ void AnnotationItem::draw(QCPPainter* painter)
     if (object.Selected()) {
         QPen frame(Qt::black, 1, Qt::DotLine);
         frame.setCosmetic(true);
-        painter->setPen(frame);
+        painter->setPen(ItemPen(painter, frame));
         painter->setBrush(Qt::NoBrush);
         painter->drawRect(rect.adjusted(-2, -2, 2, 2));
     }

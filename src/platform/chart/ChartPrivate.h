@@ -38,6 +38,12 @@ void ReplotLayer(QCustomPlot* plot, const QString& layerName);
 
 QPen ChartPen(const QColor& color, int width, int style);
 Qt::PenStyle ChartPenStyle(int style);
+// The pen scaled with the chart's drawing instead of keeping its device width: cosmetic pens
+// (and width 0) become non-cosmetic ones of their width, at least one chart pixel.
+QPen ScalingPen(QPen pen);
+// The pen the chart's own items draw with: scaling when the painter records a picture that is
+// scaled later (pmNonCosmetic), as given otherwise.
+QPen ItemPen(const QCPPainter* painter, const QPen& pen);
 
 // Draws one annotation object in widget pixels.
 class AnnotationItem : public QCPAbstractItem

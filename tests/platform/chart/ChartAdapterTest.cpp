@@ -4,14 +4,19 @@
 #include "ChartAnnotation.h"
 
 #include <QApplication>
+#include <QPainter>
+#include <QPicture>
 #include <QTemporaryDir>
 #include <qcustomplot.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <numeric>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -349,6 +354,92 @@ TEST_F(ChartAdapterTest, PicturesShowSeriesGapsConstantLinesAndAnnotations)
     EXPECT_FALSE(chart.SaveSvg(dir.filePath(QStringLiteral("missing/chart.svg")), 640, 400));
     box->SetLeft(-1000); // parked
     EXPECT_FALSE(HasColorNear(chart.ToImage(800, 500), QPointF(140, 115), Qt::blue));
+}
+
+// The lengths of the runs of pixels in a row or column for which `match` holds.
+template<typename Match> std::vector<int> Runs(const QImage& image, int at, Qt::Orientation along, Match match)
+{
+    const int length = along == Qt::Horizontal ? image.width() : image.height();
+    std::vector<int> runs;
+    for (int i = 0, run = 0; i <= length; ++i) {
+        const bool in
+            = i < length && match(along == Qt::Horizontal ? image.pixelColor(i, at) : image.pixelColor(at, i));
+        if (in)
+            ++run;
+        else if (run > 0)
+            runs.push_back(std::exchange(run, 0));
+    }
+    return runs;
+}
+
+int LongestRun(const std::vector<int>& runs)
+{
+    return runs.empty() ? 0 : *std::max_element(runs.begin(), runs.end());
+}
+
+TEST_F(ChartAdapterTest, DrawnPicturesScaleTheirLinesWithTheChartAndTheScreenPensStay)
+{
+    chart.OpenData(1, 100);
+    chart.SetValues(0, std::vector<double>(100, 5.0));
+    chart.SetSeriesColor(0, Qt::red);
+    chart.SetSeriesLineWidth(0, 2);
+    const int line = chart.AddConstantLine();
+    chart.SetConstantLineAxis(line, ChartAxis::X);
+    chart.SetConstantLineValue(line, 80);
+    chart.SetConstantLineColor(line, Qt::green);
+    chart.SetConstantLineWidth(line, 2);
+    chart.SetConstantLineHidden(line, false);
+    ChartAnnotation* stroke = chart.Annotations().AddLine();
+    stroke->SetColor(Qt::blue);
+    stroke->SetLineWidth(2);
+    stroke->SetGeometry(20, 40, 100, 0);
+    chart.SetAxisGridStyle(ChartAxis::X, ChartLineStyle::Dot);
+    Show(100, 10);
+    const QPen curvePen = Graph(0)->pen(), gridPen = chart.Plot()->xAxis->grid()->pen();
+    ASSERT_TRUE(curvePen.isCosmetic() && gridPen.isCosmetic());
+
+    // Played ten times its size, as a report plays it onto a fine printer.
+    QPicture picture;
+    QPainter recorder(&picture);
+    chart.Draw(recorder, 400, 250);
+    recorder.end();
+    QImage image(4000, 2500, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter player(&image);
+    player.scale(10, 10);
+    player.drawPicture(0, 0, picture);
+    player.end();
+
+    // Mostly red, green or blue (0, 1, 2); the lines are antialiased.
+    const auto primary = [](int i) {
+        return [i](const QColor& pixel) {
+            const int rgb[] = { pixel.red(), pixel.green(), pixel.blue() };
+            return rgb[i] > 150 && rgb[i] - std::max(rgb[(i + 1) % 3], rgb[(i + 2) % 3]) > 60;
+        };
+    };
+    const int curve = LongestRun(Runs(image, 2000, Qt::Vertical, primary(0)));
+    const int constant = LongestRun(Runs(image, 750, Qt::Horizontal, primary(1)));
+    const int annotation = LongestRun(Runs(image, 700, Qt::Vertical, primary(2)));
+    for (const int thickness : { curve, constant, annotation })
+        EXPECT_TRUE(thickness >= 16 && thickness <= 24) << curve << ' ' << constant << ' ' << annotation;
+
+    // The X grid stays dotted: dots of the scaled pen width, never one line.
+    int gridColumn = 0, most = 0;
+    for (int x = 0; x < image.width(); ++x) {
+        int grid = 0;
+        for (int y = 0; y < image.height(); ++y)
+            grid += image.pixelColor(x, y) == QColor(200, 200, 200);
+        if (grid > most)
+            std::tie(gridColumn, most) = std::pair(x, grid);
+    }
+    const std::vector<int> dots
+        = Runs(image, gridColumn, Qt::Vertical, [](const QColor& c) { return c == QColor(200, 200, 200); });
+    const auto scaled = std::count_if(dots.begin(), dots.end(), [](int dot) { return dot >= 15 && dot <= 25; });
+    EXPECT_GT(scaled, 30) << dots.size() << " dots at " << gridColumn << ", the longest " << LongestRun(dots);
+
+    EXPECT_EQ(Graph(0)->pen(), curvePen);
+    EXPECT_TRUE(Graph(0)->pen().isCosmetic());
+    EXPECT_EQ(chart.Plot()->xAxis->grid()->pen(), gridPen);
 }
 
 } // namespace
