@@ -256,11 +256,15 @@ void frm_NewMeasuring::EnterChannels()
             // Entry level 0 is the root level, which the tree counts as its first level.
             status = box->GetChannelList(m_trvChannels, QString(), false, m_cProfile->EntryLevel + 1, false);
         } else if (m_iMode == 1) {
-            status = box->GetChannelList(m_trvChannels, QString(), false, -1, true);
+            // The loggers a batch can be printed for, without their channels: every category,
+            // the loggers (measurings) among them.
+            status = box->GetChannelList(m_trvChannels, QString(), false, -1, false);
             QTreeWidgetItem* entry = nullptr;
             ChannelSelection::ForEachNode(m_trvChannels, [&entry](QTreeWidgetItem* item) {
+                const QString image = ChannelTree::Image(item);
                 if (!entry && item->childCount() == 0
-                    && ChannelTree::Image(item) == QLatin1String(ChannelTree::ImageCategorie))
+                    && (image == QLatin1String(ChannelTree::ImageCategorie)
+                        || image == QLatin1String(ChannelTree::ImageMeasuring)))
                     entry = item;
             });
             if (entry) {
