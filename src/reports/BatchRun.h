@@ -23,7 +23,7 @@ struct BatchRunSettings
     double start = 0.0; // days since 1899-12-30
     double end = 0.0;
     // The grid step as a unit code ("s", "n", "h", "d", "ww", "m", "yyyy") and its count; an
-    // empty unit lets each view choose its own.
+    // empty unit shows every view at the time base of its channels.
     QString intervalUnit;
     qint32 intervalCount = 1;
     // Company, contact, street, place, remark.
