@@ -115,7 +115,7 @@ void WriteDatabase(const QString& path)
     sqlite3_exec(raw, "COMMIT", nullptr, nullptr, nullptr);
 }
 
-struct CurveSpec
+struct CurveLook
 {
     const char* name;
     const char* unit;
@@ -124,7 +124,7 @@ struct CurveSpec
 };
 
 // A view file bound to logger 11 at module address 1, in the format the program saves.
-QByteArray ViewFile(const char* name, const char* unit, int count, const std::vector<CurveSpec>& curves)
+QByteArray ViewFile(const char* name, const char* unit, int count, const std::vector<CurveLook>& curves)
 {
     QByteArray text = R"(<?xml version="1.0"?>
 <sorano-measuring>
@@ -164,7 +164,7 @@ QByteArray ViewFile(const char* name, const char* unit, int count, const std::ve
   </customer-address>
   <curves>
 )";
-    for (const CurveSpec& curve : curves)
+    for (const CurveLook& curve : curves)
         text += "    <curve>\n      <name>" + QByteArray(curve.name) + "</name>\n      <unit>" + QByteArray(curve.unit)
             + "</unit>\n      <visible>true</visible>\n      <y-axis>" + QByteArray::number(curve.axis)
             + "</y-axis>\n      <channels>\n        <channel>1$11#" + QByteArray::number(curve.channel) + R"(</channel>
