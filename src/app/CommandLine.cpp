@@ -333,7 +333,8 @@ CommandLine ParseCommandLine(const QStringList& arguments)
             bool number = false;
             job.perPage = parser.value(perPage).toInt(&number);
             if (!number || job.perPage < 1)
-                fail(QStringLiteral("--per-page: \"") + parser.value(perPage) + QStringLiteral("\" is no count of values"));
+                fail(QStringLiteral("--per-page: \"") + parser.value(perPage)
+                    + QStringLiteral("\" is no count of values"));
         }
         if (parser.isSet(axis)) {
             for (const QString& range : parser.value(axis).split(u',')) {

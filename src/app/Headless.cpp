@@ -174,8 +174,7 @@ class HeadlessRunHost : public BatchRunHost
 public:
     explicit HeadlessRunHost(Project& project)
         : m_project(project)
-    {
-    }
+    { }
 
     Measuring* OpenTemplate(const QString& path) override
     {

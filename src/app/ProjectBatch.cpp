@@ -17,8 +17,7 @@ class ProjectBatchHost : public BatchHost
 public:
     explicit ProjectBatchHost(Project& project)
         : m_project(project)
-    {
-    }
+    { }
 
     Measuring* OpenTemplate(const QString& path) override { return m_project.OpenMeasuring(path, true); }
     void CloseTemplate(Measuring& measuring) override { m_project.CloseMeasuring(measuring, true); }

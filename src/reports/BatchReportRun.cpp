@@ -7,9 +7,9 @@
 #include "BatchRun.h"
 #include "Calendar.h"
 #include "DateEdit.h"
+#include "Globals.h"
 #include "Measuring.h"
 #include "ModuleBoxes.h"
-#include "Globals.h"
 #include "Numeric.h"
 #include "frm_BatchStatus.h"
 #include "frm_NewMeasuring.h"
@@ -88,7 +88,8 @@ static std::unique_ptr<frm_NewMeasuring> AskRun(BatchHost& host, qint16 mode, co
 static std::unique_ptr<frm_BatchStatus> ShowStatus(BatchHost& host, const QString& name)
 {
     auto status = std::make_unique<frm_BatchStatus>(host.MainWindow());
-    status->StatusMessage(name + Local(" wird erzeugt, bitte haben Sie etwas Geduld...", " is being made, please wait..."));
+    status->StatusMessage(
+        name + Local(" wird erzeugt, bitte haben Sie etwas Geduld...", " is being made, please wait..."));
     status->show();
     status->UpdateStatus();
     return status;
@@ -131,7 +132,8 @@ void BatchReport::PrintSerial()
     const QString path = BatchRun::SerialTemplate(m_cStore.Folder(), std::min<qsizetype>(settings.channels.size(), 3));
     if (path.isEmpty()) {
         Tell(Local("Serienreport", "Serial report"),
-            Local("Die Vorlage LGA_%1.mtb wurde weder im Reportstapel-Ordner noch bei der Programminstallation gefunden.",
+            Local(
+                "Die Vorlage LGA_%1.mtb wurde weder im Reportstapel-Ordner noch bei der Programminstallation gefunden.",
                 "The template LGA_%1.mtb is neither in the batch folder nor where the program is installed.")
                 .arg(std::min<qsizetype>(settings.channels.size(), 3)));
         return;

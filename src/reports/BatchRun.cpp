@@ -128,8 +128,8 @@ std::vector<Measuring*> PrepareBatch(BatchRunHost& host, const std::vector<Batch
     return views;
 }
 
-qint32 SerialPageCount(const BatchRunSettings& settings, const SerialSettings& serial, const QString& unit,
-    qint32 count)
+qint32 SerialPageCount(
+    const BatchRunSettings& settings, const SerialSettings& serial, const QString& unit, qint32 count)
 {
     const double start = settings.start;
     const double end = std::max(settings.end, settings.start);
@@ -146,8 +146,8 @@ qint32 SerialPageCount(const BatchRunSettings& settings, const SerialSettings& s
     return static_cast<qint32>(std::clamp(pages, 1.0, double(Calendar::MaxDays)));
 }
 
-std::vector<Measuring*> PrepareSerial(BatchRunHost& host, const QString& templatePath,
-    const BatchRunSettings& settings, const SerialSettings& serial, BatchProgress* progress)
+std::vector<Measuring*> PrepareSerial(BatchRunHost& host, const QString& templatePath, const BatchRunSettings& settings,
+    const SerialSettings& serial, BatchProgress* progress)
 {
     std::vector<Measuring*> views;
     const QStringList keys = SerialChannels(settings.channels);
@@ -258,8 +258,8 @@ std::vector<Measuring*> PrepareSerial(BatchRunHost& host, const QString& templat
 QString SerialTemplate(const QString& batchFolder, qsizetype channels)
 {
     const QString file = QStringLiteral("LGA_%1.mtb").arg(std::clamp<qsizetype>(channels, 1, 3));
-    for (const QString& folder : { batchFolder,
-             QCoreApplication::applicationDirPath() + QStringLiteral("/../share/sorano/batch") }) {
+    for (const QString& folder :
+        { batchFolder, QCoreApplication::applicationDirPath() + QStringLiteral("/../share/sorano/batch") }) {
         const QFileInfo candidate(QDir(folder).filePath(file));
         if (!folder.isEmpty() && candidate.isFile())
             return candidate.absoluteFilePath();
