@@ -58,8 +58,14 @@ SerialSettings ReadSerialPage(frm_NewMeasuring& wizard)
     serial.perDay = !wizard.opt_LGADays(1)->isChecked();
     serial.valuesPerPage = int(NumberOf(wizard.txt_LGANumValues()));
     serial.manualAxes = wizard.opt_LGA_Axis(1)->isChecked();
-    for (int i = 0; i < 4; ++i)
-        serial.borders[size_t(i)] = NumberOf(wizard.txt_Border(i));
+    // Each axis has two boxes, the wizard's maximum above its minimum: the smaller is the
+    // minimum, whichever box holds it.
+    for (size_t axis = 0; axis < 2; ++axis) {
+        const double first = NumberOf(wizard.txt_Border(int(2 * axis)));
+        const double second = NumberOf(wizard.txt_Border(int(2 * axis + 1)));
+        serial.borders[2 * axis] = std::min(first, second);
+        serial.borders[2 * axis + 1] = std::max(first, second);
+    }
     serial.twoAxes = wizard.opt_SingleAxis(1)->isChecked();
     serial.showFixedLine = wizard.ShowFixedLine();
     serial.fixedLineValue = wizard.FixedLineValue();
