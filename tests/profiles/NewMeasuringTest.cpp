@@ -41,12 +41,6 @@ public:
     ModuleBoxes modules;
 };
 
-QTreeWidgetItem* Node(QTreeWidget* tree, const QString& text)
-{
-    const QList<QTreeWidgetItem*> found = tree->findItems(text, Qt::MatchExactly | Qt::MatchRecursive);
-    return found.isEmpty() ? nullptr : found.first();
-}
-
 class NewMeasuringTest : public ::testing::Test
 {
 protected:
@@ -58,30 +52,42 @@ protected:
     }
     void TearDown() override { g_cScriptEngine = nullptr; }
 
-    // Runs the wizard; the steps act on it while it is shown. A wizard the steps leave open
-    // is cancelled. Returns what ShowMe returned.
-    bool Run(frm_NewMeasuring& wizard, const std::function<void()>& steps)
+    // A wizard in the mode on all modules, with North already in use unless told otherwise.
+    frm_NewMeasuring& Make(qint16 mode, bool northUsed = true)
     {
-        QTimer::singleShot(0, &wizard, [&] {
+        wizard = std::make_unique<frm_NewMeasuring>(host);
+        wizard->SetMode(mode);
+        wizard->SetDataModules(modules);
+        wizard->SetProfiles(&profiles);
+        wizard->SetMeasuringName("Messungsansicht");
+        if (northUsed)
+            wizard->UsedModules().Add(modules.At(0));
+        return *wizard;
+    }
+    // Runs the wizard; the steps act on it while it is shown, and one they leave open is
+    // cancelled. Returns what ShowMe returned.
+    bool Run(const std::function<void()>& steps)
+    {
+        QTimer::singleShot(0, wizard.get(), [&] {
             steps();
-            if (wizard.isVisible())
-                wizard.Cancel();
+            if (wizard->isVisible())
+                wizard->Cancel();
         });
-        return wizard.ShowMe();
+        return wizard->ShowMe();
     }
-    void Prepare(frm_NewMeasuring& wizard, qint16 mode)
+    // From the name page past the modules and profiles; the page reached.
+    int ToChannels()
     {
-        wizard.SetMode(mode);
-        wizard.SetDataModules(modules);
-        wizard.SetProfiles(&profiles);
-        wizard.SetMeasuringName("Messungsansicht");
+        wizard->Forward();
+        wizard->Forward();
+        return wizard->CurrentPage();
     }
-    void Choose(frm_NewMeasuring& wizard, const QString& text)
+    void Choose(const QString& text)
     {
-        QTreeWidgetItem* node = Node(wizard.trv_Channels(), text);
+        QTreeWidgetItem* node = Node(wizard->trv_Channels(), text);
         ASSERT_NE(node, nullptr) << text.toStdString();
-        wizard.trv_Channels()->setCurrentItem(node);
-        emit wizard.trv_Channels()->itemDoubleClicked(node, 0);
+        wizard->trv_Channels()->setCurrentItem(node);
+        emit wizard->trv_Channels()->itemDoubleClicked(node, 0);
     }
 
     TempSettings settings;
@@ -91,14 +97,14 @@ protected:
     ProfileCollection profiles;
     SiteModule* north = nullptr;
     SiteModule* south = nullptr;
+    std::unique_ptr<frm_NewMeasuring> wizard;
 };
 
 TEST_F(NewMeasuringTest, NewViewTakesTheCheckedChannelsAndRemembersItsChoices)
 {
     settings.SetUser(Settings::KeyNewMeasuring, "DataModules", "DM_6|");
-    frm_NewMeasuring wizard(host);
-    Prepare(wizard, 0);
-    const bool cancelled = Run(wizard, [&] {
+    frm_NewMeasuring& wizard = Make(0, false);
+    const bool cancelled = Run([&] {
         EXPECT_TRUE(wizard.cmd_Forward()->isEnabled()) << "the proposed name";
         wizard.txt_MeasuringName()->setText("  ");
         EXPECT_FALSE(wizard.cmd_Forward()->isEnabled());
@@ -113,10 +119,10 @@ TEST_F(NewMeasuringTest, NewViewTakesTheCheckedChannelsAndRemembersItsChoices)
         EXPECT_EQ(wizard.trv_Channels()->topLevelItemCount(), 1);
         wizard.trv_Channels()->setCurrentItem(Node(wizard.trv_Channels(), "Hall A"));
         EXPECT_FALSE(wizard.cmd_Forward()->isEnabled()) << "a category is no channel";
-        Choose(wizard, "Power factor");
+        Choose("Power factor");
         wizard.trv_Channels()->setCurrentItem(Node(wizard.trv_Channels(), "Hall B"));
-        Choose(wizard, "Power");
-        Choose(wizard, "Power"); // a second double click takes the choice back
+        Choose("Power");
+        Choose("Power"); // a second double click takes the choice back
         EXPECT_TRUE(wizard.cmd_Forward()->isEnabled());
         wizard.Forward();
         ASSERT_EQ(wizard.CurrentPage(), 4);
@@ -150,13 +156,9 @@ TEST_F(NewMeasuringTest, NewViewTakesTheCheckedChannelsAndRemembersItsChoices)
 
 TEST_F(NewMeasuringTest, ASelectedUncheckedChannelIsTakenAlone)
 {
-    frm_NewMeasuring wizard(host);
-    Prepare(wizard, 0);
-    wizard.UsedModules().Add(modules.At(0));
-    Run(wizard, [&] {
-        wizard.Forward();
-        wizard.Forward();
-        ASSERT_EQ(wizard.CurrentPage(), 3);
+    frm_NewMeasuring& wizard = Make(0);
+    Run([&] {
+        ASSERT_EQ(ToChannels(), 3);
         wizard.trv_Channels()->setCurrentItem(Node(wizard.trv_Channels(), "Power factor"));
         EXPECT_TRUE(wizard.cmd_Forward()->isEnabled());
         wizard.Forward();
@@ -182,13 +184,9 @@ TEST_F(NewMeasuringTest, AProfileTakesItsNamedChannelsBelowTheChosenEntry)
     profile->EntryLevel = 1;
     profile->SetChannelName(1, "Power");
     profiles.Add(profile);
-    frm_NewMeasuring wizard(host);
-    Prepare(wizard, 0);
-    wizard.UsedModules().Add(modules.At(0));
-    Run(wizard, [&] {
-        wizard.Forward();
-        wizard.Forward();
-        ASSERT_EQ(wizard.CurrentPage(), 2);
+    frm_NewMeasuring& wizard = Make(0);
+    Run([&] {
+        ASSERT_EQ(ToChannels(), 2);
         ASSERT_EQ(wizard.lvw_Profiles()->count(), 2);
         wizard.lvw_Profiles()->setCurrentRow(1);
         EXPECT_EQ(wizard.Profile(), profile);
@@ -206,14 +204,10 @@ TEST_F(NewMeasuringTest, AProfileTakesItsNamedChannelsBelowTheChosenEntry)
 
 TEST_F(NewMeasuringTest, ABatchDocumentTakesEveryChannelOfTheFirstMeasuringPoint)
 {
-    frm_NewMeasuring wizard(host);
-    Prepare(wizard, 1);
-    wizard.UsedModules().Add(modules.At(0));
     settings.SetUser(Settings::KeyNewMeasuring, "Indizes", "|1|");
-    Run(wizard, [&] {
-        wizard.Forward();
-        wizard.Forward();
-        ASSERT_EQ(wizard.CurrentPage(), 3);
+    frm_NewMeasuring& wizard = Make(1);
+    Run([&] {
+        ASSERT_EQ(ToChannels(), 3);
         ASSERT_NE(wizard.trv_Channels()->currentItem(), nullptr);
         EXPECT_EQ(wizard.trv_Channels()->currentItem()->text(0), "Hall A");
         wizard.Forward();
@@ -231,18 +225,12 @@ TEST_F(NewMeasuringTest, ABatchDocumentTakesEveryChannelOfTheFirstMeasuringPoint
 TEST_F(NewMeasuringTest, AModuleThatFailsIsNamedAndTheUserCanGoBack)
 {
     north->failing = true;
-    frm_NewMeasuring wizard(host);
-    Prepare(wizard, 0);
-    wizard.UsedModules().Add(modules.At(0));
+    frm_NewMeasuring& wizard = Make(0);
     wizard.UsedModules().Add(modules.At(1));
-    Run(wizard, [&] {
-        wizard.Forward();
-        wizard.Forward();
-        ASSERT_EQ(wizard.CurrentPage(), 3);
+    Run([&] {
+        ASSERT_EQ(ToChannels(), 3);
         const QLabel* failure = wizard.findChild<QLabel*>("lbl_Failure");
-        ASSERT_NE(failure, nullptr);
-        EXPECT_TRUE(failure->text().contains("North"));
-        EXPECT_FALSE(failure->text().contains("South"));
+        ASSERT_TRUE(failure && failure->text().contains("North") && !failure->text().contains("South"));
         EXPECT_EQ(wizard.trv_Channels()->topLevelItemCount(), 1); // the good module's tree
         EXPECT_TRUE(wizard.cmd_Back()->isEnabled());
         wizard.Back();
@@ -256,13 +244,9 @@ TEST_F(NewMeasuringTest, AModuleThatFailsIsNamedAndTheUserCanGoBack)
 
 TEST_F(NewMeasuringTest, SelectMenuChoosesALeafOrAWholeBranch)
 {
-    frm_NewMeasuring wizard(host);
-    Prepare(wizard, 0);
-    wizard.UsedModules().Add(modules.At(0));
-    Run(wizard, [&] {
-        wizard.Forward();
-        wizard.Forward();
-        ASSERT_EQ(wizard.CurrentPage(), 3);
+    frm_NewMeasuring& wizard = Make(0);
+    Run([&] {
+        ASSERT_EQ(ToChannels(), 3);
         auto tool = [&](const char* name) { return wizard.SelectMenu()->findChild<QAction*>(name); };
         QTreeWidget* tree = wizard.trv_Channels();
         tree->setCurrentItem(Node(tree, "Site"));
@@ -286,13 +270,9 @@ TEST_F(NewMeasuringTest, SelectMenuChoosesALeafOrAWholeBranch)
 TEST_F(NewMeasuringTest, ExtendedSelectionTogglesOnAClickAndSpreadsOnADoubleClick)
 {
     settings.SetUser(Settings::KeySettings, "ExtendedChannelSelection", "1");
-    frm_NewMeasuring wizard(host);
-    Prepare(wizard, 0);
-    wizard.UsedModules().Add(modules.At(0));
-    Run(wizard, [&] {
-        wizard.Forward();
-        wizard.Forward();
-        ASSERT_EQ(wizard.CurrentPage(), 3);
+    frm_NewMeasuring& wizard = Make(0);
+    Run([&] {
+        ASSERT_EQ(ToChannels(), 3);
         QTreeWidget* tree = wizard.trv_Channels();
         QTreeWidgetItem* power = Node(tree, "Power");
         QTreeWidgetItem* factor = Node(tree, "Power factor");
@@ -311,22 +291,18 @@ TEST_F(NewMeasuringTest, ExtendedSelectionTogglesOnAClickAndSpreadsOnADoubleClic
 
 TEST_F(NewMeasuringTest, SerialReportRestoresItsRememberedSettings)
 {
-    settings.SetUser(Settings::KeyNewMeasuring, "opt_Resolution", "1");
-    settings.SetUser(Settings::KeyNewMeasuring, "Resolution_Count", "15");
-    settings.SetUser(Settings::KeyNewMeasuring, "Resolution_Unit", "9");
-    settings.SetUser(Settings::KeyNewMeasuring, "lga_gallery", "3");
-    settings.SetUser(Settings::KeyNewMeasuring, "chkfixedline", "1");
-    settings.SetUser(Settings::KeyNewMeasuring, "fixedline", "42.5");
+    for (const auto& [name, value] : { std::pair("opt_Resolution", "1"), { "Resolution_Count", "15" },
+             { "Resolution_Unit", "9" }, { "lga_gallery", "3" }, { "chkfixedline", "1" }, { "fixedline", "42.5" } })
+        settings.SetUser(Settings::KeyNewMeasuring, name, value);
     ModuleBoxes one;
     one.Add(modules.At(0));
-    frm_NewMeasuring wizard(host);
-    Prepare(wizard, 2);
+    frm_NewMeasuring& wizard = Make(2, false);
     wizard.SetDataModules(one);
-    const bool cancelled = Run(wizard, [&] {
+    const bool cancelled = Run([&] {
         wizard.Forward();
         ASSERT_EQ(wizard.CurrentPage(), 1) << "a single module's page shows in this mode";
         wizard.Forward();
-        Choose(wizard, "Power factor");
+        Choose("Power factor");
         wizard.Forward();
         ASSERT_EQ(wizard.CurrentPage(), 5);
         wizard.Forward();

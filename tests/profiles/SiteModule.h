@@ -9,6 +9,7 @@
 #include "ModuleBox.h"
 
 #include <QObject>
+#include <QTreeWidget>
 
 #include <memory>
 
@@ -63,4 +64,11 @@ inline ModuleBoxPtr MakeSiteBox(const QString& name, const QString& address, Sit
         *module = site.get();
     box->SetDataModule(std::move(site));
     return box;
+}
+
+// The node with the text in the tree, or its further occurrences.
+inline QTreeWidgetItem* Node(QTreeWidget* tree, const QString& text, int occurrence = 0)
+{
+    const QList<QTreeWidgetItem*> found = tree->findItems(text, Qt::MatchExactly | Qt::MatchRecursive);
+    return found.size() > occurrence ? found.at(occurrence) : nullptr;
 }
