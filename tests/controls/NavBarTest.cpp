@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace {
 
 double Seconds(double date, std::int64_t seconds)
@@ -48,6 +50,7 @@ protected:
         QTest::mouseMove(bar.Track(), at + QPoint(dx, 0));
         return at;
     }
+    std::pair<double, double> Window() const { return { bar.DateFrom(), bar.DateTo() }; }
     void Release(QPoint at) { QTest::mouseRelease(bar.Track(), Qt::LeftButton, {}, at); }
     void PressButton(int index) { QTest::mouseClick(bar.Button(index), Qt::LeftButton); }
     QList<int> Navigations() const
@@ -78,13 +81,11 @@ TEST_F(NavBarTest, MarkerMapsSecondsToTrackPixelsWithAMinimumWidthAndACappedScal
 TEST_F(NavBarTest, DragMovesTheWindowWithinThePeriodAndReportsOnlyOnRelease)
 {
     const QPoint start = Drag(60);
-    EXPECT_EQ(bar.DateFrom(), Seconds(first, 60000));
-    EXPECT_EQ(bar.DateTo(), Seconds(first, 80000));
+    EXPECT_EQ(Window(), std::pair(Seconds(first, 60000), Seconds(first, 80000)));
     EXPECT_EQ(navigate.count(), 0);
 
     QTest::mouseMove(bar.Track(), start + QPoint(5000, 0)); // the window stops at the period's end
-    EXPECT_EQ(bar.DateTo(), bar.DateLast());
-    EXPECT_EQ(bar.DateFrom(), Seconds(first, 80000));
+    EXPECT_EQ(Window(), std::pair(Seconds(first, 80000), bar.DateLast()));
     Release(start + QPoint(5000, 0));
     EXPECT_EQ(Navigations(), QList<int>({ -1 }));
 
@@ -100,18 +101,16 @@ TEST_F(NavBarTest, DragMovesTheWindowWithinThePeriodAndReportsOnlyOnRelease)
 
 TEST_F(NavBarTest, ClickEscapeAndDisabledBarLeaveTheWindowAlone)
 {
-    const double from = bar.DateFrom();
-    const double to = bar.DateTo();
+    const auto window = Window();
     Release(Drag(0));
     EXPECT_FALSE(bar.Dragging());
 
     const QPoint start = Drag(100);
-    EXPECT_NE(bar.DateFrom(), from);
+    EXPECT_NE(Window(), window);
     QTest::keyClick(bar.Track(), Qt::Key_Escape);
     EXPECT_FALSE(bar.Dragging());
-    EXPECT_EQ(bar.DateFrom(), from);
-    EXPECT_EQ(bar.DateTo(), to);
-    EXPECT_EQ(bar.LabelText(0), Long(from));
+    EXPECT_EQ(Window(), window);
+    EXPECT_EQ(bar.LabelText(0), Long(window.first));
     Release(start + QPoint(100, 0));
 
     bar.SetEnabled(false);
@@ -119,8 +118,7 @@ TEST_F(NavBarTest, ClickEscapeAndDisabledBarLeaveTheWindowAlone)
     QSignalSpy ends(&bar, &ctl_NavBar::NavigateToLast);
     for (int i = 0; i < 6; ++i)
         PressButton(i);
-    EXPECT_EQ(bar.DateFrom(), from);
-    EXPECT_EQ(bar.DateTo(), to);
+    EXPECT_EQ(Window(), window);
     EXPECT_EQ(ends.count(), 0);
     EXPECT_EQ(navigate.count(), 0);
 }
@@ -148,8 +146,7 @@ TEST_F(NavBarTest, ButtonsStepByCalendarAndOnlyOncePerPress)
     bar.SetDateFrom(Calendar::FromParts(2023, 1, 31, 10));
     bar.SetDateTo(Calendar::FromParts(2023, 3, 15, 10));
     PressButton(4);
-    EXPECT_EQ(bar.DateFrom(), Calendar::FromParts(2023, 2, 28, 10));
-    EXPECT_EQ(bar.DateTo(), Calendar::FromParts(2023, 4, 15, 10));
+    EXPECT_EQ(Window(), std::pair(Calendar::FromParts(2023, 2, 28, 10), Calendar::FromParts(2023, 4, 15, 10)));
     PressButton(1);
     EXPECT_EQ(bar.DateFrom(), Calendar::FromParts(2023, 1, 28, 10));
     PressButton(2);

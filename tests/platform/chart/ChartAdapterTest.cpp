@@ -128,17 +128,14 @@ TEST_F(ChartAdapterTest, ValueRangeSpansTheShownValuesOfOneAxis)
     chart.SetValues(1, std::vector<double> { 7, Hidden, 0.5, Hidden });
     chart.SetValues(2, std::vector<double> { 100, 200, 300, 400 });
     chart.SetSeriesAxis(2, ChartAxis::Y2);
-    double min = 0, max = 0;
-    ASSERT_TRUE(chart.ValueRange(ChartAxis::Y1, min, max));
-    EXPECT_TRUE(min == -3 && max == 7) << min << ' ' << max;
-    ASSERT_TRUE(chart.ValueRange(ChartAxis::Y2, min, max));
-    EXPECT_TRUE(min == 100 && max == 400) << min << ' ' << max;
-
-    // Only gaps: nothing found, the bounds stay.
+    const auto range = [&](int axis, double min, double max) {
+        const bool found = chart.ValueRange(axis, min, max);
+        return std::tuple(found, min, max);
+    };
+    EXPECT_EQ(range(ChartAxis::Y1, 0, 0), std::tuple(true, -3.0, 7.0));
+    EXPECT_EQ(range(ChartAxis::Y2, 0, 0), std::tuple(true, 100.0, 400.0));
     chart.SetValues(2, std::vector<double>(4, Hidden));
-    min = -1, max = 1;
-    EXPECT_FALSE(chart.ValueRange(ChartAxis::Y2, min, max));
-    EXPECT_TRUE(min == -1 && max == 1) << min << ' ' << max;
+    EXPECT_EQ(range(ChartAxis::Y2, -1, 1), std::tuple(false, -1.0, 1.0)) << "only gaps: the bounds stay";
 }
 
 TEST_F(ChartAdapterTest, GalleriesAndStylesMapToGraphStylesAndTheLegendListsVisibleSeries)
