@@ -86,24 +86,27 @@ auto Fields(const GraphProperties& g)
         g.Gallery, g.Legend, g.View3D, g.ShowXGrid, g.ShowYGrid1, g.ShowYGrid2, g.GridColor1, g.GridColor2, g.Title);
 }
 
-// Gallery 0 is the chart's own type, which the list offers as its first entry.
 const SeriesProperties SomeLook {
-    .Color = CurveColors::Rgb(255, 0, 0), .LineWidth = 3, .LineStyle = 0, .Marker = false, .Gallery = 0
+    .Color = CurveColors::Rgb(255, 0, 0), .LineWidth = 3, .LineStyle = 0, .Marker = false, .Gallery = 1
 };
 
+// The list offers the chart's own type (gallery 0) first, and no line (style -1); a colour
+// choice cancelled after another was taken leaves the one taken.
 TEST(SeriesPropertiesDialog, OkWritesTheEditedFieldsAndKeepsTheOthersAndCancelWritesNothing)
 {
     const QColor blue(0, 128, 255);
     const SeriesProperties edited {
-        .Color = CurveColors::FromColor(blue), .LineWidth = 5, .LineStyle = 2, .Marker = true, .Gallery = 0
-    }; // the chart type was not touched and stays the chart's
+        .Color = CurveColors::FromColor(blue), .LineWidth = 5, .LineStyle = -1, .Marker = true, .Gallery = 0
+    };
     for (const char* button : { "cmd_Cancel", "cmd_OK" }) {
         SeriesProperties look = SomeLook;
         const bool accepted = Drive<frm_SeriesProperties>(
             look,
             [&](QDialog& dialog) {
                 PickColor(dialog, blue);
-                ChooseByKeys(dialog.findChild<QComboBox*>("cbo_LineStyle"), 2);
+                PickColor(dialog, Qt::green, false);
+                ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 0);
+                ChooseByKeys(dialog.findChild<QComboBox*>("cbo_LineStyle"), -1);
                 Retype(dialog.findChild<QSpinBox*>("spn_LineWidth"), "5");
                 QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_Marker"), Qt::LeftButton);
             },
@@ -111,23 +114,10 @@ TEST(SeriesPropertiesDialog, OkWritesTheEditedFieldsAndKeepsTheOthersAndCancelWr
         EXPECT_EQ(accepted, QByteArray(button) == "cmd_OK");
         EXPECT_EQ(Fields(look), Fields(accepted ? edited : SomeLook)) << button;
     }
-}
-
-TEST(SeriesPropertiesDialog, ChartTypeAndNoLineAreOfferedAndACancelledColourChoiceKeepsTheColour)
-{
-    SeriesProperties look = SomeLook;
-    look.Gallery = 1;
-    Drive<frm_SeriesProperties>(look, [](QDialog& dialog) {
-        PickColor(dialog, Qt::green, false);
-        ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 8);
-        ChooseByKeys(dialog.findChild<QComboBox*>("cbo_LineStyle"), -1);
-    });
-    EXPECT_EQ(Fields(look),
-        Fields(SeriesProperties {
-            .Color = SomeLook.Color, .LineWidth = 3, .LineStyle = -1, .Marker = false, .Gallery = 8 }));
+    SeriesProperties step = SomeLook;
     Drive<frm_SeriesProperties>(
-        look, [](QDialog& dialog) { ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 0); });
-    EXPECT_EQ(look.Gallery, 0) << "back to the chart's type";
+        step, [](QDialog& dialog) { ChooseByKeys(dialog.findChild<QComboBox*>("cbo_Gallery"), 8); });
+    EXPECT_EQ(step.Gallery, 8);
 }
 
 TEST(SeriesPropertiesDialog, LineWidthTakesNoLettersNorWidthsOutsideItsRangeButKeepsALoadedOneUntilEdited)
@@ -179,16 +169,12 @@ TEST(GraphPropertiesDialog, OkWritesTheEditedFieldsAndKeepsTheOthersAndCancelWri
         EXPECT_EQ(accepted, QByteArray(button) == "cmd_OK");
         EXPECT_EQ(Fields(chart), Fields(accepted ? edited : SomeChart)) << button;
     }
-}
-
-TEST(GraphPropertiesDialog, AChartTypeTheListLacksIsKeptUnlessOneIsChosen)
-{
-    GraphProperties chart = SomeChart;
-    chart.Gallery = 4; // markers only
-    Drive<frm_GraphProperties>(
-        chart, [](QDialog& dialog) { QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_Legend"), Qt::LeftButton); });
-    EXPECT_EQ(chart.Gallery, 4);
-    EXPECT_TRUE(chart.Legend);
+    // A chart type the list lacks (4, markers only) is kept unless another is chosen.
+    GraphProperties markers = SomeChart;
+    markers.Gallery = 4;
+    Drive<frm_GraphProperties>(markers,
+        [](QDialog& dialog) { QTest::mouseClick(dialog.findChild<QCheckBox*>("chk_Legend"), Qt::LeftButton); });
+    EXPECT_TRUE(markers.Gallery == 4 && markers.Legend);
 }
 
 class CurvePropertiesTest : public MeasuringFixture
