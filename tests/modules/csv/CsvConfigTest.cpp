@@ -5,18 +5,15 @@
 #include "TempSettings.h"
 #include "frm_CsvConfig.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QLineEdit>
 #include <QPluginLoader>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
+#include <tuple>
 
 namespace {
 
@@ -36,26 +33,8 @@ struct TwoTrees
 
 QString OnlyChannel(DataModuleInterface& module)
 {
-    ChannelCollection channels;
-    qint32 status = 0;
-    module.GetChannelOverview(channels, status);
-    return channels.Count() == 1 ? channels.Channel(0)->ChannelName() : QString();
-}
-
-// Runs the module's dialog, handing it to the given function as soon as it shows.
-void WithDialog(CsvDataModule& module, const std::function<void(frm_CsvConfig&)>& act)
-{
-    bool seen = false;
-    QTimer::singleShot(0, [&]() {
-        auto* dialog = qobject_cast<frm_CsvConfig*>(QApplication::activeModalWidget());
-        seen = dialog != nullptr;
-        if (dialog)
-            act(*dialog);
-        else if (QApplication::activeModalWidget())
-            QApplication::activeModalWidget()->close();
-    });
-    module.ShowConfig();
-    EXPECT_TRUE(seen);
+    const QStringList overview = Overview(module);
+    return overview.size() == 1 ? overview[0].section(' ', 1, 1) : QString();
 }
 
 } // namespace
@@ -71,35 +50,27 @@ TEST(CsvConfig, TheDialogStoresTheUsersFolderAndAnnouncesAChangeOnce)
     qint32 status = 0;
     ASSERT_EQ(module.Initialize(QString(), status), 1);
     EXPECT_EQ(OnlyChannel(module), "Erster");
-
-    WithDialog(module, [&](frm_CsvConfig& dialog) {
-        auto* edit = dialog.findChild<QLineEdit*>("txt_Folder");
-        ASSERT_TRUE(edit);
-        EXPECT_EQ(QDir::fromNativeSeparators(edit->text()), QDir::cleanPath(trees.first));
-        edit->setText(QDir::toNativeSeparators(trees.second) + "  ");
-        dialog.accept();
-    });
-    RegistryKey key;
-    EXPECT_EQ(key.ReadValue(Hive::CurrentUser, ModuleKey, "Folder"), QDir::cleanPath(trees.second));
-    EXPECT_EQ(key.ReadValue(Hive::LocalMachine, ModuleKey, "Folder"), trees.first);
-    ASSERT_EQ(handler.messages.size(), 1u);
-    EXPECT_EQ(handler.messages[0], std::make_pair(QString("CHANNELS_CHANGED"), QString("4")));
-    EXPECT_EQ(OnlyChannel(module), "Zweiter");
-
-    // OK on the same folder, and a cancelled change: no message, no change.
-    WithDialog(module, [&](frm_CsvConfig& dialog) { dialog.accept(); });
-    WithDialog(module, [&](frm_CsvConfig& dialog) {
-        dialog.findChild<QLineEdit*>("txt_Folder")->setText(trees.first);
-        dialog.reject();
-    });
-    EXPECT_EQ(handler.messages.size(), 1u);
-    EXPECT_EQ(module.Folder(), QDir::cleanPath(trees.second));
-
-    // An empty entry hands the choice back to the machine-wide folder.
-    EXPECT_TRUE(module.ApplyFolder("  "));
-    EXPECT_EQ(module.Folder(), QDir::cleanPath(trees.first));
-    EXPECT_EQ(OnlyChannel(module), "Erster");
-    EXPECT_EQ(handler.messages.size(), 2u);
+    // Step after step: entry, button, the folder the dialog shows, the user's setting after it,
+    // messages sent and the only channel. Blanks around an entry don't count; an empty one hands
+    // the choice back to the machine-wide folder.
+    const QString a = QDir::cleanPath(trees.first), b = QDir::cleanPath(trees.second);
+    const std::tuple<QString, const char*, QString, QString, size_t, QString> steps[] = {
+        { QDir::toNativeSeparators(b) + "  ", "cmd_OK", a, b, 1, "Zweiter" },
+        { b, "cmd_OK", b, b, 1, "Zweiter" },
+        { a, "cmd_Cancel", b, b, 1, "Zweiter" },
+        { "  ", "cmd_OK", b, "", 2, "Erster" },
+    };
+    for (const auto& [entry, button, shownBefore, user, messages, channel] : steps) {
+        SCOPED_TRACE(::testing::PrintToString(entry) + " " + button);
+        EXPECT_EQ(QDir::fromNativeSeparators(RunConfig(module, "txt_Folder", entry, button)), shownBefore);
+        EXPECT_EQ(RegistryKey().ReadValue(Hive::CurrentUser, ModuleKey, "Folder"), user);
+        EXPECT_EQ(handler.messages.size(), messages);
+        EXPECT_EQ(OnlyChannel(module), channel);
+    }
+    EXPECT_EQ(RegistryKey().ReadValue(Hive::LocalMachine, ModuleKey, "Folder"), trees.first);
+    EXPECT_EQ(module.Folder(), a);
+    for (const auto& message : handler.messages)
+        EXPECT_EQ(message, std::make_pair(QString("CHANNELS_CHANGED"), QString("4")));
 
     // A param wins over the user's folder and the machine-wide one.
     settings.SetUser(ModuleKey, "Folder", trees.first);

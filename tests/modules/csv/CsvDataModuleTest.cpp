@@ -98,15 +98,11 @@ TEST_F(CsvDataModuleTest, EveryFileFormGivesTheSameChannelsAndSamples)
         folder.Write(QString(form.name) + "/Logger.csv", Content(form));
         ModuleOn on(folder.Path(form.name));
         ASSERT_EQ(on.status, 1) << on.log.All();
-
-        ChannelCollection overview;
-        qint32 status = 0;
-        ASSERT_EQ(on.module.GetChannelOverview(overview, status), 1);
-        ASSERT_EQ(overview.Count(), 2);
-        EXPECT_EQ(overview.Channel(0)->ChannelName() + " [" + overview.Channel(0)->Unit() + "]", "P [kW]");
-        EXPECT_EQ(overview.Channel(1)->ChannelName() + " [" + overview.Channel(1)->Unit() + "]", "Q []");
-
-        const ChannelCollection data = Read(on.module, { overview.Key(0), overview.Key(1) }, t0, t0 + 1);
+        const QStringList overview = Overview(on.module);
+        ASSERT_EQ(overview.size(), 2);
+        EXPECT_EQ(overview[0].section(' ', 1) + ", " + overview[1].section(' ', 1), "P [kW] 3, Q [] 3");
+        const QStringList ids { overview[0].section(' ', 0, 0), overview[1].section(' ', 0, 0) };
+        const ChannelCollection data = Read(on.module, ids, t0, t0 + 1);
         ASSERT_EQ(data.Count(), 3);
         EXPECT_EQ(SamplesOf(data, 0), expectedP);
         EXPECT_EQ(SamplesOf(data, 1), expectedQ);
@@ -149,13 +145,8 @@ TEST_F(CsvDataModuleTest, StructureListsFoldersAndFilesParentsFirstWithStableIds
             c + "#1$U$V$" + c + "$0$1" }));
 
     // The overview keeps a "$" in a name; it lists the channels in tree order.
-    ChannelCollection overview;
-    ASSERT_EQ(on.module.GetChannelOverview(overview, status), 1);
-    QStringList overviewText;
-    for (qsizetype i = 0; i < overview.Count(); ++i)
-        overviewText << overview.Channel(i)->ChannelID() + " " + overview.Channel(i)->ChannelName() + " "
-                + QString::number(overview.Channel(i)->DataType());
-    EXPECT_EQ(overviewText, QStringList({ b + "#1 Z$1 3", a + "#1 P 3", a + "#2 cos phi 8", c + "#1 U 3" }));
+    EXPECT_EQ(Overview(on.module),
+        QStringList({ b + "#1 Z$1 [kWh] 3", a + "#1 P [kW] 3", a + "#2 cos phi [] 8", c + "#1 U [V] 3" }));
 
     // Another run gives the same ids, and other files coming and going leave them alone.
     folder.Write("Halle 0/Neu.csv", "timestamp;N\n");
@@ -176,35 +167,9 @@ TEST_F(CsvDataModuleTest, StructureListsFoldersAndFilesParentsFirstWithStableIds
 
 TEST_F(CsvDataModuleTest, WindowsIncludeBothBoundsAndGiveNoRowsOutsideTheData)
 {
-    const double t0 = D(2023, 3, 1);
-    const double step = 15.0 / 1440.0;
-    folder.Write("L.csv", Lines("timestamp;P", t0, 10, 15));
+    folder.Write("L.csv", Lines("timestamp;P", D(2023, 3, 1), 10, 15));
     ModuleOn on(folder.Root());
-    const QString id = on.Id("L", "P");
-    const double eps = 0.5 / 86400.0;
-    // Name, window, index of the first sample in it and their count.
-    const std::tuple<const char*, double, double, int, int> cases[] = {
-        { "bounds on samples", t0 + 2 * step, t0 + 5 * step, 2, 4 },
-        { "bounds just inside", t0 + 2 * step + eps, t0 + 5 * step - eps, 3, 2 },
-        { "one point", t0 + 9 * step, t0 + 9 * step, 9, 1 },
-        { "from after to", t0 + 5 * step, t0 + 2 * step, 0, 0 },
-        { "after the data", t0 + 10 * step, t0 + 30, 0, 0 },
-        { "not a number", std::nan(""), t0 + 1, 0, 0 },
-    };
-    for (const auto& [name, from, to, index, count] : cases) {
-        SCOPED_TRACE(name);
-        const Samples got = SamplesOf(Read(on.module, { id }, from, to), 0);
-        ASSERT_EQ(got.size(), static_cast<size_t>(count));
-        for (int i = 0; i < count; ++i) {
-            EXPECT_NEAR(got[i].first, t0 + (index + i) * step, 1e-9) << i;
-            EXPECT_EQ(got[i].second, index + i) << i;
-        }
-    }
-    double first = -1, last = -1;
-    on.module.GetFirstDate(id, first);
-    on.module.GetLastDate(id, last);
-    EXPECT_NEAR(first, t0, 1e-9);
-    EXPECT_NEAR(last, t0 + 9 * step, 1e-9);
+    CheckWindows(on.module, on.Id("L", "P"), D(2023, 3, 1), 15.0 / 1440.0, 10, [](int k) { return k; });
 }
 
 TEST_F(CsvDataModuleTest, ResolutionIsTheMostCommonStepAndTheFinestOfTheFilesRead)
@@ -281,9 +246,7 @@ TEST_F(CsvDataModuleTest, ReadsFollowTheFileWhenItChanges)
     ASSERT_TRUE(file.open(QIODevice::Append) && file.write("2023-01-01 00:45;7\n2023-01-01 01:00;8\n") > 0);
     file.close();
     EXPECT_EQ(values(), (std::vector<double> { 0, 1, 2, 7, 8 }));
-    double last = 0;
-    on.module.GetLastDate(id, last);
-    EXPECT_EQ(last, D(2023, 1, 1, 1));
+    EXPECT_EQ(Period(on.module, id).second, D(2023, 1, 1, 1));
 
     // The same size with other values: only the modification time tells.
     const QDateTime before = QFileInfo(path).lastModified();
@@ -397,10 +360,7 @@ TEST_F(CsvFileProblems, EmptyAndUselessFilesGiveLogLinesAndEmptyBlocks)
         const ChannelCollection data = Read(on.module, { id + "#1" }, 0, 1e6);
         EXPECT_EQ(BlockRows(data), std::vector<qsizetype> { 0 });
         EXPECT_EQ(data.Text(1), "CSV;0");
-        double date = 12345;
-        on.module.GetFirstDate(id + "#1", date);
-        on.module.GetLastDate(id + "#1", date);
-        EXPECT_EQ(date, 12345);
+        EXPECT_EQ(Period(on.module, id + "#1"), std::make_pair(-7.0, -7.0));
         EXPECT_GE(on.log.Count({ Native(folder.Path(QString(c.file) + ".csv")), c.log }), 1) << on.log.All();
     }
 }
@@ -417,9 +377,7 @@ TEST_F(CsvFileProblems, AFileOfMoreThanTwoGigabytesIsReadUpToItsZeros)
     const QString id = on.Id("big", "P");
     ASSERT_FALSE(id.isEmpty()) << on.log.All();
     EXPECT_EQ(SamplesOf(Read(on.module, { id }, D(2023, 1, 1), D(2023, 1, 2)), 0), (Samples { { D(2023, 1, 1), 1 } }));
-    double last = 0;
-    on.module.GetLastDate(id, last);
-    EXPECT_EQ(last, D(2023, 1, 1));
+    EXPECT_EQ(Period(on.module, id), std::make_pair(D(2023, 1, 1), D(2023, 1, 1)));
     EXPECT_EQ(on.log.Count({ Native(path), "binary zeros", "the rest of the file is not read" }), 1) << on.log.All();
 }
 
@@ -436,14 +394,8 @@ TEST_F(CsvFileProblems, AMissingFolderOrFileGivesNoBlockAStatusAndTheReason)
         SCOPED_TRACE(root.toStdString());
         ModuleOn on(root);
         EXPECT_EQ(on.status, expected);
-        ChannelCollection overview;
-        qint32 status = 0;
-        EXPECT_EQ(on.module.GetChannelOverview(overview, status), expected);
-        EXPECT_EQ(overview.Count(), 0);
-        const ChannelCollection data = Read(on.module, { "1#1" }, 0, 1e6, &status);
-        EXPECT_EQ(status, expected);
-        EXPECT_EQ(BlockRows(data), std::vector<qsizetype> { -1 });
-        EXPECT_EQ(data.Text(1), "CSV;0;reading the samples failed: " + reason);
+        CheckUnusable(on.module, expected, "CSV", "reading the samples failed: " + reason);
+        EXPECT_EQ(Read(on.module, { "1#1" }, 0, 1e6).Text(1), "CSV;0;reading the samples failed: " + reason);
         EXPECT_GE(on.log.Count({ log }), 3);
         EXPECT_EQ(on.log.lines.front().level, 3);
     }
@@ -488,16 +440,15 @@ TEST_F(CsvFileProblems, PipesAndLinksToThemAreNeitherListedNorOpened)
     const auto scan = [&] {
         ModuleOn on(folder.Path("Logger"));
         ASSERT_EQ(on.status, 1);
-        ChannelCollection overview;
-        qint32 status = 0;
-        ASSERT_EQ(on.module.GetChannelOverview(overview, status), 1);
-        ASSERT_EQ(overview.Count(), 1);
-        EXPECT_EQ(SamplesOf(Read(on.module, { overview.Key(0) }, D(2023, 1, 1), D(2023, 1, 2)), 0),
-            (Samples { { D(2023, 1, 1), 1 } }));
+        const QStringList overview = Overview(on.module);
+        ASSERT_EQ(overview.size(), 1);
+        EXPECT_EQ(overview[0].section(' ', 0, 0), on.Id("A", "P"));
         QStringList categories, channels;
-        ASSERT_EQ(on.module.GetChannelStructure(categories, channels, status), 1);
-        ASSERT_EQ(categories.size(), 1);
-        EXPECT_EQ(categories[0].section('$', 1, 1), "A");
+        qint32 status = 0;
+        EXPECT_EQ(on.module.GetChannelStructure(categories, channels, status), 1);
+        EXPECT_EQ(categories.size(), 1); // the files that are no regular files are no loggers either
+        EXPECT_EQ(SamplesOf(Read(on.module, { on.Id("A", "P") }, D(2023, 1, 1), D(2023, 1, 2)), 0),
+            (Samples { { D(2023, 1, 1), 1 } }));
         EXPECT_EQ(on.log.Count({ Native(folder.Path("Logger/B.csv")), "no regular file" }), 1) << on.log.All();
     };
     EXPECT_TRUE(RunsInChild(scan));

@@ -6,13 +6,8 @@
 #include "TempSettings.h"
 #include "frm_SqliteConfig.h"
 
-#include <QApplication>
-#include <QDialog>
 #include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QTreeWidget>
 
 #include <gtest/gtest.h>
@@ -37,10 +32,7 @@ struct TwoDatabases
 
 QString FirstChannel(DataModuleInterface& module)
 {
-    ChannelCollection channels;
-    qint32 status = 0;
-    module.GetChannelOverview(channels, status);
-    return channels.Count() > 0 ? channels.Key(0) : QString();
+    return Overview(module).value(0).section(' ', 0, 0);
 }
 
 TEST(SqliteConfig, TheDialogStoresTheUsersFileOverTheMachinesAndAParamWinsOverBoth)
@@ -63,17 +55,7 @@ TEST(SqliteConfig, TheDialogStoresTheUsersFileOverTheMachinesAndAParamWinsOverBo
     };
     for (const auto& [entry, button, shownBefore, user, messages, channel] : steps) {
         SCOPED_TRACE(::testing::PrintToString(entry) + " " + button);
-        QString shown;
-        QTimer::singleShot(0, [&] {
-            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-            ASSERT_TRUE(dialog);
-            auto* edit = dialog->findChild<QLineEdit*>("txt_Database");
-            shown = edit->text();
-            edit->setText(entry);
-            dialog->findChild<QPushButton*>(button)->click();
-        });
-        QMetaObject::invokeMethod(&module, "ShowConfig"); // by name, as the program calls it
-        EXPECT_EQ(shown, shownBefore);
+        EXPECT_EQ(RunConfig(module, "txt_Database", entry, button), shownBefore);
         EXPECT_EQ(RegistryKey().ReadValue(Hive::CurrentUser, ModuleKey, "Database"), user);
         EXPECT_EQ(handler.messages.size(), messages);
         EXPECT_EQ(FirstChannel(module), channel);

@@ -3,7 +3,6 @@
 // cannot use (a status and a log line, and no write to the file).
 #include "SqliteDataModule.h"
 #include "../ChildProcess.h"
-#include "Calendar.h"
 #include "LoggerDatabase.h"
 #include "SqliteTree.h"
 #include "TempSettings.h"
@@ -69,18 +68,13 @@ TEST_F(SqliteDataModuleTest, OverviewAndStructureListTheChannelsInTheirFormats)
     qint32 status = 0;
     EXPECT_EQ(module->GetChannelOverview(overview, status), 1);
     EXPECT_EQ(status, 1);
-    QStringList shown;
     for (qsizetype i = 0; i < overview.Count(); ++i) {
-        const DataMatrixPtr channel = overview.Channel(i);
-        ASSERT_TRUE(channel);
-        EXPECT_EQ(channel->ModuleAddress(), 4);
-        EXPECT_FALSE(channel->DataBlock());
-        shown << QString("%1 %2 [%3] %4")
-                     .arg(channel->ChannelID(), channel->ChannelName(), channel->Unit())
-                     .arg(channel->DataType());
+        ASSERT_TRUE(overview.Channel(i));
+        EXPECT_EQ(overview.Channel(i)->ModuleAddress(), 4);
+        EXPECT_FALSE(overview.Channel(i)->DataBlock());
     }
     // "<logger>#<path id>", then the same channels under their row ids, as views knew them before.
-    EXPECT_EQ(shown,
+    EXPECT_EQ(Overview(*module),
         QStringList({ "30#1 Leistung [kW] 3", "30#2 cos phi [] 8", "30#3 Phase L1 [kW] 3", "30#4 Leer [kWh] 2",
             "301 Leistung [kW] 3", "302 cos phi [] 8", "303 Phase L1 [kW] 3", "304 Leer [kWh] 2" }));
 
@@ -96,59 +90,20 @@ TEST_F(SqliteDataModuleTest, OverviewAndStructureListTheChannelsInTheirFormats)
             { "30#1$Leistung$$30$0$1", "30#2$cos phi$$30$0$2", "30#4$Leer$$30$0$4", "30#3$Phase L1$$30$30#1$3" }));
 }
 
-TEST_F(SqliteDataModuleTest, FirstAndLastDateComeFromTheSamplesOrStayUntouched)
+TEST_F(SqliteDataModuleTest, WindowsAndPeriodsComeFromTheSamplesOrLeaveTheDatesUntouched)
 {
-    constexpr double Untouched = -7.0;
+    CheckWindows(*module, "301", Day, Quarter, PowerSamples, [](int k) { return k == NullSample ? -1e300 : 1.5 * k; });
+    // Bounds microseconds off the samples still take them: times count to the millisecond.
+    EXPECT_EQ(BlockRows(Read(*module, { "301" }, Day + Quarter + 1e-10, Day + 6 * Quarter - 1e-10)),
+        std::vector<qsizetype> { 6 });
+    // The logger's id and the row id alike, blanks around the parts allowed.
+    EXPECT_EQ(Period(*module, "30#1"), Period(*module, "301"));
+    for (const QString id : { " 302 ", " 30 # 2 " })
+        EXPECT_EQ(Period(*module, id), std::make_pair(Day, Day + (CosPhiSamples - 1) * Minute)) << id.toStdString();
     // 304 has no samples; the others name no channel.
-    const std::tuple<QString, double, double> cases[] = {
-        { "301", Day, Day + (PowerSamples - 1) * Quarter },
-        { "30#1", Day, Day + (PowerSamples - 1) * Quarter },
-        { " 302 ", Day, Day + (CosPhiSamples - 1) * Minute },
-        { " 30 # 2 ", Day, Day + (CosPhiSamples - 1) * Minute },
-        { "304", Untouched, Untouched },
-        { "30#4", Untouched, Untouched },
-        { "Leistung", Untouched, Untouched },
-        { "30#9", Untouched, Untouched },
-        { "#", Untouched, Untouched },
-        { "x#1", Untouched, Untouched },
-        { "30#", Untouched, Untouched },
-        { "30#1#1", Untouched, Untouched },
-    };
-    for (const auto& [channel, expectedFirst, expectedLast] : cases) {
-        double first = Untouched, last = Untouched;
-        module->GetFirstDate(channel, first);
-        module->GetLastDate(channel, last);
-        EXPECT_DOUBLE_EQ(first, expectedFirst) << channel.toStdString();
-        EXPECT_DOUBLE_EQ(last, expectedLast) << channel.toStdString();
-    }
+    for (const QString id : { "304", "30#4", "Leistung", "30#9", "#", "x#1", "30#", "30#1#1" })
+        EXPECT_EQ(Period(*module, id), std::make_pair(-7.0, -7.0)) << id.toStdString();
     EXPECT_EQ(handler.lines.size(), 0u);
-}
-
-TEST_F(SqliteDataModuleTest, GetDataReadsTheInclusiveWindowInTimeOrder)
-{
-    // Name, window, index of the first sample in it and their count.
-    const std::tuple<const char*, double, double, int, int> cases[] = {
-        { "calendar bounds", Calendar::FromParts(2025, 1, 1, 0, 15), Calendar::FromParts(2025, 1, 1, 1, 30), 1, 6 },
-        { "bounds microseconds off", Day + Quarter + 1e-10, Day + 6 * Quarter - 1e-10, 1, 6 },
-        { "bounds a second inside", Day + Quarter + 1.0 / 86400, Day + 6 * Quarter - 1.0 / 86400, 2, 4 },
-        { "one sample", Day + 2 * Quarter, Day + 2 * Quarter, 2, 1 },
-        { "between samples", Day + 2.25 * Quarter, Day + 2.75 * Quarter, 0, 0 },
-        { "reversed window", Day + 1, Day, 0, 0 },
-    };
-    for (const auto& [name, from, to, firstIndex, rows] : cases) {
-        SCOPED_TRACE(name);
-        qint32 status = 0;
-        const ChannelCollection data = Read(*module, { "301" }, from, to, &status);
-        EXPECT_EQ(status, 1);
-        const MatrixBlockPtr block = data.Channel(0)->DataBlock();
-        ASSERT_TRUE(block);
-        EXPECT_EQ(block->Columns(), 2);
-        EXPECT_EQ(block->NoValue(), -1e300);
-        Samples expected;
-        for (int k = firstIndex; k < firstIndex + rows; ++k)
-            expected.emplace_back(Day + k * Quarter, k == NullSample ? -1e300 : 1.5 * k);
-        EXPECT_EQ(SamplesOf(data, 0), expected);
-    }
 }
 
 TEST_F(SqliteDataModuleTest, GetDataGivesEveryListedChannelANewBlockAndTheFinestResolution)
@@ -340,25 +295,12 @@ TEST_F(SqliteFailureTest, UnusableFilesGiveAStatusAndALogLine)
         ASSERT_GE(handler.Count({}, 3), 1);
         EXPECT_EQ(handler.lines.front().level, 3);
         EXPECT_TRUE(handler.lines.front().text.contains(database)) << handler.lines.front().text.toStdString();
-        // Every other call fails alike; GetData gives no block and a text naming the file.
-        qint32 overviewStatus = 1, structureStatus = 1, dataStatus = 1;
-        ChannelCollection overview;
-        QStringList categories, channels;
-        module->GetChannelOverview(overview, overviewStatus);
-        module->GetChannelStructure(categories, channels, structureStatus);
-        const ChannelCollection data = Read(*module, { "301" }, Day - 1, Day + 1, &dataStatus);
-        EXPECT_EQ(QList<qint32>({ overviewStatus, structureStatus, dataStatus }), QList<qint32>(3, expected));
-        EXPECT_EQ(overview.Count() + categories.size(), 0);
-        EXPECT_EQ(BlockRows(data), std::vector<qsizetype> { -1 });
-        const QString text = data.Text(1);
-        EXPECT_TRUE(text.startsWith("SQLITE;0;" + reason)) << text.toStdString();
+        // Every other call fails alike; GetData's text names the file.
+        CheckUnusable(*module, expected, "SQLITE", reason);
         if (!database.isEmpty()) {
+            const QString text = Read(*module, { "301" }, Day - 1, Day + 1).Text(1);
             EXPECT_TRUE(text.endsWith(" (" + QDir::toNativeSeparators(database) + ")")) << text.toStdString();
         }
-        double date = -3.0;
-        module->GetFirstDate("301", date);
-        module->GetLastDate("301", date);
-        EXPECT_EQ(date, -3.0);
         EXPECT_EQ(FileBytes(database), before);
     }
 }
