@@ -40,12 +40,6 @@ QString Text(int id)
     return GetResString(id);
 }
 
-// Texts the string table does not hold, in the program's language.
-QString Local(const char* german, const char* english)
-{
-    return QString::fromUtf8(g_lLangOffset >= 1000 ? english : german);
-}
-
 } // namespace
 
 void Project::BuildMenus()
@@ -99,7 +93,7 @@ void Project::BuildMenus()
     tool("mnuEdit", "mnuEditCut", T::ButtonTool, Text(217), 216, "X", "ICO_CUT", "tlbMain");
     tool("mnuEdit", "mnuEditCopy", T::ButtonTool, Text(218), 216, "C", "ICO_COPY", "tlbMain");
     tool("mnuEdit", "mnuEditCopyAll", T::ButtonTool,
-        Local("kompletten Datensatz kopieren", "Copy the complete data set"), 216);
+        LocalText("kompletten Datensatz kopieren", "Copy the complete data set"), 216);
     tool("mnuEdit", "mnuEditPaste", T::ButtonTool, Text(221), 216, "V", "ICO_PASTE", "tlbMain");
     separator("mnuEdit", "mnuEditSep1");
     tool("mnuEdit", "mnuEditChannel", T::ButtonTool, Text(222), 216, "", "ICO_CHANNEL", "tlbMain");
@@ -121,7 +115,7 @@ void Project::BuildMenus()
     tool("mnuView", "mnuViewGotoLast", T::ButtonTool, Text(238), 230);
     tool("tlbGraphic", "mnuViewResolutionLabel", T::LabelTool, Text(359), 0);
     tool("tlbGraphic", "mnuViewResolution", T::ComboTool, Text(360), 0);
-    tool("mnuView", "mnuViewCursorMode", T::ButtonTool, Local("Cursormodus", "Cursor mode"), 230, "", "ICO_CURSOR",
+    tool("mnuView", "mnuViewCursorMode", T::ButtonTool, LocalText("Cursormodus", "Cursor mode"), 230, "", "ICO_CURSOR",
         "tlbGraphic");
     tool("mnuView", "mnuViewZoomIn", T::ButtonTool, Text(231), 230, "", "ICO_ZOOMIN", "tlbGraphic");
     tool("mnuView", "mnuViewZoomOut", T::ButtonTool, Text(232), 230, "", "ICO_ZOOMOUT", "tlbGraphic");

@@ -50,9 +50,8 @@ std::optional<QString> Unescape(QStringView raw)
 
 void LogSkipped(int lineNo, const QString& reason)
 {
-    WriteLog(QStringLiteral("String table"),
-             QStringLiteral("line %1 skipped: %2").arg(lineNo).arg(reason), kLogSource,
-             LogLevel::Error);
+    WriteLog(QStringLiteral("String table"), QStringLiteral("line %1 skipped: %2").arg(lineNo).arg(reason), kLogSource,
+        LogLevel::Error);
 }
 
 // A line that does not parse is skipped and logged; the rest of the table stays usable,
@@ -63,8 +62,7 @@ QHash<int, QString> LoadTable()
     QFile file(kTablePath);
     if (!file.open(QIODevice::ReadOnly)) {
         WriteLog(QStringLiteral("String table"),
-                 QStringLiteral("cannot open %1: %2").arg(kTablePath, file.errorString()),
-                 kLogSource, LogLevel::Error);
+            QStringLiteral("cannot open %1: %2").arg(kTablePath, file.errorString()), kLogSource, LogLevel::Error);
         return table;
     }
 
@@ -117,6 +115,11 @@ const QHash<int, QString>& Table()
 }
 
 } // namespace
+
+QString LocalText(const char* german, const char* english)
+{
+    return QString::fromUtf8(g_lLangOffset >= 1000 ? english : german);
+}
 
 QString GetResString(int id)
 {

@@ -8,6 +8,9 @@
 // The text of id + g_lLangOffset; a missing text gives the id as a decimal number.
 QString GetResString(int id);
 
+// A text the table has no id for, in the program's language: English with the English table.
+QString LocalText(const char* german, const char* english);
+
 // The locale of the table in use, for what Qt itself names: months and days in a calendar.
 QLocale LanguageLocale();
 

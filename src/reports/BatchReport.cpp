@@ -4,8 +4,8 @@
 #include "BatchReport.h"
 
 #include "BatchHost.h"
-#include "Globals.h"
 #include "Measuring.h"
+#include "ResStrings.h"
 #include "Settings.h"
 #include "SoranoFileHandler.h"
 #include "ToolRegistry.h"
@@ -30,11 +30,6 @@ namespace {
 
 const QString MenuBand = QStringLiteral("mnuBatch");
 const QString ToolBand = QStringLiteral("tlbBatch");
-
-QString Local(const char* german, const char* english)
-{
-    return QString::fromUtf8(g_lLangOffset >= 1000 ? english : german);
-}
 
 struct ToolDef
 {
@@ -64,18 +59,18 @@ constexpr std::array<ToolDef, 14> Tools { {
 
 QString Caption(std::size_t index)
 {
-    return Local(Tools[index].german, Tools[index].english);
+    return LocalText(Tools[index].german, Tools[index].english);
 }
 
 QString BandCaption()
 {
-    return Local("Reportstapel", "Report batches");
+    return LocalText("Reportstapel", "Report batches");
 }
 
 // mnuShowBatch's caption while the window is shown.
 QString HideCaption()
 {
-    return Local("Reportstapel ausblenden", "Hide report batches");
+    return LocalText("Reportstapel ausblenden", "Hide report batches");
 }
 
 BatchReport::QuestionHandler& QuestionHook()
@@ -159,7 +154,8 @@ void BatchReport::Init()
 void BatchReport::AddTools()
 {
     ToolRegistry& bar = m_cHost.Bar();
-    bar.AddBand(MenuBand, ToolRegistry::Popup, Local("&Reportstapel", "&Report batches"), QStringLiteral("mnuMain"));
+    bar.AddBand(
+        MenuBand, ToolRegistry::Popup, LocalText("&Reportstapel", "&Report batches"), QStringLiteral("mnuMain"));
     bar.AddBand(ToolBand, ToolRegistry::Toolbar, BandCaption());
     const QString category = BandCaption();
     for (std::size_t i = 0; i < Tools.size(); ++i) {
@@ -326,14 +322,14 @@ bool BatchReport::ToolClick(const QString& tool)
 QString BatchReport::NameFault(const QString& name, qsizetype except) const
 {
     if (!BatchStore::IsValidName(name))
-        return Local("Der Name \"%1\" kann nicht verwendet werden.\nEin Reportstapel muss mit einem Buchstaben "
-                     "beginnen und darf nur Buchstaben, Ziffern, Leerzeichen und die Zeichen _ - . ~ enthalten.",
+        return LocalText("Der Name \"%1\" kann nicht verwendet werden.\nEin Reportstapel muss mit einem Buchstaben "
+                         "beginnen und darf nur Buchstaben, Ziffern, Leerzeichen und die Zeichen _ - . ~ enthalten.",
             "The name \"%1\" cannot be used.\nA report batch must start with a letter and may hold only "
             "letters, digits, blanks and the characters _ - . ~.")
             .arg(name);
     const qsizetype same = m_cStore.IndexOf(name);
     if (same >= 0 && same != except)
-        return Local("Es gibt bereits einen Reportstapel \"%1\".\nBitte wählen Sie einen anderen Namen.",
+        return LocalText("Es gibt bereits einen Reportstapel \"%1\".\nBitte wählen Sie einen anderen Namen.",
             "There is a report batch \"%1\" already.\nPlease choose another name.")
             .arg(m_cStore.Name(same));
     return {};
@@ -370,7 +366,7 @@ void BatchReport::EditBatch(bool isNew, bool copy)
     }
     if (!saved)
         Tell(BandCaption(),
-            Local("Der Reportstapel \"%1\" konnte nicht gespeichert werden.",
+            LocalText("Der Reportstapel \"%1\" konnte nicht gespeichert werden.",
                 "The report batch \"%1\" could not be saved.")
                 .arg(name));
     FillBatchList(shown);
@@ -382,10 +378,11 @@ void BatchReport::DeleteBatch()
     const qsizetype selected = Selected();
     if (selected < 0)
         return;
-    if (!Ask(Local("Löschen bestätigen", "Confirm deletion"),
-            Local("Wollen Sie den Reportstapel tatsächlich löschen?", "Do you really want to delete the report batch?")
+    if (!Ask(LocalText("Löschen bestätigen", "Confirm deletion"),
+            LocalText(
+                "Wollen Sie den Reportstapel tatsächlich löschen?", "Do you really want to delete the report batch?")
                 + QLatin1Char('\n')
-                + Local("Dieser Vorgang kann nicht mehr rückgängig gemacht werden!", "This cannot be undone!")))
+                + LocalText("Dieser Vorgang kann nicht mehr rückgängig gemacht werden!", "This cannot be undone!")))
         return;
     if (!m_cStore.Remove(selected))
         return;
@@ -425,8 +422,8 @@ void BatchReport::DeleteDocument()
     const QString key = m_cWindow ? m_cWindow->SelectedKey() : QString();
     if (selected < 0 || key.isEmpty())
         return;
-    if (!Ask(Local("Vorlage löschen", "Delete template"),
-            Local("Wollen Sie die ausgewählte Vorlage wirklich löschen?",
+    if (!Ask(LocalText("Vorlage löschen", "Delete template"),
+            LocalText("Wollen Sie die ausgewählte Vorlage wirklich löschen?",
                 "Do you really want to delete the selected template?")))
         return;
     if (!m_cStore.RemoveTemplate(selected, key))

@@ -7,10 +7,10 @@
 #include "BatchRun.h"
 #include "Calendar.h"
 #include "DateEdit.h"
-#include "Globals.h"
 #include "Measuring.h"
 #include "ModuleBoxes.h"
 #include "Numeric.h"
+#include "ResStrings.h"
 #include "frm_BatchStatus.h"
 #include "frm_NewMeasuring.h"
 
@@ -22,11 +22,6 @@
 #include <QShortcut>
 
 namespace {
-
-QString Local(const char* german, const char* english)
-{
-    return QString::fromUtf8(g_lLangOffset >= 1000 ? english : german);
-}
 
 double NumberOf(const QLineEdit* box)
 {
@@ -95,7 +90,7 @@ static std::unique_ptr<frm_BatchStatus> ShowStatus(BatchHost& host, const QStrin
 {
     auto status = std::make_unique<frm_BatchStatus>(host.MainWindow());
     status->StatusMessage(
-        name + Local(" wird erzeugt, bitte haben Sie etwas Geduld...", " is being made, please wait..."));
+        name + LocalText(" wird erzeugt, bitte haben Sie etwas Geduld...", " is being made, please wait..."));
     status->show();
     status->UpdateStatus();
     return status;
@@ -106,7 +101,7 @@ void BatchReport::PrintBatch()
     const qsizetype index = Selected();
     if (index < 0)
         return;
-    const std::unique_ptr<frm_NewMeasuring> wizard = AskRun(m_cHost, 1, Local("Stapelreport", "Batch report"));
+    const std::unique_ptr<frm_NewMeasuring> wizard = AskRun(m_cHost, 1, LocalText("Stapelreport", "Batch report"));
     if (!wizard)
         return;
     const BatchRunSettings settings = ReadWizard(*wizard);
@@ -128,7 +123,7 @@ void BatchReport::PrintBatch()
 
 void BatchReport::PrintSerial()
 {
-    const std::unique_ptr<frm_NewMeasuring> wizard = AskRun(m_cHost, 2, Local("Serienreport", "Serial report"));
+    const std::unique_ptr<frm_NewMeasuring> wizard = AskRun(m_cHost, 2, LocalText("Serienreport", "Serial report"));
     if (!wizard)
         return;
     const BatchRunSettings settings = ReadWizard(*wizard);
@@ -137,8 +132,8 @@ void BatchReport::PrintSerial()
         return;
     const QString path = BatchRun::SerialTemplate(m_cStore.Folder(), std::min<qsizetype>(settings.channels.size(), 3));
     if (path.isEmpty()) {
-        Tell(Local("Serienreport", "Serial report"),
-            Local(
+        Tell(LocalText("Serienreport", "Serial report"),
+            LocalText(
                 "Die Vorlage LGA_%1.mtb wurde weder im Reportstapel-Ordner noch bei der Programminstallation gefunden.",
                 "The template LGA_%1.mtb is neither in the batch folder nor where the program is installed.")
                 .arg(std::min<qsizetype>(settings.channels.size(), 3)));

@@ -2,7 +2,7 @@
 // The batch window.
 #include "frm_Batch.h"
 
-#include "Globals.h"
+#include "ResStrings.h"
 
 #include <QComboBox>
 #include <QListWidget>
@@ -13,15 +13,10 @@ namespace {
 // The name an item had before its last edit, so that an empty edit can be undone.
 constexpr int ShownNameRole = Qt::UserRole + 1;
 
-QString Local(const char* german, const char* english)
-{
-    return QString::fromUtf8(g_lLangOffset >= 1000 ? english : german);
-}
-
 } // namespace
 
 frm_Batch::frm_Batch(QWidget* parent)
-    : QDockWidget(Local("Reportstapel", "Report batches"), parent)
+    : QDockWidget(LocalText("Reportstapel", "Report batches"), parent)
 {
     setObjectName(QStringLiteral("BatchDock"));
     auto* content = new QWidget(this);

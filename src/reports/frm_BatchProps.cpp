@@ -2,7 +2,6 @@
 // The name and memo of a report batch.
 #include "frm_BatchProps.h"
 
-#include "Globals.h"
 #include "ResStrings.h"
 
 #include <QDialogButtonBox>
@@ -13,20 +12,11 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-namespace {
-
-QString Local(const char* german, const char* english)
-{
-    return QString::fromUtf8(g_lLangOffset >= 1000 ? english : german);
-}
-
-} // namespace
-
 frm_BatchProps::frm_BatchProps(QWidget* parent)
     : QDialog(parent)
 {
     setObjectName(QStringLiteral("frm_BatchProps"));
-    setWindowTitle(Local("Reportstapel Eigenschaften", "Report batch properties"));
+    setWindowTitle(LocalText("Reportstapel Eigenschaften", "Report batch properties"));
     setModal(true);
 
     m_txtName = new QLineEdit(this);
@@ -35,8 +25,8 @@ frm_BatchProps::frm_BatchProps(QWidget* parent)
     m_txtMemo->setObjectName(QStringLiteral("txt_Memo"));
     m_txtMemo->setTabChangesFocus(true);
     auto* fields = new QFormLayout;
-    fields->addRow(Local("Name:", "Name:"), m_txtName);
-    fields->addRow(Local("Beschreibung:", "Description:"), m_txtMemo);
+    fields->addRow(LocalText("Name:", "Name:"), m_txtName);
+    fields->addRow(LocalText("Beschreibung:", "Description:"), m_txtMemo);
 
     auto* buttons = new QDialogButtonBox(this);
     m_cmdOK = buttons->addButton(GetResString(266), QDialogButtonBox::AcceptRole);

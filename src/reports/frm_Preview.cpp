@@ -4,8 +4,6 @@
 #include "frm_Preview.h"
 
 #include "PreviewPageView.h"
-
-#include "Globals.h"
 #include "ReportDocument.h"
 #include "ResStrings.h"
 #include "Settings.h"
@@ -46,12 +44,6 @@ namespace {
 // The fixed percentages of the zoom list, after its three fitting modes.
 constexpr std::array<int, 5> Percentages = { 50, 75, 100, 150, 200 };
 constexpr int FitEntries = 3;
-
-// The text in German or English, for texts the string table has no id for.
-QString Lang(const char* german, const char* english)
-{
-    return QString::fromUtf8(g_lLangOffset >= 1000 ? english : german);
-}
 
 } // namespace
 
@@ -95,7 +87,7 @@ frm_Preview::frm_Preview(QWidget* parent)
     };
 
     m_tlbPrint = tool(icon("document-print"), GetResString(472), "tlb_Print");
-    m_tlbSavePdf = tool(icon("document-save-as"), Lang("Als PDF speichern", "Save as PDF"), "tlb_SavePdf");
+    m_tlbSavePdf = tool(icon("document-save-as"), LocalText("Als PDF speichern", "Save as PDF"), "tlb_SavePdf");
     m_tlbPreview->addSeparator();
 
     // The find box stays out of the toolbar until the find tool or Ctrl+F calls it.
@@ -335,7 +327,7 @@ void frm_Preview::SetNotFound(bool notFound)
         return;
     m_txtFind->setProperty("notFound", notFound);
     m_txtFind->setStyleSheet(notFound ? QStringLiteral("QLineEdit { background: #ffc8c8; }") : QString());
-    const QString tip = notFound ? Lang("Nicht gefunden", "Not found") : GetResString(473);
+    const QString tip = notFound ? LocalText("Nicht gefunden", "Not found") : GetResString(473);
     m_txtFind->setToolTip(tip);
     if (notFound && m_txtFind->isVisible())
         QToolTip::showText(m_txtFind->mapToGlobal(QPoint(0, m_txtFind->height())), tip, m_txtFind);
@@ -415,8 +407,8 @@ void frm_Preview::Print()
     if (dialog.exec() != QDialog::Accepted)
         return;
     if (!m_pDocument->PrintTo(printer)) {
-        QMessageBox::warning(
-            this, windowTitle(), Lang("Der Bericht konnte nicht gedruckt werden.", "The report could not be printed."));
+        QMessageBox::warning(this, windowTitle(),
+            LocalText("Der Bericht konnte nicht gedruckt werden.", "The report could not be printed."));
         return;
     }
     if (Settings::IsTrue(Settings::Id::ClosePreviewAfterPrint))
@@ -434,12 +426,12 @@ void frm_Preview::SavePdf()
         if (forbidden.contains(character) || character.unicode() < 32)
             character = QLatin1Char('_');
     if (name.isEmpty())
-        name = Lang("Bericht", "Report");
+        name = LocalText("Bericht", "Report");
     QString folder = Settings::Value(Settings::Id::LastFolder);
     if (folder.isEmpty() || !QFileInfo(folder).isDir())
         folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    QString fileName = QFileDialog::getSaveFileName(this, Lang("Als PDF speichern", "Save as PDF"),
-        QDir(folder).filePath(name + QStringLiteral(".pdf")), Lang("PDF-Dateien (*.pdf)", "PDF files (*.pdf)"));
+    QString fileName = QFileDialog::getSaveFileName(this, LocalText("Als PDF speichern", "Save as PDF"),
+        QDir(folder).filePath(name + QStringLiteral(".pdf")), LocalText("PDF-Dateien (*.pdf)", "PDF files (*.pdf)"));
     if (fileName.isEmpty())
         return;
     if (!fileName.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive))
@@ -448,7 +440,8 @@ void frm_Preview::SavePdf()
     QString error;
     if (!m_pDocument->SavePdf(fileName, &error))
         QMessageBox::warning(this, windowTitle(),
-            Lang("Die PDF-Datei %1 konnte nicht gespeichert werden:\n%2", "The PDF file %1 could not be saved:\n%2")
+            LocalText(
+                "Die PDF-Datei %1 konnte nicht gespeichert werden:\n%2", "The PDF file %1 could not be saved:\n%2")
                 .arg(QDir::toNativeSeparators(fileName), error));
 }
 
