@@ -195,7 +195,7 @@ QByteArray ViewFile(const char* name, const char* unit, int count, const std::ve
 
 // The database bound as the module at address 1, the batch's three templates, and the
 // template views opened hidden and temporary, as the program's runs open them.
-class BenchHost : public MeasuringHost, public BatchRunHost
+class BenchHost : public MeasuringHost
 {
 public:
     BenchHost()
@@ -230,29 +230,11 @@ public:
     ModuleBoxes& DataModules() override { return modules; }
     void SendMessage(const QString&, const QString&) override { }
 
-    Measuring* OpenTemplate(const QString& path) override
-    {
-        auto view = std::make_unique<Measuring>(*this);
-        if (view->Init() != 0)
-            return nullptr;
-        view->SetTemporary(true);
-        if (view->OpenFile(path, true) != 0)
-            return nullptr;
-        m_views.push_back(std::move(view));
-        return m_views.back().get();
-    }
-    void CloseTemplate(Measuring& measuring) override
-    {
-        std::erase_if(m_views, [&](const auto& view) { return view.get() == &measuring; });
-    }
-
     QTemporaryDir dir;
     ModuleBoxes modules;
     std::vector<BatchTemplate> templates;
     ReportCollection reports;
-
-private:
-    std::vector<std::unique_ptr<Measuring>> m_views;
+    WindowlessTemplates templateViews { *this };
 };
 
 BenchHost& Host()
@@ -312,7 +294,7 @@ bool PrintAndClose(std::vector<Measuring*>& views, const QString& pdf, Stages& s
     stages.pdf += double(clock.nsecsElapsed()) * 1e-9;
     clock.restart();
     stages.pages += document.PageCount();
-    BatchRun::Close(host, views);
+    BatchRun::Close(host.templateViews, views);
     stages.close += double(clock.nsecsElapsed()) * 1e-9;
     return saved && document.PageCount() > 0;
 }
@@ -337,8 +319,8 @@ void BM_SerialYearPerDay(benchmark::State& state)
         stages.views = 0;
         QElapsedTimer clock;
         clock.start();
-        std::vector<Measuring*> views
-            = BatchRun::PrepareSerial(host, QStringLiteral(SORANO_LGA_TEMPLATE), settings, serial, nullptr);
+        std::vector<Measuring*> views = BatchRun::PrepareSerial(
+            host.templateViews, QStringLiteral(SORANO_LGA_TEMPLATE), settings, serial, nullptr);
         if (views.empty() || !PrintAndClose(views, pdf, stages, clock)) {
             state.SkipWithError("the serial report made no pages");
             return;
@@ -369,7 +351,8 @@ void BM_BatchThreeTemplates(benchmark::State& state)
             settings.maxCursor = true;
             QElapsedTimer clock;
             clock.start();
-            std::vector<Measuring*> views = BatchRun::PrepareBatch(host, host.templates, settings, nullptr);
+            std::vector<Measuring*> views
+                = BatchRun::PrepareBatch(host.templateViews, host.templates, settings, nullptr);
             if (views.size() != host.templates.size()
                 || !PrintAndClose(views, host.dir.filePath(QStringLiteral("batch%1.pdf").arg(logger)), stages, clock)) {
                 state.SkipWithError("a batch run made no pages");

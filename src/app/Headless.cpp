@@ -168,35 +168,6 @@ int PrintViews(const ExportJob& job, std::vector<ReportPtr>& reports, const std:
     return ExitCode::Ok;
 }
 
-// Template views opened without a window, as the batch window's runs open them.
-class HeadlessRunHost : public BatchRunHost
-{
-public:
-    explicit HeadlessRunHost(Project& project)
-        : m_project(project)
-    { }
-
-    Measuring* OpenTemplate(const QString& path) override
-    {
-        auto view = std::make_unique<Measuring>(m_project);
-        if (view->Init() != 0)
-            return nullptr;
-        view->SetTemporary(true);
-        if (view->OpenFile(path, true) != 0)
-            return nullptr;
-        m_views.push_back(std::move(view));
-        return m_views.back().get();
-    }
-    void CloseTemplate(Measuring& measuring) override
-    {
-        std::erase_if(m_views, [&](const auto& view) { return view.get() == &measuring; });
-    }
-
-private:
-    Project& m_project;
-    std::vector<std::unique_ptr<Measuring>> m_views;
-};
-
 // The channel the key names must be offered: a batch or serial report of a logger the
 // modules don't know would print empty pages.
 bool Offered(Project& project, const QString& key, QString& error)
@@ -241,7 +212,7 @@ int RunBatchPrint(const ExportJob& job, Project& project, QString& error)
         settings.customer[size_t(i)] = job.customer[i].trimmed();
 
     BatchStore store(BatchStore::DefaultFolder());
-    HeadlessRunHost host(project);
+    WindowlessTemplates host(project);
     std::vector<Measuring*> views;
     if (!job.batch.isEmpty()) {
         store.Load();

@@ -207,10 +207,13 @@ qint32 Measuring::OpenFile(const QString& path, bool hidden)
     ctl_NavBar& bar = *m_cGraph->nav_Navigate();
     bar.SetDateFirst(FirstDataDate());
     bar.SetDateLast(LastDataDate());
-    if (bar.DateFrom() != 0.0 && bar.DateTo() != 0.0)
-        RefreshData(bar.DateFrom(), bar.DateTo(), nullptr, true);
-    else
-        ChooseFirstWindow(false);
+    // A temporary view gets its window from the batch run that opened it, which fetches then.
+    if (!m_bTemporary) {
+        if (bar.DateFrom() != 0.0 && bar.DateTo() != 0.0)
+            RefreshData(bar.DateFrom(), bar.DateTo(), nullptr, true);
+        else
+            ChooseFirstWindow(false);
+    }
     UpdateAxisTitles();
     AdjustAxis(ChartAxis::Y1);
     AdjustAxis(ChartAxis::Y2);

@@ -14,6 +14,30 @@
 #include <algorithm>
 #include <cmath>
 
+WindowlessTemplates::WindowlessTemplates(MeasuringHost& host)
+    : m_cHost(host)
+{ }
+
+WindowlessTemplates::~WindowlessTemplates() = default;
+
+Measuring* WindowlessTemplates::OpenTemplate(const QString& path)
+{
+    if (!QFileInfo(path).isFile())
+        return nullptr;
+    auto view = std::make_unique<Measuring>(m_cHost);
+    if (view->Init() != 0)
+        return nullptr;
+    view->SetTemporary(true);
+    if (view->OpenFile(path, true) != 0)
+        return nullptr;
+    return m_cViews.emplace_back(std::move(view)).get();
+}
+
+void WindowlessTemplates::CloseTemplate(Measuring& measuring)
+{
+    std::erase_if(m_cViews, [&](const auto& view) { return view.get() == &measuring; });
+}
+
 namespace BatchRun {
 
 namespace {
@@ -208,14 +232,6 @@ std::vector<Measuring*> PrepareSerial(BatchRunHost& host, const QString& templat
         bound.push_back(view);
 
         const auto& curves = view->Curves();
-        const QString firstUnit = curves.front()->Unit();
-        bool rightAxis = false;
-        for (size_t i = 0; i < curves.size(); ++i) {
-            const bool second = i > 0 && (serial.twoAxes || curves[i]->Unit() != firstUnit);
-            curves[i]->SetFixedAxis(true);
-            curves[i]->SetYAxis(second ? 1 : 0);
-            rightAxis = rightAxis || second;
-        }
         view->SetStartDate(pageStart);
         view->SetEndDate(pageEnd);
         view->SetIntervalUnit(settings.intervalUnit);
@@ -226,6 +242,19 @@ std::vector<Measuring*> PrepareSerial(BatchRunHost& host, const QString& templat
         if (serial.manualAxes)
             view->SetAutoScale(false);
         view->Refresh(true);
+        // Curve 1 on the left; a further curve joins it when it has its unit and one axis is
+        // wanted, else goes right. Power factors keep the axis the view gives them.
+        if (!view->CosPhiView(0) && !view->CosPhiView(1)) {
+            const QString firstUnit = curves.front()->Unit();
+            for (size_t i = 1; i < curves.size(); ++i)
+                curves[i]->SetYAxis(serial.twoAxes || curves[i]->Unit() != firstUnit ? 1 : 0);
+            if (!serial.manualAxes) {
+                view->AdjustAxis(ChartAxis::Y1);
+                view->AdjustAxis(ChartAxis::Y2);
+            }
+        }
+        const bool rightAxis
+            = std::any_of(curves.begin(), curves.end(), [](const auto& curve) { return curve->YAxis() == 1; });
 
         // The first page may start before the period, the last end after it.
         const double from = std::max(pageStart, settings.start);

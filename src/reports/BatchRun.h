@@ -4,14 +4,17 @@
 // What the menu and the command line share, so that both make the same pages.
 #pragma once
 
+#include "BatchHost.h"
+
 #include <QString>
 #include <QStringList>
 
 #include <array>
+#include <memory>
 #include <vector>
 
-class BatchRunHost;
 class Measuring;
+class MeasuringHost;
 
 // What the wizard (or the command line) decided for a run.
 struct BatchRunSettings
@@ -55,6 +58,22 @@ public:
     virtual void UpdateStatus() = 0;
 };
 
+// Template views of a run without the program's window (the command line, benchmarks, tests):
+// made with the host's modules, opened hidden and temporary, and owned here until closed.
+class WindowlessTemplates : public BatchRunHost
+{
+public:
+    explicit WindowlessTemplates(MeasuringHost& host);
+    ~WindowlessTemplates() override;
+    // Nothing for a file that is missing or no view.
+    Measuring* OpenTemplate(const QString& path) override;
+    void CloseTemplate(Measuring& measuring) override;
+
+private:
+    MeasuringHost& m_cHost;
+    std::vector<std::unique_ptr<Measuring>> m_cViews;
+};
+
 // A template of a batch: its file and the name its view takes.
 struct BatchTemplate
 {
@@ -72,21 +91,20 @@ QString WithLogger(const QString& channelKey, const QString& logger);
 // Opens every template hidden, binds its channels to the logger of the first channel of the
 // settings, sets the period, resolution and address, refreshes it and places the cursors.
 // Templates that won't open are left out. The views in template order; nothing without channels.
-std::vector<Measuring*> PrepareBatch(
-    BatchRunHost& host, const std::vector<BatchTemplate>& templates, const BatchRunSettings& settings,
-    BatchProgress* progress);
+std::vector<Measuring*> PrepareBatch(BatchRunHost& host, const std::vector<BatchTemplate>& templates,
+    const BatchRunSettings& settings, BatchProgress* progress);
 
 // The number of pages of a serial report: days from start to end (a day started counts), or
 // the period in grid steps of the given unit and count over the values per page, rounded up.
-qint32 SerialPageCount(const BatchRunSettings& settings, const SerialSettings& serial, const QString& unit,
-    qint32 count);
+qint32 SerialPageCount(
+    const BatchRunSettings& settings, const SerialSettings& serial, const QString& unit, qint32 count);
 
 // Opens the serial template once per page, binds its curves to the settings' channels (the
 // first three), and shows one day or a fixed number of values on each page, with the axes, the
 // fixed line, the chart type, the address and the cursors of the settings. Values past the
 // period's end are cut from the last page. Nothing when the template won't open.
-std::vector<Measuring*> PrepareSerial(BatchRunHost& host, const QString& templatePath,
-    const BatchRunSettings& settings, const SerialSettings& serial, BatchProgress* progress);
+std::vector<Measuring*> PrepareSerial(BatchRunHost& host, const QString& templatePath, const BatchRunSettings& settings,
+    const SerialSettings& serial, BatchProgress* progress);
 
 // The serial template for that many channels: "LGA_<n>.mtb" in the batch folder, else the one
 // shipped with the program; empty when there is none.

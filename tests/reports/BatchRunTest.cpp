@@ -15,6 +15,7 @@
 
 #include <cmath>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -73,29 +74,25 @@ public:
     void ShowConfig() override { }
 };
 
-// Opens templates as hidden temporary views and records which were handed back.
-class TemplateHost : public BatchRunHost
+// Opens templates as the command line does and records which were handed back, keeping them
+// to be looked at.
+class TemplateHost : public WindowlessTemplates
 {
 public:
-    explicit TemplateHost(MeasuringHost& views)
-        : viewHost(views)
-    { }
+    using WindowlessTemplates::WindowlessTemplates;
     Measuring* OpenTemplate(const QString& path) override
     {
-        auto view = std::make_unique<Measuring>(viewHost);
-        if (view->Init() != 0)
-            return nullptr;
-        view->SetTemporary(true);
-        view->Window()->resize(1000, 600);
-        if (!QFileInfo(path).isFile() || view->OpenFile(path, true) != 0)
-            return nullptr;
-        return opened.emplace_back(std::move(view)).get();
+        Measuring* view = WindowlessTemplates::OpenTemplate(path);
+        if (view) {
+            view->Window()->resize(1000, 600);
+            ++opens;
+        }
+        return view;
     }
     void CloseTemplate(Measuring& view) override { closed.push_back(&view); }
 
-    MeasuringHost& viewHost;
-    std::vector<std::unique_ptr<Measuring>> opened;
     std::vector<Measuring*> closed;
+    int opens = 0;
 };
 
 class SummedProgress : public BatchProgress
@@ -128,7 +125,7 @@ protected:
     }
     void TearDown() override
     {
-        templates.opened.clear();
+        templates.reset();
         MeasuringFixture::TearDown();
     }
     // A template view file of 15-minute steps over 2 January 2024.
@@ -173,7 +170,7 @@ protected:
     }
 
     QTemporaryDir dir;
-    TemplateHost templates { host };
+    std::optional<TemplateHost> templates { std::in_place, host };
 };
 
 // The times and values of the curve's result with a value.
@@ -203,7 +200,7 @@ TEST_F(BatchRunTest, BatchBindsEveryTemplateToTheLoggerOfTheRun)
         if (withMissing)
             list.insert(list.begin() + 1, { missing, "Gone" });
         SummedProgress progress;
-        const std::vector<Measuring*> views = BatchRun::PrepareBatch(templates, list, settings, &progress);
+        const std::vector<Measuring*> views = BatchRun::PrepareBatch(*templates, list, settings, &progress);
         ASSERT_EQ(views.size(), 2u);
         if (!withMissing) {
             EXPECT_NEAR(progress.total, 100.0f, 0.01f);
@@ -231,11 +228,11 @@ TEST_F(BatchRunTest, BatchBindsEveryTemplateToTheLoggerOfTheRun)
         EXPECT_EQ(views[1]->Curves()[0]->Name(), "Spare 12");
         EXPECT_EQ(views[1]->Curves()[1]->Name(), QString("Own"));
     }
-    const size_t before = templates.opened.size();
+    const int before = templates->opens;
     EXPECT_TRUE(
-        BatchRun::PrepareBatch(templates, { { first, "One" } }, Settings({}, D(2024, 1, 10), D(2024, 1, 11)), nullptr)
+        BatchRun::PrepareBatch(*templates, { { first, "One" } }, Settings({}, D(2024, 1, 10), D(2024, 1, 11)), nullptr)
             .empty());
-    EXPECT_EQ(templates.opened.size(), before);
+    EXPECT_EQ(templates->opens, before);
 }
 
 TEST_F(BatchRunTest, CursorsMarkTheGreatestAndSmallestValueAndCloseTakesThemOff)
@@ -247,7 +244,7 @@ TEST_F(BatchRunTest, CursorsMarkTheGreatestAndSmallestValueAndCloseTakesThemOff)
         BatchRunSettings settings = Settings({ "1$12#1" }, D(2024, 1, 10), D(2024, 1, 11));
         settings.minCursor = minimum;
         settings.maxCursor = maximum;
-        std::vector<Measuring*> views = BatchRun::PrepareBatch(templates, { { path, "Two" } }, settings, nullptr);
+        std::vector<Measuring*> views = BatchRun::PrepareBatch(*templates, { { path, "Two" } }, settings, nullptr);
         ASSERT_EQ(views.size(), 1u);
         // The first greatest and smallest value over the curves in their order.
         struct Extreme
@@ -278,11 +275,11 @@ TEST_F(BatchRunTest, CursorsMarkTheGreatestAndSmallestValueAndCloseTakesThemOff)
                 marks.begin(), marks.end(), [&](const auto& cursor) { return cursor->Index() == extreme.row; });
             EXPECT_EQ(marked, wanted) << extreme.value;
         }
-        templates.closed.clear();
+        templates->closed.clear();
         const std::vector<Measuring*> handed = views;
-        BatchRun::Close(templates, views);
+        BatchRun::Close(*templates, views);
         EXPECT_TRUE(views.empty());
-        EXPECT_EQ(templates.closed, handed);
+        EXPECT_EQ(templates->closed, handed);
         for (const auto& curve : handed[0]->Curves())
             EXPECT_TRUE(curve->Cursors().empty());
     }
@@ -310,7 +307,7 @@ TEST_F(BatchRunTest, SerialPagesFollowOneAnother)
         serial.valuesPerPage = c.valuesPerPage;
         EXPECT_EQ(BatchRun::SerialPageCount(settings, serial, "n", 15), c.pages);
         SummedProgress progress;
-        const std::vector<Measuring*> views = BatchRun::PrepareSerial(templates, path, settings, serial, &progress);
+        const std::vector<Measuring*> views = BatchRun::PrepareSerial(*templates, path, settings, serial, &progress);
         ASSERT_EQ(qint32(views.size()), c.pages);
         EXPECT_NEAR(progress.total, 100.0f, 0.01f);
         const double span = c.perDay ? 1.0 : c.valuesPerPage * 15.0 / 1440.0;
@@ -330,7 +327,7 @@ TEST_F(BatchRunTest, SerialPagesAreCutToThePeriod)
     const double start = D(2024, 1, 8, 6);
     const double end = D(2024, 1, 10, 12);
     const std::vector<Measuring*> views = BatchRun::PrepareSerial(
-        templates, Serial(2), Settings({ "1$12#1", "1$12#2" }, start, end), SerialSettings(), nullptr);
+        *templates, Serial(2), Settings({ "1$12#1", "1$12#2" }, start, end), SerialSettings(), nullptr);
     ASSERT_EQ(views.size(), 3u);
     for (size_t page = 0; page < views.size(); ++page)
         for (const auto& curve : views[page]->Curves()) {
@@ -366,7 +363,7 @@ TEST_F(BatchRunTest, SerialAxesByUnitAndManualBorders)
         serial.manualAxes = c.manual;
         serial.borders = { -10.0, 250.0, 5.0, 400.0 };
         const std::vector<Measuring*> views = BatchRun::PrepareSerial(
-            templates, path, Settings(c.channels, D(2024, 1, 8), D(2024, 1, 9)), serial, nullptr);
+            *templates, path, Settings(c.channels, D(2024, 1, 8), D(2024, 1, 9)), serial, nullptr);
         ASSERT_EQ(views.size(), 1u);
         ASSERT_EQ(views[0]->Curves().size(), 2u);
         EXPECT_EQ(views[0]->Curves()[0]->YAxis(), 0);
