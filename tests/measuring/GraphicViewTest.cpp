@@ -33,7 +33,7 @@ protected:
     frm_GraphicView view;
 };
 
-TEST_F(GraphicViewTest, HiddenPaneLeavesTheViewAllAndTheSplitterNeverTakesItAll)
+TEST_F(GraphicViewTest, PaneSplitterShowButtonAndFoldedBarsLeaveTheChartItsRoom)
 {
     view.SetStatisticVisible(false);
     EXPECT_EQ(view.pic_Chart()->geometry(), QRect(0, 0, 1005, 600)) << "without the pane the view takes all";
@@ -52,10 +52,8 @@ TEST_F(GraphicViewTest, HiddenPaneLeavesTheViewAllAndTheSplitterNeverTakesItAll)
     move(900);
     EXPECT_DOUBLE_EQ(view.LeftShare(), 0.4) << "a share of 1 or more is not taken";
     QTest::mouseRelease(splitter, Qt::LeftButton, {}, QPoint(2, 100));
-}
 
-TEST_F(GraphicViewTest, ShowButtonAndFoldedBarsLeaveTheChartItsRoom)
-{
+    // Hidden, the pane leaves its show button, which covers neither bar nor chart.
     ChartAdapter& chart = *view.chart_View();
     chart.SetAxisVisible(ChartAxis::Y2, true);
     view.SetStatisticVisible(false);
