@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
 
 namespace S = TestModuleScript;
@@ -19,9 +21,8 @@ using Failure = DataModuleLoader::Failure;
 const QString ModuleDir = QStringLiteral(SORANO_TEST_MODULE_DIR);
 const QString SecondDir = QStringLiteral(SORANO_TEST_SECOND_DIR);
 
-class DataModuleLoaderTest : public ::testing::Test
+struct DataModuleLoaderTest : ::testing::Test
 {
-protected:
     TempSettings roots;
 };
 
@@ -48,25 +49,19 @@ TEST_F(DataModuleLoaderTest, CreatesModulesByProgIdWithoutRegardToCaseOrSaysWhyN
     EXPECT_EQ(qobject_cast<DataModuleInterface*>(created.object.get()), created.module);
     EXPECT_EQ(S::Calls("LoaderCase", "Create"), 1);
 
-    const struct
-    {
-        const char* progId;
-        QVariantMap script;
-        Failure failure;
-        const char* reason;
-    } cases[] = {
+    const std::tuple<const char*, QVariantMap, Failure, const char*> cases[] = {
         { "No.Such.Module", {}, Failure::UnknownProgId, "No module plug-in provides No.Such.Module" },
         { "Sorano.TestModule.Plain", {}, Failure::NoInterface, "Object Sorano.TestModule.Plain is no data module" },
         { "Sorano.TestModule.Nothing", {}, Failure::NoObject, "created no object for" },
         { "Sorano.TestModule", { { S::Throws, QStringList { "Create" } } }, Failure::FactoryRaised,
             "Creating Sorano.TestModule failed: Create failed" },
     };
-    for (const auto& c : cases) {
-        S::SetScript("LoaderFailure", c.script);
-        const DataModuleLoader::Result failed = loader.Create(c.progId, { "LoaderFailure", "5" });
-        EXPECT_FALSE(failed || failed.object) << c.progId;
-        EXPECT_EQ(failed.failure, c.failure) << c.progId;
-        EXPECT_TRUE(failed.reason.contains(c.reason)) << failed.reason.toStdString();
+    for (const auto& [progId, script, failure, reason] : cases) {
+        S::SetScript("LoaderFailure", script);
+        const DataModuleLoader::Result failed = loader.Create(progId, { "LoaderFailure", "5" });
+        EXPECT_FALSE(failed || failed.object) << progId;
+        EXPECT_EQ(failed.failure, failure) << progId;
+        EXPECT_TRUE(failed.reason.contains(reason)) << failed.reason.toStdString();
     }
 }
 

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
 
 namespace S = TestModuleScript;
@@ -63,13 +65,7 @@ protected:
 TEST_F(ModuleBoxTest, BindDMIGivesItsCodeAndExactlyTheLinesOfEachFailure)
 {
     const QString check = "error checking datamodule - Object Sorano.TestModule returned %1 when executing self-check.";
-    const struct
-    {
-        const char* object;
-        QVariantMap script;
-        qint32 result;
-        QStringList lines;
-    } cases[] = {
+    const std::tuple<const char*, QVariantMap, qint32, QStringList> cases[] = {
         { "", {}, -1, {} },
         { "No.Such.Module", {}, -2,
             { "error binding datamodule - Error No module plug-in provides No.Such.Module (1) when binding dmi "
@@ -80,12 +76,12 @@ TEST_F(ModuleBoxTest, BindDMIGivesItsCodeAndExactlyTheLinesOfEachFailure)
                 check.arg(-3) } },
         { "Sorano.TestModule", {}, 0, {} },
     };
-    for (const auto& c : cases) {
+    for (const auto& [object, script, result, lines] : cases) {
         LogCapture log(roots);
-        auto box = Box("Bind", c.script, c.object);
-        EXPECT_EQ(box->BindDMI(), c.result) << c.object;
-        EXPECT_EQ(box->DataModule() != nullptr, c.result == 0) << c.object;
-        EXPECT_EQ(log.From("ModuleBox.BindDMI"), c.lines) << log.Dump();
+        auto box = Box("Bind", script, object);
+        EXPECT_EQ(box->BindDMI(), result) << object;
+        EXPECT_EQ(box->DataModule() != nullptr, result == 0) << object;
+        EXPECT_EQ(log.From("ModuleBox.BindDMI"), lines) << log.Dump();
     }
 }
 
@@ -161,15 +157,8 @@ TEST_F(ModuleBoxTest, ListResultCodesFollowTheFailingStep)
                              "(Sorano.TestModule).";
     const QString structure = "error getting structure - Error %1 when getting channelstructure from module %2 "
                               "(Sorano.TestModule).";
-    const struct
-    {
-        const char* name;
-        QVariantMap script;
-        bool withTree;
-        qint32 code;
-        int structureCalls;
-        QStringList lines;
-    } cases[] = {
+    // Name, script, whether a tree is given, result, calls of GetChannelStructure, log lines.
+    const std::tuple<const char*, QVariantMap, bool, qint32, int, QStringList> cases[] = {
         { "OverviewThrows", { { S::Throws, QStringList { "GetChannelOverview" } } }, true, -2, 0,
             { overview.arg(0).arg("OverviewThrows") } },
         { "StructureFails", { { S::StructureStatus, 4 } }, true, -3, 1, { structure.arg(4).arg("StructureFails") } },
@@ -177,14 +166,14 @@ TEST_F(ModuleBoxTest, ListResultCodesFollowTheFailingStep)
         { "NoChannels", { { S::Overview, QStringList {} } }, true, 1, 0, {} },
         { "NoCategories", { { S::Categories, QStringList {} } }, true, 1, 1, {} },
     };
-    for (const auto& c : cases) {
+    for (const auto& [name, script, withTree, code, structureCalls, lines] : cases) {
         LogCapture log(roots);
-        auto box = Bound(c.name, c.script);
+        auto box = Bound(name, script);
         QTreeWidget tree;
-        EXPECT_EQ(box->GetChannelList(c.withTree ? &tree : nullptr), c.code) << c.name;
-        EXPECT_EQ(tree.topLevelItemCount(), 0) << c.name;
-        EXPECT_EQ(S::Calls(c.name, "GetChannelStructure"), c.structureCalls) << c.name;
-        EXPECT_EQ(log.From("ModuleBox.GetChannelList"), c.lines) << log.Dump();
+        EXPECT_EQ(box->GetChannelList(withTree ? &tree : nullptr), code) << name;
+        EXPECT_EQ(tree.topLevelItemCount(), 0) << name;
+        EXPECT_EQ(S::Calls(name, "GetChannelStructure"), structureCalls) << name;
+        EXPECT_EQ(log.From("ModuleBox.GetChannelList"), lines) << log.Dump();
     }
 }
 
@@ -241,13 +230,7 @@ TEST_F(ModuleBoxTest, FoldersOnlyAndMaxDepthLeaveNodesOut)
         { S::Channels, QStringList { "1001$Power$$1$0", "1002$Gone$$7$0" } } };
     const QVariantMap depth { { S::Categories, QStringList { "1$A$$0", "2$B$$1", "3$C$$2", "4$X\\Y$$0" } },
         { S::Channels, QStringList { "1001$Deep$$3$0", "1002$Top$$1$0" } } };
-    const struct
-    {
-        const QVariantMap& script;
-        bool foldersOnly;
-        int maxDepth;
-        QStringList nodes;
-    } cases[] = {
+    const std::tuple<const QVariantMap&, bool, int, QStringList> cases[] = {
         { folders, true, -1,
             { "DM_3", "  DM_3_1", "    DM_3_8", "    DM_3_CHAN_1001", "  DM_3_4", "  DM_3_5", "  DM_3_6" } },
         { folders, false, -1,
@@ -256,12 +239,12 @@ TEST_F(ModuleBoxTest, FoldersOnlyAndMaxDepthLeaveNodesOut)
         { depth, false, 2, { "DM_3", "  DM_3_1", "    DM_3_CHAN_1002" } },
         { depth, false, 1, { "DM_3" } },
     };
-    for (const auto& c : cases) {
-        auto box = Bound("Options", c.script);
+    for (const auto& [script, foldersOnly, maxDepth, nodes] : cases) {
+        auto box = Bound("Options", script);
         QTreeWidget tree;
         AddModuleRoot(tree, *box);
-        EXPECT_EQ(box->GetChannelList(&tree, box->GetModuleKey(), true, c.maxDepth, c.foldersOnly), 1);
-        EXPECT_EQ(Nodes(tree), c.nodes) << "foldersOnly " << c.foldersOnly << " maxDepth " << c.maxDepth;
+        EXPECT_EQ(box->GetChannelList(&tree, box->GetModuleKey(), true, maxDepth, foldersOnly), 1);
+        EXPECT_EQ(Nodes(tree), nodes) << "foldersOnly " << foldersOnly << " maxDepth " << maxDepth;
     }
 }
 
@@ -279,15 +262,11 @@ TEST_F(ModuleBoxTest, PathIdsLeadFromChannelsToPathsAndBackWhenTheStructureCanBe
         = { { 7, "4\\12\\7" }, { 8, "4\\12\\7\\3" }, { 10, "" }, { 12, "7" }, { 99, "" } };
     for (const auto& [channelId, path] : paths)
         EXPECT_EQ(box->GetPathFromID(channelId), path) << channelId;
-    const struct
-    {
-        qint32 categoryId;
-        const char* path;
-        qint32 id;
-    } ids[] = { { 1, "12\\7", 7 }, { 1, "12\\7\\3", 8 }, { 1, "7", 7 }, { 2, "7\\3", 8 }, { 1, "12", -3 },
-        { 1, "", -3 }, { 1, "12\\99", 0 }, { 77, "12", -2 }, { 6, "7", 12 }, { 1, "12\\07", 7 } };
-    for (const auto& i : ids)
-        EXPECT_EQ(box->GetIDFromPath(i.categoryId, i.path), i.id) << i.categoryId << " " << i.path;
+    const std::tuple<qint32, const char*, qint32> ids[]
+        = { { 1, "12\\7", 7 }, { 1, "12\\7\\3", 8 }, { 1, "7", 7 }, { 2, "7\\3", 8 }, { 1, "12", -3 }, { 1, "", -3 },
+              { 1, "12\\99", 0 }, { 77, "12", -2 }, { 6, "7", 12 }, { 1, "12\\07", 7 } };
+    for (const auto& [categoryId, path, id] : ids)
+        EXPECT_EQ(box->GetIDFromPath(categoryId, path), id) << categoryId << " " << path;
     EXPECT_EQ(S::Calls("Structure", "GetChannelStructure"), 1) << "built once, on the first question";
 
     EXPECT_FALSE(box->StructureRoot().IsNull());
@@ -308,23 +287,14 @@ TEST_F(ModuleBoxTest, PathIdsLeadFromChannelsToPathsAndBackWhenTheStructureCanBe
 
 TEST(GetDataText, GivesTheResolutionAndTheReasonOfAFailureWhichMayHoldSemicolons)
 {
-    const struct
-    {
-        const char* text;
-        double resolution;
-        QString error;
-    } cases[] = {
-        { "CSV;900", 900, "" },
-        { "X;0;a;b; c", 0, "a;b; c" },
-        { "X;15;", 15, "" },
-        { "X", 0, "" },
-    };
-    for (const auto& c : cases) {
+    const std::tuple<const char*, double, QString> cases[]
+        = { { "CSV;900", 900, "" }, { "X;0;a;b; c", 0, "a;b; c" }, { "X;15;", 15, "" }, { "X", 0, "" } };
+    for (const auto& [text, resolution, error] : cases) {
         ChannelCollection channels;
         channels.Add(std::make_shared<DataMatrix>(), "1");
-        channels.AddText(c.text);
-        EXPECT_EQ(GetDataResolution(channels), c.resolution) << c.text;
-        EXPECT_EQ(GetDataError(channels), c.error) << c.text;
+        channels.AddText(text);
+        EXPECT_EQ(GetDataResolution(channels), resolution) << text;
+        EXPECT_EQ(GetDataError(channels), error) << text;
     }
     // Only the last item counts, and only when it is a text.
     ChannelCollection channels;

@@ -108,12 +108,14 @@ TEST_F(SqliteDataModuleTest, WindowsAndPeriodsComeFromTheSamplesOrLeaveTheDatesU
 
 TEST_F(SqliteDataModuleTest, GetDataGivesEveryListedChannelANewBlockAndTheFinestResolution)
 {
-    // Channels the database does not know get empty blocks and give no resolution.
+    // Ids that name no channel get empty blocks, give no resolution and no log line. A channel is
+    // read by its logger's id and by its row id alike, each under the key it was asked by.
     const std::tuple<QStringList, std::vector<qsizetype>, QString> cases[] = {
         { { "301" }, { PowerSamples }, "SQLITE;900" },
         { { "302", "301", "303", "304" }, { CosPhiSamples, PowerSamples, 0, 0 }, "SQLITE;60" },
-        { { "999", "abc" }, { 0, 0 }, "SQLITE;0" },
+        { { "999", "abc", "#", "x#1", "30#", "30#1#1", "30#9", "31#1" }, { 0, 0, 0, 0, 0, 0, 0, 0 }, "SQLITE;0" },
         { { "999", "301" }, { 0, PowerSamples }, "SQLITE;900" },
+        { { "30#1", "301", "30#2", "302" }, { PowerSamples, PowerSamples, CosPhiSamples, CosPhiSamples }, "SQLITE;60" },
     };
     for (const auto& [ids, rows, text] : cases) {
         SCOPED_TRACE(ids.join(';').toStdString());
@@ -123,6 +125,10 @@ TEST_F(SqliteDataModuleTest, GetDataGivesEveryListedChannelANewBlockAndTheFinest
         EXPECT_EQ(BlockRows(data), rows);
         EXPECT_EQ(data.Text(ids.size()), text);
     }
+    EXPECT_EQ(handler.lines.size(), 0u);
+    const ChannelCollection twice = Read(*module, { "30#1", "301", "30#2", "302" }, Day - 1, Day + 1);
+    EXPECT_EQ(SamplesOf(twice, 0), SamplesOf(twice, 1));
+    EXPECT_EQ(SamplesOf(twice, 2), SamplesOf(twice, 3));
     // Power factors come as stored, signed.
     Samples cosPhi;
     for (int k = 0; k < CosPhiSamples; ++k)
@@ -144,22 +150,6 @@ TEST_F(SqliteDataModuleTest, GetDataGivesEveryListedChannelANewBlockAndTheFinest
     EXPECT_EQ(status, 1);
     EXPECT_EQ(BlockRows(channels), std::vector<qsizetype> { 0 });
     EXPECT_EQ(channels.Text(1), "SQLITE;900");
-}
-
-TEST_F(SqliteDataModuleTest, ChannelIdsNameTheLoggerAndOldRowIdsStillRead)
-{
-    // By the new id and by the row id alike, each under the key it was asked by; the resolution
-    // of 302 is found through either. Ids that name no channel get empty blocks and no log line.
-    const QStringList ids { "30#1", "301", "30#2", "302", "#", "x#1", "30#", "30#1#1", "30#9", "31#1" };
-    qint32 status = 0;
-    const ChannelCollection data = Read(*module, ids, Day - 1, Day + 1, &status);
-    EXPECT_EQ(status, 1);
-    EXPECT_EQ(BlockRows(data),
-        (std::vector<qsizetype> { PowerSamples, PowerSamples, CosPhiSamples, CosPhiSamples, 0, 0, 0, 0, 0, 0 }));
-    EXPECT_EQ(SamplesOf(data, 0), SamplesOf(data, 1));
-    EXPECT_EQ(SamplesOf(data, 2), SamplesOf(data, 3));
-    EXPECT_EQ(data.Text(ids.size()), "SQLITE;60");
-    EXPECT_EQ(handler.lines.size(), 0u);
 }
 
 TEST_F(SqliteDataModuleTest, ChannelNumbersAreUniqueWithinALoggerAndExchangingTheLoggerGivesItsChannel)
