@@ -26,12 +26,12 @@
 namespace {
 
 // Pages with a filled black rectangle from (2000, 3000) to (6000, 5000) twips on each.
-std::shared_ptr<ReportDocument> Document(int pages, bool landscape = false)
+std::shared_ptr<ReportDocument> Document(int pages)
 {
     auto document = std::make_shared<ReportDocument>();
     document->SetTitle(QStringLiteral("Lastgang"));
     for (int i = 0; i < pages; ++i) {
-        ReportPage& page = document->AddPage(landscape);
+        ReportPage& page = document->AddPage(false);
         page.SetFillStyle(1);
         page.SetPenColor(Qt::black);
         page.DrawRect(2000, 3000, 4000, 2000);
@@ -70,7 +70,7 @@ protected:
     std::unique_ptr<frm_Preview> m_preview;
 };
 
-TEST_F(PreviewTest, TurnsPagesWithinTheDocument)
+TEST_F(PreviewTest, KeysButtonsAndTheWheelTurnPagesWithinTheDocument)
 {
     frm_Preview& preview = *m_preview;
     preview.SetReport(Document(3));
@@ -97,18 +97,9 @@ TEST_F(PreviewTest, TurnsPagesWithinTheDocument)
     preview.txt_Page()->setValue(3);
     EXPECT_EQ(preview.CurrentPage(), 2);
 
-    preview.SetReport(Document(2));
-    EXPECT_EQ(preview.CurrentPage(), 0);
-    preview.SetReport(Document(0));
-    EXPECT_FALSE(preview.tlb_Next()->isEnabled());
-    EXPECT_FALSE(preview.tlb_Print()->isEnabled());
-}
-
-TEST_F(PreviewTest, WheelTurnsThePageOnlyAtItsEnd)
-{
-    frm_Preview& preview = *m_preview;
-    preview.SetReport(Document(3));
-    // In page width the portrait page is taller than the window: the wheel scrolls first.
+    // In page width the portrait page is taller than the window: the wheel scrolls first and
+    // turns the page only at its end.
+    preview.ShowPage(0);
     Zoom(frm_Preview::ZoomPageWidth);
     QScrollBar* bar = preview.pic_Page()->verticalScrollBar();
     ASSERT_GT(bar->maximum(), 0);
@@ -122,9 +113,15 @@ TEST_F(PreviewTest, WheelTurnsThePageOnlyAtItsEnd)
     Wheel(preview, 120);
     EXPECT_EQ(preview.CurrentPage(), 0);
     EXPECT_EQ(bar->value(), bar->maximum());
+
+    preview.SetReport(Document(2));
+    EXPECT_EQ(preview.CurrentPage(), 0);
+    preview.SetReport(Document(0));
+    EXPECT_FALSE(preview.tlb_Next()->isEnabled());
+    EXPECT_FALSE(preview.tlb_Print()->isEnabled());
 }
 
-TEST_F(PreviewTest, ZoomModesFitTheViewport)
+TEST_F(PreviewTest, ZoomModesFitTheViewportAndDrawTheSheet)
 {
     frm_Preview& preview = *m_preview;
     auto document = Document(2);
@@ -149,6 +146,16 @@ TEST_F(PreviewTest, ZoomModesFitTheViewport)
     EXPECT_TRUE(QRect(QPoint(), Viewport()).contains(sheet));
     EXPECT_GT(sheet.height(), Viewport().height() - 40);
     EXPECT_NEAR(double(sheet.width()) / sheet.height(), double(A4ShortTwips) / A4LongTwips, 0.01);
+    // The page is drawn on a white sheet on a grey ground.
+    const QImage image = preview.pic_Page()->viewport()->grab().toImage();
+    const auto gray = [&](double x, double y) {
+        return qGray(
+            image.pixel(qRound(sheet.left() + x * preview.Scale()), qRound(sheet.top() + y * preview.Scale())));
+    };
+    EXPECT_LT(gray(4000, 4000), 40); // inside the black rectangle
+    EXPECT_GT(gray(1000, 4000), 245); // left of it
+    EXPECT_GT(qGray(image.pixel(2, 2)), 60);
+    EXPECT_LT(qGray(image.pixel(2, 2)), 200);
 
     // 100 %: 210 mm at the screen's resolution.
     Zoom(5);
@@ -174,43 +181,33 @@ TEST_F(PreviewTest, ZoomModesFitTheViewport)
     EXPECT_GT(right, Viewport().width() - 30.0);
 }
 
-TEST_F(PreviewTest, ZoomIsStoredOnClosingAndUsedAtStart)
+TEST_F(PreviewTest, ClosingReleasesTheDocumentAndStoresTheZoomForTheNextStart)
 {
     m_settings.SetMachine(Settings::KeyMainWin, QStringLiteral("prevzoom"), QStringLiteral("2"));
-    {
-        frm_Preview preview;
-        EXPECT_EQ(preview.cbo_Zoom()->currentIndex(), frm_Preview::ZoomWholePage);
-        preview.cbo_Zoom()->setCurrentIndex(6);
-        emit preview.cbo_Zoom()->activated(6);
-        preview.close();
-    }
-    EXPECT_EQ(Settings::StoredValue(Settings::Id::PreviewZoom), QStringLiteral("6"));
-    frm_Preview again;
-    EXPECT_EQ(again.ZoomIndex(), 6);
-
+    EXPECT_EQ(frm_Preview().cbo_Zoom()->currentIndex(), frm_Preview::ZoomWholePage);
     // A value past the list does not select a missing entry.
     m_settings.SetMachine(Settings::KeyMainWin, QStringLiteral("prevzoom"), QStringLiteral("42"));
     frm_Preview broken;
     EXPECT_GE(broken.cbo_Zoom()->currentIndex(), 0);
     EXPECT_EQ(broken.cbo_Zoom()->currentIndex(), broken.ZoomIndex());
-}
 
-TEST_F(PreviewTest, ClosingReleasesTheDocument)
-{
     frm_Preview& preview = *m_preview;
     int help = 0;
     preview.SetHelpHandler([&help](int context) { help = context; });
     QTest::keyClick(preview.pic_Page(), Qt::Key_F1);
     EXPECT_EQ(help, frm_Preview::HelpContext);
-
     auto document = Document(2);
     const std::weak_ptr<ReportDocument> watch = document;
     preview.SetReport(std::move(document));
+    preview.cbo_Zoom()->setCurrentIndex(6);
+    emit preview.cbo_Zoom()->activated(6);
     QSignalSpy released(&preview, &frm_Preview::ReportReleased);
     preview.tlb_Close()->trigger();
     EXPECT_FALSE(preview.isVisible());
     EXPECT_EQ(released.count(), 1);
     EXPECT_TRUE(watch.expired());
+    EXPECT_EQ(Settings::StoredValue(Settings::Id::PreviewZoom), QStringLiteral("6"));
+    EXPECT_EQ(frm_Preview().ZoomIndex(), 6);
 }
 
 TEST_F(PreviewTest, FindWalksThroughTheTextsOfAllPages)
@@ -294,24 +291,6 @@ TEST_F(PreviewTest, FindWalksThroughTheTextsOfAllPages)
     EXPECT_TRUE(preview.Find());
     preview.SetReport(document);
     expectHit(0, QRectF());
-}
-
-TEST_F(PreviewTest, DrawsThePageOnAWhiteSheet)
-{
-    frm_Preview& preview = *m_preview;
-    preview.SetReport(Document(1));
-    Zoom(frm_Preview::ZoomWholePage);
-    const QImage image = preview.pic_Page()->viewport()->grab().toImage();
-    const QRect sheet = preview.SheetRect();
-    const double scale = preview.Scale();
-    const auto at = [&](double x, double y) {
-        return qGray(image.pixel(qRound(sheet.left() + x * scale), qRound(sheet.top() + y * scale)));
-    };
-    EXPECT_LT(at(4000, 4000), 40); // inside the black rectangle
-    EXPECT_GT(at(1000, 4000), 245); // left of the rectangle
-    const int grey = qGray(image.pixel(2, 2)); // around the sheet
-    EXPECT_GT(grey, 60);
-    EXPECT_LT(grey, 200);
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 
 #include "QtPrinters.h"
 
+#include <QRegularExpression>
+
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -23,26 +25,10 @@ public:
     }
 };
 
-struct DrawnText
+// Numbers to a hundredth of a twip.
+QString N(double value)
 {
-    QString text;
-    double left, top, width, height;
-    int align;
-    bool bold;
-};
-
-struct DrawnLine
-{
-    double x1, y1, x2, y2;
-    int style;
-    int width;
-    bool operator==(const DrawnLine&) const = default;
-};
-
-void PrintTo(const DrawnLine& line, std::ostream* out)
-{
-    *out << "(" << line.x1 << "," << line.y1 << ")-(" << line.x2 << "," << line.y2 << ") style " << line.style
-         << " width " << line.width;
+    return QString::number(value, 'f', 2);
 }
 
 class PrintResizeTableTest : public ::testing::Test
@@ -63,23 +49,33 @@ protected:
         return table;
     }
 
-    std::vector<DrawnText> Texts() const
+    // "text left,top width x height align bold"
+    QStringList Texts() const
     {
-        std::vector<DrawnText> texts;
+        QStringList texts;
         for (const ReportPage::Operation& op : page->Operations())
             if (op.kind == ReportPage::Operation::Text)
-                texts.push_back({ op.text, op.rect.left(), op.rect.top(), op.rect.width(), op.rect.height(),
-                    op.state.align, page->FontAt(op.state.font).bold() });
+                texts << QStringLiteral("%1 %2,%3 %4x%5 %6 %7")
+                             .arg(op.text, N(op.rect.left()), N(op.rect.top()), N(op.rect.width()), N(op.rect.height()))
+                             .arg(op.state.align)
+                             .arg(page->FontAt(op.state.font).bold() ? "bold" : "normal");
         return texts;
     }
-
-    std::vector<DrawnLine> Lines() const
+    // "x1,y1-x2,y2 style width"
+    QStringList Lines() const
     {
-        std::vector<DrawnLine> lines;
+        QStringList lines;
         for (const ReportPage::Operation& op : page->Operations())
             if (op.kind == ReportPage::Operation::Line)
-                lines.push_back({ op.rect.left(), op.rect.top(), op.rect.right(), op.rect.bottom(), op.state.penStyle,
-                    op.state.penWidth });
+                lines << QStringLiteral("%1,%2-%3,%4 %5 %6")
+                             .arg(op.rect.left())
+                             .arg(op.rect.top())
+                             .arg(op.rect.right())
+                             .arg(op.rect.bottom())
+                             .arg(op.state.penStyle == ReportPage::PenSolid    ? QStringLiteral("solid")
+                                     : op.state.penStyle == ReportPage::PenDot ? QStringLiteral("dot")
+                                                                               : QString::number(op.state.penStyle))
+                             .arg(op.state.penWidth);
         return lines;
     }
 
@@ -87,21 +83,6 @@ protected:
     ReportDocument document { metrics };
     ReportPage* page = &document.AddPage(false);
 };
-
-void ExpectTexts(const std::vector<DrawnText>& actual, const std::vector<DrawnText>& expected)
-{
-    ASSERT_EQ(actual.size(), expected.size());
-    for (std::size_t i = 0; i < actual.size(); ++i) {
-        SCOPED_TRACE(expected[i].text.toStdString());
-        EXPECT_EQ(actual[i].text, expected[i].text);
-        EXPECT_NEAR(actual[i].left, expected[i].left, 0.01);
-        EXPECT_NEAR(actual[i].top, expected[i].top, 0.01);
-        EXPECT_NEAR(actual[i].width, expected[i].width, 0.01);
-        EXPECT_NEAR(actual[i].height, expected[i].height, 0.01);
-        EXPECT_EQ(actual[i].align, expected[i].align);
-        EXPECT_EQ(actual[i].bold, expected[i].bold);
-    }
-}
 
 } // namespace
 
@@ -196,20 +177,20 @@ TEST_F(PrintResizeTableTest, TextsAreCutToTheirColumnsAndPlacedInTheirRows)
     ASSERT_EQ(table.Cols, 2);
     // Label column 593; columns 913 and 713.
     ASSERT_EQ(table.ColWidths(), (std::vector<float> { 913, 713 }));
-    ExpectTexts(Texts(),
-        {
-            { "R1", 1056.7, 2228, 240, 200, 0, true },
-            { "Row2", 1056.7, 2428, 480, -3828, 0, true },
+    EXPECT_EQ(Texts(),
+        (QStringList {
+            "R1 1056.70,2228.00 240.00x200.00 0 bold",
+            "Row2 1056.70,2428.00 480.00x-3828.00 0 bold",
             // 1440 is wider than 913: cut to 799.6, six letters, then the dot.
-            { "Wirkle.", 1649, 2056.7, 840, 200, 0, true },
-            { "cos", 2562, 2056.7, 360, 200, 0, true },
-            { "abcdefgh", 1649.7, 2228.35, 913, 200, 1, false },
-            { "12", 1649.7, 2428.35, 913, -3828, 2, false },
+            "Wirkle. 1649.00,2056.70 840.00x200.00 0 bold",
+            "cos 2562.00,2056.70 360.00x200.00 0 bold",
+            "abcdefgh 1649.70,2228.35 913.00x200.00 1 normal",
+            "12 1649.70,2428.35 913.00x-3828.00 2 normal",
             // An unknown alignment keeps the one before.
-            { "xyzxyz", 2562.7, 2228.35, 713, 200, 2, false },
+            "xyzxyz 2562.70,2228.35 713.00x200.00 2 normal",
             // Cut to the column's full width, without a dot.
-            { "abcdefghi", 1649.7, 2028.35, 913, 200, 0, false },
-        });
+            "abcdefghi 1649.70,2028.35 913.00x200.00 0 normal",
+        }));
 }
 
 // No row labels: label column 113, columns 513 and 313, the table 939 wide and 800 high.
@@ -230,26 +211,14 @@ TEST_F(PrintResizeTableTest, GridFramesTheTableAndRulesRowsAndColumns)
     EXPECT_EQ(ops.front().kind, ReportPage::Operation::Rect);
     EXPECT_EQ(ops.front().rect, QRectF(1000, 2000, 939, 800));
     EXPECT_EQ(ops.front().state.penWidth, 2);
-    const int solid = ReportPage::PenSolid;
-    const int dot = ReportPage::PenDot;
     // The first dotted column rule lies on the solid one; none is drawn on the right edge.
     EXPECT_EQ(Lines(),
-        (std::vector<DrawnLine> {
-            { 1000, 2200, 1939, 2200, solid, 1 },
-            { 1000, 2400, 1939, 2400, dot, 1 },
-            { 1000, 2600, 1939, 2600, dot, 1 },
-            { 1113, 2000, 1113, 2800, solid, 1 },
-            { 1113, 2000, 1113, 2800, dot, 1 },
-            { 1626, 2000, 1626, 2800, dot, 1 },
-        }));
+        (QStringList { "1000,2200-1939,2200 solid 1", "1000,2400-1939,2400 dot 1", "1000,2600-1939,2600 dot 1",
+            "1113,2000-1113,2800 solid 1", "1113,2000-1113,2800 dot 1", "1626,2000-1626,2800 dot 1" }));
 
     // With two label columns the solid rule moves behind the first value column.
     page = &document.AddPage(false);
     make(2);
-    std::vector<DrawnLine> columnRules;
-    for (const DrawnLine& line : Lines())
-        if (line.x1 == line.x2)
-            columnRules.push_back(line);
-    EXPECT_EQ(columnRules,
-        (std::vector<DrawnLine> { { 1626, 2000, 1626, 2800, solid, 1 }, { 1626, 2000, 1626, 2800, dot, 1 } }));
+    EXPECT_EQ(Lines().filter(QRegularExpression("^(\\d+),\\d+-\\1,")),
+        (QStringList { "1626,2000-1626,2800 solid 1", "1626,2000-1626,2800 dot 1" }));
 }

@@ -117,11 +117,38 @@ protected:
     std::vector<int> helpContexts;
 };
 
-TEST_F(PrintReportTest, TicksFollowTheStoredFlagsRowByRowAndOkStoresThemInTheOrderOfTheRows)
+TEST_F(PrintReportTest, OkWantsATickStoresTheTicksInTheOrderOfTheRowsAndCancelStoresNothing)
 {
+    EXPECT_FALSE(Show(
+        [&](frm_PrintReport& dialog) {
+            const QStringList rows = Rows(dialog);
+            EXPECT_EQ(rows.size(), 5);
+            for (const QString& row : rows)
+                EXPECT_TRUE(row.endsWith(" 0")) << row.toStdString();
+            EXPECT_FALSE(Enabled(dialog, "cmd_OK"));
+            EXPECT_FALSE(Child<QGroupBox>(dialog, "fra_Multi")->isVisible());
+            Tick(dialog, 4, true);
+            EXPECT_TRUE(Enabled(dialog, "cmd_OK"));
+            Tick(dialog, 4, false);
+            EXPECT_FALSE(Enabled(dialog, "cmd_OK"));
+            Tick(dialog, 2, true);
+            QTest::keyClick(&dialog, Qt::Key_F1);
+            Click(dialog, "cmd_Cancel");
+        },
+        true));
+    EXPECT_EQ(helpContexts, std::vector<int>({ frm_PrintReport::HelpContext }));
+
+    EXPECT_FALSE(Show([&](frm_PrintReport& dialog) {
+        Tick(dialog, 0, true);
+        dialog.close();
+    }));
+    EXPECT_EQ(UserValue("Selection"), QString());
+    EXPECT_TRUE(reports.empty() && orientations.empty());
+
+    // The ticks follow the stored flags row by row, the user's before the machine's.
     settings.SetMachine(Settings::KeyReports, "Selection", "1;1;1;1;1;");
     settings.SetUser(Settings::KeyReports, "Selection", "0;1;1;0");
-    const bool ok = Show([&](frm_PrintReport& dialog) {
+    ASSERT_TRUE(Show([&](frm_PrintReport& dialog) {
         EXPECT_EQ(Rows(dialog),
             QStringList({ "Chart (Hochformat) 101 0", "Chart (Querformat) 201 1", "Quandel (Hochformat) 102 1",
                 "Table (Hochformat) 103 0", "Table (Querformat) 203 0" }));
@@ -145,43 +172,12 @@ TEST_F(PrintReportTest, TicksFollowTheStoredFlagsRowByRowAndOkStoresThemInTheOrd
                 "Quandel (Hochformat) 102 1", "Table (Querformat) 203 0" }));
         QTest::mouseClick(Child<QRadioButton>(dialog, "opt_All"), Qt::LeftButton);
         Click(dialog, "cmd_OK");
-    });
-    ASSERT_TRUE(ok);
+    }));
     EXPECT_EQ(UserValue("Selection"), "1;0;1;1;0;");
     EXPECT_EQ(reports, std::vector<ReportPtr>({ available.At(2), available.At(0), available.At(1) }));
     EXPECT_EQ(orientations, std::vector<qint32>({ 1, 2, 1 }));
     EXPECT_EQ(available.At(0)->Orientation(), 2);
     EXPECT_TRUE(allOpen);
-}
-
-TEST_F(PrintReportTest, OkWantsATickAndCancelClosingAndEscapeStoreNothing)
-{
-    const bool ok = Show(
-        [&](frm_PrintReport& dialog) {
-            const QStringList rows = Rows(dialog);
-            EXPECT_EQ(rows.size(), 5);
-            for (const QString& row : rows)
-                EXPECT_TRUE(row.endsWith(" 0")) << row.toStdString();
-            EXPECT_FALSE(Enabled(dialog, "cmd_OK"));
-            EXPECT_FALSE(Child<QGroupBox>(dialog, "fra_Multi")->isVisible());
-            Tick(dialog, 4, true);
-            EXPECT_TRUE(Enabled(dialog, "cmd_OK"));
-            Tick(dialog, 4, false);
-            EXPECT_FALSE(Enabled(dialog, "cmd_OK"));
-            Tick(dialog, 2, true);
-            QTest::keyClick(&dialog, Qt::Key_F1);
-            Click(dialog, "cmd_Cancel");
-        },
-        true);
-    EXPECT_FALSE(ok);
-    EXPECT_EQ(helpContexts, std::vector<int>({ frm_PrintReport::HelpContext }));
-
-    EXPECT_FALSE(Show([&](frm_PrintReport& dialog) {
-        Tick(dialog, 0, true);
-        dialog.close();
-    }));
-    EXPECT_EQ(UserValue("Selection"), QString());
-    EXPECT_TRUE(reports.empty() && orientations.empty());
 }
 
 class PageSetupTest : public ::testing::Test
@@ -204,28 +200,25 @@ protected:
     TempSettings settings;
 };
 
-TEST_F(PageSetupTest, NothingStoredShowsTheDefaultsAndCancelStoresNothing)
+TEST_F(PageSetupTest, CancelStoresNothingAndOkStoresEveryBoxForTheUser)
 {
-    const bool ok = Show([](frm_PageSetup& dialog) {
+    // Nothing stored shows the defaults.
+    EXPECT_FALSE(Show([](frm_PageSetup& dialog) {
         EXPECT_EQ(Boxes(dialog), QStringList({ "25", "10", "15", "10", "15", "10" }));
         EXPECT_TRUE(Child<QCheckBox>(dialog, "chk_DrawLine")->isChecked());
         Child<QLineEdit>(dialog, "txt_Border0")->setText("40");
         Child<QCheckBox>(dialog, "chk_DrawLine")->setChecked(false);
         Click(dialog, "cmd_Cancel");
-    });
-    EXPECT_FALSE(ok);
+    }));
     for (const char* name : Names)
         EXPECT_EQ(UserValue(name), QString()) << name;
-}
 
-TEST_F(PageSetupTest, StoredValuesAreShownAsNumbersAndOkStoresEveryBoxForTheUser)
-{
     settings.SetUser(Settings::KeyReports, "Left", "30");
     settings.SetMachine(Settings::KeyReports, "Right", "12.5");
     settings.SetUser(Settings::KeyReports, "Top", "7mm");
     settings.SetUser(Settings::KeyReports, "DrawLine", "0");
     std::vector<int> helpContexts;
-    const bool ok = Show([&](frm_PageSetup& dialog) {
+    ASSERT_TRUE(Show([&](frm_PageSetup& dialog) {
         dialog.SetHelpHandler([&](int context) { helpContexts.push_back(context); });
         EXPECT_EQ(Boxes(dialog), QStringList({ "30", "12.5", "7", "10", "15", "10" }));
         EXPECT_FALSE(Child<QCheckBox>(dialog, "chk_DrawLine")->isChecked());
@@ -233,8 +226,7 @@ TEST_F(PageSetupTest, StoredValuesAreShownAsNumbersAndOkStoresEveryBoxForTheUser
         Child<QLineEdit>(dialog, "txt_Border5")->setText("8");
         QTest::keyClick(&dialog, Qt::Key_F1);
         Click(dialog, "cmd_OK");
-    });
-    ASSERT_TRUE(ok);
+    }));
     EXPECT_EQ(helpContexts, std::vector<int>({ frm_PageSetup::HelpContext }));
     QStringList stored;
     for (const char* name : Names)

@@ -47,17 +47,19 @@ private:
     int m_iLineHeight;
 };
 
-const Operation* FindText(const ReportPage& page, const QString& text)
+// The first operation of the page of the kind, and with the text or pen width when given.
+const Operation* Find(const ReportPage& page, Operation::Kind kind, const QString& text = {}, int penWidth = 0)
 {
     for (const Operation& operation : page.Operations())
-        if (operation.kind == Operation::Text && operation.text == text)
+        if (operation.kind == kind && (text.isEmpty() || operation.text == text)
+            && (!penWidth || operation.state.penWidth == penWidth))
             return &operation;
     return nullptr;
 }
 
-bool Bold(const ReportPage& page, const Operation& operation)
+const Operation* FindText(const ReportPage& page, const QString& text)
 {
-    return page.FontAt(operation.state.font).bold();
+    return Find(page, Operation::Text, text);
 }
 
 class ReportsTest : public measuring_fixture::MeasuringFixture
@@ -156,14 +158,11 @@ TEST_F(ReportsTest, TablePagesRepeatTwoRowsAndStopByTheRowCount)
             if (!c.timesPerPage.empty()) {
                 EXPECT_EQ(pages[p].size(), std::size_t(c.timesPerPage[p])) << p;
             }
-            if (p == 0)
-                EXPECT_EQ(pages[p].front(), 0);
-            else
-                EXPECT_EQ(pages[p].front(), pages[p - 1][pages[p - 1].size() - 2]) << p;
+            // Each page starts with the last two times of the page before.
+            EXPECT_EQ(pages[p].front(), p == 0 ? 0 : pages[p - 1][pages[p - 1].size() - 2]) << p;
         }
         // Every time row is printed, the last one on the last page.
-        if (c.rows > 0)
-            EXPECT_EQ(pages.back().back(), c.rows - 1);
+        EXPECT_EQ(pages.empty() ? -1 : pages.back().back(), c.rows - 1);
     }
 }
 
@@ -204,7 +203,7 @@ TEST_F(ReportsTest, TableCellsHeadAndFoot)
     EXPECT_EQ(count(formatter.FormatNumber(100.0, u"#,##0.00")), 8);
     const Operation* missing = FindText(page, GetResString(369));
     ASSERT_TRUE(missing);
-    EXPECT_FALSE(Bold(page, *missing));
+    EXPECT_FALSE(page.FontAt(missing->state.font).bold());
     const Operation* unit = FindText(page, "cos phi");
     ASSERT_TRUE(unit);
     EXPECT_EQ(unit->state.align, ReportPage::AlignRight);
@@ -241,7 +240,7 @@ TEST_F(ReportsTest, TableCellsHeadAndFoot)
 
 // --- chart reports
 
-TEST_F(ReportsTest, ChartReportLaysOutTextPictureAndLegend)
+TEST_F(ReportsTest, ChartReportsLayOutTextPictureAndLegend)
 {
     OpenDay();
     WholeMargins();
@@ -278,7 +277,7 @@ TEST_F(ReportsTest, ChartReportLaysOutTextPictureAndLegend)
             ASSERT_TRUE(operation);
             EXPECT_EQ(operation->rect.left(), x);
             EXPECT_EQ(operation->rect.top(), y);
-            EXPECT_EQ(Bold(page, *operation), bold);
+            EXPECT_EQ(page.FontAt(operation->state.font).bold(), bold);
         };
         at(GetResString(464), x0, top, true);
         at("Anlage", x1, top, false);
@@ -300,10 +299,7 @@ TEST_F(ReportsTest, ChartReportLaysOutTextPictureAndLegend)
 
         // The picture keeps its aspect: full width under the text in portrait, the right two
         // thirds from the top of the text block in landscape.
-        const Operation* picture = nullptr;
-        for (const Operation& operation : page.Operations())
-            if (operation.kind == Operation::Picture)
-                picture = &operation;
+        const Operation* picture = Find(page, Operation::Picture);
         ASSERT_TRUE(picture);
         const QSizeF size = picture->picture->boundingRect().size();
         ASSERT_FALSE(size.isEmpty());
@@ -319,13 +315,20 @@ TEST_F(ReportsTest, ChartReportLaysOutTextPictureAndLegend)
         at("Power [kW]", x1 + 175, legend, false);
         at("Power factor [cos phi]", x1 + 175, legend + 200, false);
         at("Reserve [kW]", x1 + 175, legend + 400, false);
-        const Operation* mark = nullptr;
-        for (const Operation& operation : page.Operations())
-            if (operation.kind == Operation::Line && operation.state.penWidth == 3 && !mark)
-                mark = &operation;
+        const Operation* mark = Find(page, Operation::Line, {}, 3);
         ASSERT_TRUE(mark);
         EXPECT_EQ(mark->rect, QRectF(QPointF(x1, legend + 100), QPointF(x1 + 125, legend + 100)));
         EXPECT_EQ(QColor::fromRgb(mark->state.penColor), QColor(0, 0, 255));
+
+        // The full-page chart fills the room between head and foot under a one-line title.
+        ReportDocument full(metrics);
+        FullPageChartReport fullReport;
+        ASSERT_EQ(Run(fullReport, full, orientation), 0);
+        ASSERT_EQ(full.PageCount(), 1);
+        const Operation* fullPicture = Find(full.Page(0), Operation::Picture);
+        ASSERT_TRUE(fullPicture);
+        EXPECT_EQ(fullPicture->rect, QRectF(x0, top, width, page.Height() - 50 * TwipsPerMm));
+        EXPECT_TRUE(FindText(full.Page(0), GetResString(464) + " Anlage " + start + " - " + end));
     }
 }
 
@@ -365,31 +368,6 @@ TEST_F(ReportsTest, ChartReportEdgeCases)
     EXPECT_EQ(Run(report, grid, 1), 0);
     ASSERT_EQ(grid.PageCount(), 1);
     EXPECT_FALSE(FindText(grid.Page(0), GetResString(464)));
-}
-
-TEST_F(ReportsTest, FullPageChartFillsTheRoomBetweenHeadAndFoot)
-{
-    OpenDay();
-    WholeMargins();
-    const FixedMetrics metrics(200);
-    for (const qint32 orientation : { 1, 2 }) {
-        SCOPED_TRACE(orientation);
-        ReportDocument document(metrics);
-        FullPageChartReport report;
-        ASSERT_EQ(Run(report, document, orientation), 0);
-        ASSERT_EQ(document.PageCount(), 1);
-        const ReportPage& page = document.Page(0);
-        const Operation* picture = nullptr;
-        for (const Operation& operation : page.Operations())
-            if (operation.kind == Operation::Picture)
-                picture = &operation;
-        ASSERT_TRUE(picture);
-        EXPECT_EQ(picture->rect, QRectF(1134, 1701, page.Width() - 1134 - 567, page.Height() - 50 * TwipsPerMm));
-        const Formatter formatter;
-        EXPECT_TRUE(FindText(page,
-            GetResString(464) + " Anlage " + formatter.GeneralDate(measuring->StartDate()) + " - "
-                + formatter.GeneralDate(measuring->EndDate())));
-    }
 }
 
 // --- the list
