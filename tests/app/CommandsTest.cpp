@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The command surface on the demo views: the tool states with and without a view, what each
 // tool does to the active view, the drop-down lists, add-ins first, the recent files in the
-// file menu, the memory card and the close question.
+// file menu, the memory card, the close question, the file menu's exports and the end of the
+// program, also from inside a refresh.
 #include "AddIns.h"
 #include "AppPaths.h"
 #include "ChartAdapter.h"
 #include "DemoFixture.h"
 #include "DriveProbe.h"
 #include "Measuring.h"
-#include "Project.h"
-#include "RecentList.h"
+#include "MessageHandler.h"
 #include "ResStrings.h"
 #include "ToolRegistry.h"
 #include "frm_GraphicView.h"
@@ -17,28 +17,22 @@
 
 #include <QAbstractButton>
 #include <QAction>
-#include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
 #include <QFileDialog>
-#include <QLineEdit>
+#include <QGuiApplication>
+#include <QImage>
+#include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
-#include <QTest>
-#include <QTimer>
+#include <QMimeData>
+#include <QPicture>
 #include <QToolBar>
 
-#include <functional>
-
 namespace {
-
-QString ReadAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
 
 class CommandsTest : public DemoFixture
 {
@@ -65,30 +59,11 @@ protected:
         Settle();
         return view;
     }
-    // Answers the next modal windows as they come up: each step gets the window.
-    void Answer(std::vector<std::function<void(QWidget*)>> steps)
-    {
-        pending = std::move(steps);
-        probe.setInterval(20);
-        QObject::connect(&probe, &QTimer::timeout, [this] {
-            QWidget* modal = QApplication::activeModalWidget();
-            if (!modal || pending.empty() || modal == lastAnswered)
-                return;
-            lastAnswered = modal;
-            auto step = pending.front();
-            pending.erase(pending.begin());
-            step(modal);
-        });
-        probe.start();
-    }
 
     Project project;
-    QTimer probe;
-    std::vector<std::function<void(QWidget*)>> pending;
-    QPointer<QWidget> lastAnswered;
 };
 
-TEST_F(CommandsTest, WithoutAViewOnlyNewOpenExitAndTheAlwaysOnMenusAreUsable)
+TEST_F(CommandsTest, ToolStatesFollowTheViewAndItsMode)
 {
     for (const char* name : { "mnuFileNew", "mnuFileOpen", "mnuExit", "mnuExtrasConfig", "mnuExtrasProfiles",
              "mnuExtrasOptions", "mnuHelpApp", "mnuHelpAbout", "mnuFilePageSetup" })
@@ -97,15 +72,11 @@ TEST_F(CommandsTest, WithoutAViewOnlyNewOpenExitAndTheAlwaysOnMenusAreUsable)
              "mnuEditCut", "mnuEditCopy", "mnuEditChannel", "mnuEditCurve", "mnuEditDeleteAllCursors", "mnuViewDay",
              "mnuViewAll", "mnuViewZoomIn", "mnuViewStatistic", "mnuViewGrid", "mnuWindowHoriz", "mnuWindowArrange" })
         EXPECT_FALSE(On(name)) << name;
-    EXPECT_FALSE(Bar().Combo("mnuViewResolution")->isEnabled());
-    EXPECT_FALSE(Bar().Combo("mnuViewGallery")->isEnabled());
+    EXPECT_FALSE(Bar().Combo("mnuViewResolution")->isEnabled() || Bar().Combo("mnuViewGallery")->isEnabled());
     EXPECT_TRUE(Checked("mnuViewChart"));
     EXPECT_FALSE(Checked("mnuViewZoomIn") || Checked("mnuViewGrid") || Checked("mnuViewStatistic"));
     EXPECT_EQ(Tool("mnuEditCopy")->text(), GetResString(218));
-}
 
-TEST_F(CommandsTest, AViewSwitchesItsToolsByModeAndKeepsTheThreeThatOnlyNoViewSwitchesOff)
-{
     Measuring* view = OpenMain();
     ASSERT_TRUE(view && view->CurrentCurve());
     for (const char* name : { "mnuFileClose", "mnuFileSaveAs", "mnuFileExport", "mnuFilePrint", "mnuEditChannel",
@@ -141,10 +112,10 @@ TEST_F(CommandsTest, AViewSwitchesItsToolsByModeAndKeepsTheThreeThatOnlyNoViewSw
     EXPECT_FALSE(On("mnuEditCurve"));
 }
 
-TEST_F(CommandsTest, ViewToolsActOnTheActiveView)
+TEST_F(CommandsTest, ViewToolsAndDropDownListsActOnTheActiveView)
 {
     Measuring* view = OpenMain();
-    ASSERT_TRUE(view);
+    ASSERT_TRUE(view && view->CurrentCurve());
     GraphProperties& graph = view->Graph();
     const auto days = [&] { return view->EndDate() - view->StartDate(); };
 
@@ -209,12 +180,7 @@ TEST_F(CommandsTest, ViewToolsActOnTheActiveView)
     QApplication::clipboard()->clear();
     Tool("mnuEditCopyAll")->trigger();
     EXPECT_TRUE(QApplication::clipboard()->text().contains('\t')) << "the data set as text";
-}
 
-TEST_F(CommandsTest, CursorsAndDropDownListsOfTheToolbar)
-{
-    Measuring* view = OpenMain();
-    ASSERT_TRUE(view && view->CurrentCurve());
     Curve& current = *view->CurrentCurve();
     current.SetCursor(10, view->Chart(), &view->Chart()->Annotations(), 0);
     current.SetCursor(40, view->Chart(), &view->Chart()->Annotations(), 0);
@@ -227,18 +193,33 @@ TEST_F(CommandsTest, CursorsAndDropDownListsOfTheToolbar)
     QComboBox* resolution = Bar().Combo("mnuViewResolution");
     resolution->setCurrentIndex(3);
     emit resolution->activated(3);
-    EXPECT_EQ(view->IntervalUnit(), "h");
-    EXPECT_EQ(view->IntervalCount(), 1);
+    EXPECT_TRUE(view->IntervalUnit() == "h" && view->IntervalCount() == 1);
     ASSERT_TRUE(view->FirstBlock());
     EXPECT_NEAR(view->FirstBlock()->At(1, 0) - view->FirstBlock()->At(0, 0), 1.0 / 24, 1e-9);
-
     QComboBox* gallery = Bar().Combo("mnuViewGallery");
     gallery->setCurrentIndex(gallery->findData(8));
     emit gallery->activated(gallery->currentIndex());
     EXPECT_EQ(view->Graph().Gallery, 8);
 }
 
-TEST_F(CommandsTest, EditToolsOpenTheActiveViewsDialogs)
+// Records the clicks it sees with the view's 3D state at that moment.
+class RecordingAddIn : public AddInInterface
+{
+public:
+    explicit RecordingAddIn(std::function<QString()> state)
+        : m_state(std::move(state))
+    { }
+    qint32 Init(AddInHost&) override { return 0; }
+    void ToolClick(const QString& tool) override { seen << tool + ":" + m_state(); }
+    void ToolComboClose(const QString&) override { }
+    void Terminate() override { }
+    inline static QStringList seen;
+
+private:
+    std::function<QString()> m_state;
+};
+
+TEST_F(CommandsTest, EditToolsOpenTheViewsDialogsAndAnAddInSeesAClickBeforeTheProgramActs)
 {
     QStringList shown;
     Measuring::SetDialogs(
@@ -251,48 +232,10 @@ TEST_F(CommandsTest, EditToolsOpenTheActiveViewsDialogs)
     ASSERT_TRUE(view && view->CurrentCurve());
     for (const char* name : { "mnuEditChannel", "mnuEditMeasuring", "mnuEditCurve" })
         Tool(name)->trigger();
+    Measuring::SetDialogs({});
     EXPECT_EQ(shown, QStringList({ "curves", "properties", view->CurrentCurve()->Name() }));
     EXPECT_TRUE(messages.contains("SORANO_MEASURING_EDIT:" + view->ID())) << "a changed view is announced";
-    Measuring::SetDialogs({});
-}
 
-TEST_F(CommandsTest, TheShippedProfilesLoadAndNameChannelsOfTheDemoLoggers)
-{
-    roots.SetMachine(KeySettings, "Profiles", Examples + "/Profiles.dat");
-    project.LoadProfiles();
-    ASSERT_EQ(project.Profiles().Count(), 2);
-    QStringList demoChannels;
-    ASSERT_EQ(project.DataModules().At(0)->GetChannelList(nullptr), 1);
-    for (const DataMatrixPtr& channel : project.DataModules().At(0)->Channels())
-        demoChannels << channel->ChannelName();
-    for (const ProfilePtr& profile : project.Profiles()) {
-        EXPECT_EQ(profile->DataSourceID, 1) << profile->Name.toStdString();
-        for (qint32 j = 1; j <= profile->ChannelCount(); ++j)
-            EXPECT_TRUE(demoChannels.contains(profile->ChannelName(j))) << profile->ChannelName(j).toStdString();
-    }
-}
-
-// Records the clicks it sees with the view's 3D state at that moment.
-class RecordingAddIn : public AddInInterface
-{
-public:
-    explicit RecordingAddIn(std::function<QString()> state)
-        : m_state(std::move(state))
-    { }
-    qint32 Init(AddInHost&) override { return 0; }
-    void ToolClick(const QString& tool) override { seen << tool + ":" + m_state(); }
-    void ToolComboClose(const QString& tool) override { seen << tool; }
-    void Terminate() override { }
-    inline static QStringList seen;
-
-private:
-    std::function<QString()> m_state;
-};
-
-TEST_F(CommandsTest, AnAddInSeesAClickBeforeTheProgramActs)
-{
-    Measuring* view = OpenMain();
-    ASSERT_TRUE(view);
     RecordingAddIn::seen.clear();
     project.AddInList().Add(
         std::make_unique<RecordingAddIn>([view] { return view->Graph().View3D ? QString("3D") : QString("flat"); }));
@@ -316,27 +259,27 @@ TEST_F(CommandsTest, RecentFilesShowNewestFirstKeepFiveAndComeBackAfterARestart)
                 shown << QFileInfo(p.ActiveBar()->Tool(name)->toolTip()).fileName();
         return shown;
     };
-    EXPECT_EQ(project.ActiveBar()->ToolsOf("mnuFile").mid(project.ActiveBar()->ToolsOf("mnuFile").size() - 2),
-        QStringList({ "mnuFileSep99", "mnuExit" }))
+    const QStringList fileMenu = Bar().ToolsOf("mnuFile");
+    EXPECT_EQ(fileMenu.mid(fileMenu.size() - 2), QStringList({ "mnuFileSep99", "mnuExit" }))
         << "with no recent file the menu still ends in the separator and Exit";
     for (const QString& name : names) {
         ASSERT_TRUE(project.OpenMeasuring(name, false));
         Settle();
     }
-    EXPECT_EQ(recentMenu(project), QStringList({ "f.sor", "e.sor", "d.sor", "c.sor", "b.sor" }));
-    EXPECT_EQ(project.ActiveBar()->ToolsOf("mnuFile").last(), "mnuExit");
-
+    const QStringList newest { "f.sor", "e.sor", "d.sor", "c.sor", "b.sor" };
+    EXPECT_EQ(recentMenu(project), newest);
+    EXPECT_EQ(Bar().ToolsOf("mnuFile").last(), "mnuExit");
     ASSERT_TRUE(project.OpenMeasuring(names[2], false)) << "open already: brought to the front";
     EXPECT_EQ(recentMenu(project).first(), "f.sor") << "an open file does not move in the list";
     // The toolbar arrangement is kept per user name; this user's file is the test's own.
     const QString user = "test-" + QFileInfo(out.path()).fileName();
     roots.SetUser("Identities\\", "Last Username", user);
-    project.ActiveBar()->ToolBar("tlbGraphic")->hide();
+    Bar().ToolBar("tlbGraphic")->hide();
     project.Terminate(true);
 
     Project restarted;
     ASSERT_EQ(restarted.Init(), 0);
-    EXPECT_EQ(recentMenu(restarted), QStringList({ "f.sor", "e.sor", "d.sor", "c.sor", "b.sor" }));
+    EXPECT_EQ(recentMenu(restarted), newest);
     EXPECT_TRUE(restarted.ActiveBar()->ToolBar("tlbGraphic")->isHidden()) << "the layout came back";
     EXPECT_FALSE(restarted.ActiveBar()->ToolBar("tlbMain")->isHidden());
     // The fifth entry opens the oldest file the menu shows.
@@ -368,11 +311,11 @@ TEST_F(CommandsTest, SavingOnTheLoggersMemoryCardIsRefusedAndTheDialogComesAgain
     ASSERT_TRUE(view);
     project.SetDriveProbe(std::make_unique<CardProbe>(out.filePath("card")));
     ASSERT_TRUE(QDir(out.path()).mkpath("card"));
+    // Typed as a user types it: the folder, then the name.
     const auto choose = [](const QString& path) {
         return [path](QWidget* modal) {
             auto* dialog = qobject_cast<QFileDialog*>(modal);
             ASSERT_TRUE(dialog);
-            // Typed as a user types it: the folder, then the name.
             dialog->setDirectory(QFileInfo(path).absolutePath());
             auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
             ASSERT_TRUE(name);
@@ -383,10 +326,8 @@ TEST_F(CommandsTest, SavingOnTheLoggersMemoryCardIsRefusedAndTheDialogComesAgain
     QString warning;
     Answer({ choose(out.filePath("card/view.sor")),
         [&](QWidget* modal) {
-            auto* box = qobject_cast<QMessageBox*>(modal);
-            ASSERT_TRUE(box);
-            warning = box->windowTitle();
-            box->accept();
+            warning = modal->windowTitle();
+            static_cast<QDialog*>(modal)->accept();
         },
         [](QWidget* modal) { static_cast<QDialog*>(modal)->reject(); } });
     EXPECT_FALSE(project.SaveMeasuring(true, view));
@@ -394,7 +335,6 @@ TEST_F(CommandsTest, SavingOnTheLoggersMemoryCardIsRefusedAndTheDialogComesAgain
     EXPECT_FALSE(QFile::exists(out.filePath("card/view.sor")));
     EXPECT_TRUE(pending.empty()) << "the dialog came again and was cancelled";
 
-    lastAnswered = nullptr;
     Answer({ choose(out.filePath("other.sor")) });
     EXPECT_TRUE(project.SaveMeasuring(true, view));
     EXPECT_TRUE(QFile::exists(out.filePath("other.sor"))) << view->FileName().toStdString();
@@ -412,22 +352,21 @@ TEST_F(CommandsTest, ClosingAChangedViewAsksOrNotAsTheSettingSays)
     };
     for (const Case& c : { Case { "1", QMessageBox::NoButton, true }, Case { "2", QMessageBox::Cancel, false },
              Case { "2", QMessageBox::No, true } }) {
+        SCOPED_TRACE(c.setting);
         roots.SetUser(KeySettings, "OnCloseMeasuring", c.setting);
         Measuring* view = OpenMain();
         ASSERT_TRUE(view);
         view->SetName("Geaendert");
-        bool asked = false;
-        lastAnswered = nullptr;
-        Answer({ [&](QWidget* modal) {
-            asked = true;
-            auto* box = qobject_cast<QMessageBox*>(modal);
-            ASSERT_TRUE(box);
-            box->button(c.answer == QMessageBox::NoButton ? QMessageBox::Cancel : c.answer)->click();
-        } });
-        EXPECT_EQ(project.CloseMeasuring(view), c.closed) << c.setting;
-        EXPECT_EQ(asked, c.answer != QMessageBox::NoButton) << c.setting;
-        probe.stop();
-        QObject::disconnect(&probe, nullptr, nullptr, nullptr);
+        if (c.answer != QMessageBox::NoButton)
+            Answer({ [&](QWidget* modal) {
+                auto* box = qobject_cast<QMessageBox*>(modal);
+                ASSERT_TRUE(box);
+                box->button(c.answer)->click();
+            } });
+        else
+            Answer({});
+        EXPECT_EQ(project.CloseMeasuring(view), c.closed);
+        EXPECT_TRUE(pending.empty()) << "asked";
         if (!c.closed) {
             roots.SetUser(KeySettings, "OnCloseMeasuring", "1");
             project.CloseMeasuring(view);
@@ -472,6 +411,140 @@ TEST_F(CommandsTest, WindowCommandsArrangeTheViewsInsideTheWorkspace)
             listed << action->text();
     ASSERT_EQ(listed.size(), 2);
     EXPECT_TRUE(listed[0].startsWith("&1 ") && listed[1].startsWith("&2 "));
+}
+
+TEST_F(CommandsTest, FileMenuOpensSavesExportsAndClosesViews)
+{
+    frm_Main& window = *project.MainWindow();
+    Measuring* view = OpenMain();
+    ASSERT_TRUE(view);
+    ASSERT_EQ(window.MdiArea()->subWindowList().size(), 1);
+    EXPECT_TRUE(window.MdiArea()->subWindowList().first()->isMaximized()) << "the first view fills the area";
+    EXPECT_EQ(project.GetActiveMeasuring(), view);
+    EXPECT_EQ(project.OpenMeasuring(out.filePath("main.sor"), false), view) << "a file is open once";
+    EXPECT_FALSE(project.OpenMeasuring(out.filePath("none.sor"), false));
+
+    // The chart on screen is pictured in its own size, each format with its signature.
+    ChartAdapter& chart = *view->Chart();
+    const QSize shown = chart.size();
+    const std::pair<const char*, QByteArray> formats[]
+        = { { "c.svg", "<?xml" }, { "c.png", "\x89PNG" }, { "c.bmp", "BM" }, { "c.pdf", "%PDF-" },
+              { "c.csv", "\"Zeitstempel\",\"cos phi\",\"Wirkleistung (kW)\"\r\n2025-03-10 00:00:00," } };
+    for (const auto& [name, start] : formats) {
+        ASSERT_EQ(view->ExportTo(out.filePath(name)), 0) << name;
+        const QByteArray bytes = ReadAll(out.filePath(name));
+        EXPECT_TRUE(bytes.startsWith(start)) << name << ": " << bytes.left(120).toStdString();
+    }
+    EXPECT_EQ(QImage(out.filePath("c.png")).size(), shown);
+    EXPECT_EQ(view->ExportTo(out.filePath("c.txt")), -3);
+    EXPECT_FALSE(QFile::exists(out.filePath("c.txt")));
+
+    view->ExportClipboard(false);
+    const QMimeData* clip = QGuiApplication::clipboard()->mimeData();
+    EXPECT_TRUE(clip && clip->hasImage() && clip->data("image/svg+xml").contains("<svg"));
+
+    // Report pictures: the page sizes by mode, the chart on screen as it was; none of a table.
+    QPicture picture;
+    ASSERT_EQ(view->GetDiagrammAsPicture(picture, 1), 0);
+    EXPECT_EQ(picture.boundingRect().size(), QSize(700, 987));
+    ASSERT_EQ(view->GetDiagrammAsPicture(picture, 2), 0);
+    EXPECT_EQ(picture.boundingRect().size(), QSize(987, 700));
+    EXPECT_EQ(chart.size(), shown);
+    view->SetViewMode(2);
+    EXPECT_EQ(view->GetDiagrammAsPicture(picture, 0), -1);
+
+    view->SetName("Umbenannt");
+    window.Tool("mnuFileSave")->trigger();
+    EXPECT_FALSE(view->Changed());
+    EXPECT_TRUE(ReadAll(out.filePath("main.sor")).contains("<name>Umbenannt</name>"));
+
+    // Closed by its own frame, the view goes and takes the frame with it.
+    ASSERT_TRUE(window.MdiArea()->currentSubWindow()->close());
+    EXPECT_TRUE(project.Measurings().empty());
+    Settle();
+    EXPECT_TRUE(window.MdiArea()->subWindowList().isEmpty());
+}
+
+TEST_F(CommandsTest, EndingSavesAndAsksEveryViewAndForceEndsRegardless)
+{
+    // Views are saved when closed; one of them lives in a folder that is gone by then.
+    roots.SetUser(KeySettings, "OnCloseMeasuring", "0");
+    ASSERT_TRUE(QDir(out.path()).mkpath("gone"));
+    ASSERT_TRUE(QFile::copy(Examples + "/Rechenzentrum-Tag.sor", out.filePath("gone/day.sor")));
+    Measuring* day = project.OpenMeasuring(out.filePath("gone/day.sor"), false);
+    Measuring* main = project.OpenMeasuring(out.filePath("main.sor"), false);
+    ASSERT_TRUE(day && main);
+    main->SetName("Gesichert");
+    ASSERT_TRUE(QDir(out.filePath("gone")).removeRecursively());
+
+    // The failed save is said in a message, asked once more when ending regardless.
+    QStringList messages;
+    const auto read = [&](QWidget* modal) {
+        auto* box = qobject_cast<QMessageBox*>(modal);
+        ASSERT_TRUE(box);
+        messages << box->text();
+        box->accept();
+    };
+    Answer({ read, read });
+
+    EXPECT_FALSE(project.Terminate(false)) << "the view that can't be saved refuses";
+    ASSERT_EQ(messages.size(), 1);
+    EXPECT_TRUE(messages.front().contains("day.sor")) << messages.front().toStdString();
+    ASSERT_EQ(project.Measurings().size(), 1u) << "the other view was asked and closed";
+    EXPECT_EQ(project.Measurings().front().get(), day);
+    EXPECT_TRUE(project.MainWindow()->isVisible()) << "the program goes on";
+    EXPECT_TRUE(ReadAll(out.filePath("main.sor")).contains("<name>Gesichert</name>"));
+
+    EXPECT_TRUE(project.Terminate(true));
+    EXPECT_EQ(messages.size(), 2) << "asked once more, then ended regardless";
+    EXPECT_TRUE(project.Measurings().empty());
+    EXPECT_FALSE(project.MainWindow()->isVisible());
+    EXPECT_TRUE(project.Terminate(false)) << "ended once";
+}
+
+// A view's refresh lets window events through: closing the view or the program from inside it
+// waits for its end, and the commands and the pointer say that it is busy.
+TEST_F(CommandsTest, ClosingTheViewAndTheProgramFromInsideARefreshWaitsForItsEnd)
+{
+    frm_Main& window = *project.MainWindow();
+    Measuring* view = OpenMain();
+    ASSERT_TRUE(view);
+    QMdiSubWindow* frame = window.MdiArea()->currentSubWindow();
+    ASSERT_TRUE(frame);
+    // The commands come back as they were after a refresh.
+    view->SetChanged(true);
+    view->Refresh(true);
+    EXPECT_TRUE(window.menuBar()->isEnabled() && window.Tool("mnuFileSave")->isEnabled());
+
+    // While the progress bar moves: close the frame, choose Close, close the main window.
+    bool busyMenus = false;
+    bool busyPointer = false;
+    bool closed = false;
+    QObject::connect(project.MsgHandler(), &MessageHandler::Message, [&](const QString& name, const QString&) {
+        if (name != QLatin1String("PROGRESS_UPDATE") || closed)
+            return;
+        closed = true;
+        busyMenus = !window.menuBar()->isEnabled() && !window.Tool("mnuFileClose")->isEnabled()
+            && !window.Tool("mnuFileOpen")->isEnabled() && !project.ActiveBar()->Combo("mnuViewResolution")->isEnabled()
+            && window.StatusLabel()->isEnabled();
+        busyPointer = QGuiApplication::overrideCursor() && QGuiApplication::overrideCursor()->shape() == Qt::WaitCursor;
+        view->SetChanged(false);
+        frame->close();
+        project.CloseMeasuring(view);
+        window.close();
+        Settle();
+    });
+    view->Refresh(true);
+    ASSERT_TRUE(closed);
+    EXPECT_TRUE(busyMenus);
+    EXPECT_TRUE(busyPointer);
+    ASSERT_EQ(project.Measurings().size(), 1u) << "the view outlives its own refresh";
+    EXPECT_TRUE(view->Chart() && view->Chart()->PointCount() > 0);
+
+    Settle();
+    EXPECT_TRUE(project.Measurings().empty()) << "closed once the refresh was over";
+    EXPECT_FALSE(window.isVisible()) << "and then the program ended";
+    EXPECT_FALSE(QGuiApplication::overrideCursor());
 }
 
 } // namespace

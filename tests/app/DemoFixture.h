@@ -1,20 +1,35 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Shared by the tests on the demo database: the SQLite module registered as "Demo" at address 1,
-// the log in the test's folder, a script engine, and a folder for what the test writes.
+// the log in the test's folder, a script engine, a folder for what the test writes, and helpers
+// to run the headless commands and to answer modal windows.
 #pragma once
 
+#include "CommandLine.h"
 #include "Globals.h"
 #include "MatrixScriptEngine.h"
+#include "Project.h"
 #include "TempSettings.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QDialog>
 #include <QFile>
 #include <QLineEdit>
+#include <QPointer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+inline QByteArray ReadAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 class DemoFixture : public ::testing::Test
 {
@@ -67,6 +82,47 @@ protected:
         error = QString::fromLocal8Bit(program.readAllStandardError());
         return finished && program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
     }
+    // The headless export or print of a command line in this process; its exit code.
+    int Headless(const QStringList& arguments, QString& error)
+    {
+        const CommandLine command = ParseCommandLine(arguments);
+        error = command.error;
+        if (!error.isEmpty())
+            return ExitCode::Usage;
+        Project project;
+        project.LoadDataModules();
+        return command.action == CommandLine::Action::Print ? RunPrint(command.job, project, error)
+                                                            : RunExport(command.job, project, error);
+    }
+    void ExportCsv(const QString& view, const QString& csv)
+    {
+        QString error;
+        ASSERT_EQ(Headless({ "--export-csv", csv, view }, error), ExitCode::Ok) << error.toStdString();
+    }
+    // Answers the modal windows as they come up, each with the next step; a window beyond the
+    // steps is a failure and is rejected, so that a test never hangs on it.
+    void Answer(std::vector<std::function<void(QWidget*)>> steps)
+    {
+        pending = std::move(steps);
+        lastAnswered = nullptr;
+        QObject::disconnect(&probe, nullptr, nullptr, nullptr);
+        QObject::connect(&probe, &QTimer::timeout, [this] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (!modal || modal == lastAnswered)
+                return;
+            lastAnswered = modal;
+            if (pending.empty()) {
+                ADD_FAILURE() << "unexpected window " << modal->objectName().toStdString();
+                if (auto* dialog = qobject_cast<QDialog*>(modal))
+                    dialog->reject();
+                return;
+            }
+            auto step = pending.front();
+            pending.erase(pending.begin());
+            step(modal);
+        });
+        probe.start(20);
+    }
     // Lets posted events and deferred deletes run.
     static void Settle()
     {
@@ -79,4 +135,7 @@ protected:
     TempSettings roots;
     QTemporaryDir out;
     MatrixScriptEngine engine;
+    QTimer probe;
+    std::vector<std::function<void(QWidget*)>> pending;
+    QPointer<QWidget> lastAnswered;
 };

@@ -2,14 +2,10 @@
 // "Datei > Neu" end to end on the demo database: the wizard driven with keys and clicks makes a
 // shown view that exports like a view file written by hand, a profile gives its channels and
 // looks, and a cancelled wizard leaves neither a view nor changed wizard settings.
-#include "ChannelTree.h"
-#include "CommandLine.h"
 #include "DateEdit.h"
 #include "DemoFixture.h"
 #include "Measuring.h"
-#include "MeasuringExport.h"
 #include "MessageHandler.h"
-#include "Project.h"
 #include "ResStrings.h"
 #include "Settings.h"
 #include "ToolRegistry.h"
@@ -18,31 +14,16 @@
 #include "frm_NewMeasuring.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QCheckBox>
-#include <QFile>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QPushButton>
-#include <QTest>
-#include <QTimer>
 #include <QTreeWidget>
-
-#include <gtest/gtest.h>
-
-#include <functional>
 
 namespace {
 
 using Settings::Id;
-
-QByteArray ReadAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 QStringList CurveNames(const Measuring& view)
 {
@@ -75,29 +56,20 @@ protected:
     // wizard to `drive` once it is up; the new view or none.
     Measuring* RunWizard(Project& project, const std::function<void(frm_NewMeasuring&)>& drive, bool byKey = false)
     {
-        bool ran = false;
-        QTimer probe;
-        probe.setInterval(10);
-        QObject::connect(&probe, &QTimer::timeout, [&] {
-            auto* wizard = qobject_cast<frm_NewMeasuring*>(QApplication::activeModalWidget());
-            if (!wizard || ran)
-                return;
-            ran = true;
-            probe.stop();
+        Answer({ [&](QWidget* modal) {
+            auto* wizard = qobject_cast<frm_NewMeasuring*>(modal);
+            ASSERT_TRUE(wizard);
             // Typed text is taken when the focus leaves a box: the wizard has to be the active window.
             wizard->activateWindow();
-            if (!QTest::qWaitForWindowActive(wizard)) {
+            if (QTest::qWaitForWindowActive(wizard))
+                drive(*wizard);
+            else
                 ADD_FAILURE() << "the wizard did not become the active window";
-                wizard->Cancel();
-                return;
-            }
-            drive(*wizard);
             if (wizard->isVisible()) {
                 ADD_FAILURE() << "the wizard was left open on page " << wizard->CurrentPage();
                 wizard->Cancel();
             }
-        });
-        probe.start();
+        } });
         const size_t before = project.Measurings().size();
         QAction* tool = project.ActiveBar()->Tool(QStringLiteral("mnuFileNew"));
         EXPECT_TRUE(tool && tool->isEnabled());
@@ -108,7 +80,7 @@ protected:
         } else if (tool) {
             tool->trigger();
         }
-        EXPECT_TRUE(ran) << "the wizard came up";
+        EXPECT_TRUE(pending.empty()) << "the wizard came up";
         Settle();
         return project.Measurings().size() > before ? project.Measurings().back().get() : nullptr;
     }
@@ -166,17 +138,6 @@ protected:
         return ids;
     }
 
-    // The headless table export of the view file `view` into `csv`.
-    void Export(const QString& view, const QString& csv)
-    {
-        const CommandLine command = ParseCommandLine({ "--export-csv", csv, view });
-        ASSERT_TRUE(command.error.isEmpty()) << command.error.toStdString();
-        Project project;
-        project.LoadDataModules();
-        QString error;
-        ASSERT_EQ(RunExport(command.job, project, error), ExitCode::Ok) << error.toStdString();
-    }
-
     QStringList messages;
 };
 
@@ -220,15 +181,13 @@ TEST_F(NewViewTest, AViewMadeWithTheWizardIsShownAnnouncedAndExportsLikeTheSameV
         EXPECT_EQ(view->Name(), "Halle A Juni");
         EXPECT_EQ(CurveNames(*view), QStringList({ "Wirkleistung", "cos phi" }));
         ASSERT_EQ(statistics.size(), 2);
+        // Statistic lines are shown in the chart, as chosen.
         for (const auto& curve : view->Curves())
-            for (const auto& statistic : curve->Statistics())
+            for (const auto& statistic : curve->Statistics()) {
                 EXPECT_EQ(statistic->Used(), statistics.contains(statistic->ID()))
                     << curve->Name().toStdString() << " statistic " << statistic->ID().toStdString();
-        for (const auto& curve : view->Curves())
-            for (const auto& statistic : curve->Statistics())
-                if (statistic->DisplayType() == Statistic::DisplayLine) {
-                    EXPECT_TRUE(statistic->Visible()) << "statistic lines are shown in the chart, as chosen";
-                }
+                EXPECT_TRUE(statistic->DisplayType() != Statistic::DisplayLine || statistic->Visible());
+            }
         EXPECT_EQ(Settings::StoredValue(Id::NewIndizes), "|" + statistics.join('|') + "|");
         EXPECT_EQ(Settings::StoredValue(Id::NewShowIndizes), "1");
 
@@ -263,8 +222,8 @@ TEST_F(NewViewTest, AViewMadeWithTheWizardIsShownAnnouncedAndExportsLikeTheSameV
 </sorano-measuring>
 )");
     }
-    Export(saved, out.filePath("wizard.csv"));
-    Export(hand, out.filePath("hand.csv"));
+    ExportCsv(saved, out.filePath("wizard.csv"));
+    ExportCsv(hand, out.filePath("hand.csv"));
     const QByteArray made = ReadAll(out.filePath("wizard.csv"));
     const QByteArray written = ReadAll(out.filePath("hand.csv"));
     EXPECT_TRUE(made.startsWith("\"Zeitstempel\",\"Wirkleistung (kW)\",\"cos phi\"\r\n2025-06-02 00:00:00,"))
@@ -329,6 +288,17 @@ TEST_F(NewViewTest, AProfileChosenInTheWizardGivesItsChannelsOfTheChosenLoggerWi
     EXPECT_EQ(view->Graph().Gallery, profile->GraphProperties.Gallery);
     EXPECT_TRUE(view->Graph().Legend) << "the profile's chart shows its legend";
     EXPECT_EQ(project.MainWindow()->MdiArea()->subWindowList().size(), 1);
+
+    // Both shipped profiles name channels of the demo loggers.
+    QStringList demoChannels;
+    ASSERT_EQ(project.DataModules().At(0)->GetChannelList(nullptr), 1);
+    for (const DataMatrixPtr& channel : project.DataModules().At(0)->Channels())
+        demoChannels << channel->ChannelName();
+    for (const ProfilePtr& each : project.Profiles()) {
+        EXPECT_EQ(each->DataSourceID, 1) << each->Name.toStdString();
+        for (qint32 j = 1; j <= each->ChannelCount(); ++j)
+            EXPECT_TRUE(demoChannels.contains(each->ChannelName(j))) << each->ChannelName(j).toStdString();
+    }
     project.Terminate(true);
 }
 

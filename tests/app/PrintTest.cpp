@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Printing the example view on the demo database: the headless PDF with its reports, pages and
 // orientations, its bad input, and "Datei > Drucken ..." through the print dialog into the preview.
-#include "CommandLine.h"
 #include "DemoFixture.h"
 #include "Measuring.h"
-#include "Project.h"
 #include "QtPrinters.h"
 #include "ReportDocument.h"
 #include "ToolRegistry.h"
@@ -12,14 +10,8 @@
 
 #include <QAbstractButton>
 #include <QAction>
-#include <QApplication>
-#include <QFile>
-#include <QLineEdit>
 #include <QPrinter>
 #include <QRegularExpression>
-#include <QTimer>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -54,21 +46,7 @@ bool Landscape(const QSizeF& page)
     return Portrait(page.transposed());
 }
 
-class PrintTest : public DemoFixture
-{
-protected:
-    int Print(const QStringList& arguments, QString& error)
-    {
-        const CommandLine command = ParseCommandLine(arguments);
-        error = command.error;
-        if (!command.error.isEmpty())
-            return ExitCode::Usage;
-        EXPECT_EQ(command.action, CommandLine::Action::Print);
-        Project project;
-        project.LoadDataModules();
-        return RunPrint(command.job, project, error);
-    }
-};
+using PrintTest = DemoFixture;
 
 TEST_F(PrintTest, HeadlessPdfRunsEachReportOverEachViewInItsOrientation)
 {
@@ -76,7 +54,7 @@ TEST_F(PrintTest, HeadlessPdfRunsEachReportOverEachViewInItsOrientation)
     const QStringList day { "--from", "2025-03-10", "--to", "2025-03-11", "--resolution", "1h" };
     QString error;
     // A day in hours is one table page; the full-page chart is landscape by its nature.
-    ASSERT_EQ(Print(QStringList { "--print-pdf", pdf, "--report", "REP_0,REP_1,REP_2" } + day
+    ASSERT_EQ(Headless(QStringList { "--print-pdf", pdf, "--report", "REP_0,REP_1,REP_2" } + day
                       + QStringList { MainView, MainView },
                   error),
         ExitCode::Ok)
@@ -90,14 +68,15 @@ TEST_F(PrintTest, HeadlessPdfRunsEachReportOverEachViewInItsOrientation)
 
     // One orientation for all, and the chart report alone without --report.
     ASSERT_EQ(
-        Print(QStringList { "--print-pdf", pdf, "--orientation", "landscape" } + day + QStringList { MainView }, error),
+        Headless(
+            QStringList { "--print-pdf", pdf, "--orientation", "landscape" } + day + QStringList { MainView }, error),
         ExitCode::Ok);
     pages = PdfPages(pdf);
     ASSERT_EQ(pages.size(), 1u);
     EXPECT_TRUE(Landscape(pages[0]));
 
     // A week in 15 minutes (672 rows) takes more table pages than a day.
-    ASSERT_EQ(Print({ "--print-pdf", pdf, "--report", "REP_1", MainView }, error), ExitCode::Ok);
+    ASSERT_EQ(Headless({ "--print-pdf", pdf, "--report", "REP_1", MainView }, error), ExitCode::Ok);
     EXPECT_GT(PdfPages(pdf).size(), 5u);
 }
 
@@ -136,7 +115,7 @@ TEST_F(PrintTest, BadInputEndsWithAMessageAndAnExitCode)
     for (const auto& c : cases) {
         SCOPED_TRACE(c.arguments.join(' ').toStdString());
         QString error;
-        EXPECT_EQ(Print(c.arguments, error), c.exitCode);
+        EXPECT_EQ(Headless(c.arguments, error), c.exitCode);
         EXPECT_TRUE(error.contains(c.message)) << error.toStdString();
     }
     EXPECT_FALSE(QFile::exists(pdf));
@@ -157,19 +136,6 @@ TEST_F(PrintTest, PrintCommandRunsTheChosenReportsIntoThePreview)
     Project project;
     ASSERT_EQ(project.Init(), 0);
     const auto tool = [&](const char* name) { return project.ActiveBar()->Tool(QLatin1String(name)); };
-    // Answers the next modal dialog when it is up; the test waits on the command meanwhile.
-    const auto answer = [](std::function<void(QWidget*)> step) {
-        auto* probe = new QTimer;
-        probe->setInterval(20);
-        QObject::connect(probe, &QTimer::timeout, [probe, step] {
-            if (QWidget* modal = QApplication::activeModalWidget()) {
-                probe->stop();
-                probe->deleteLater();
-                step(modal);
-            }
-        });
-        probe->start();
-    };
     const auto click = [](QWidget* dialog, const char* name) {
         QAbstractButton* button = dialog->findChild<QAbstractButton*>(QLatin1String(name));
         ASSERT_NE(button, nullptr) << name;
@@ -177,11 +143,11 @@ TEST_F(PrintTest, PrintCommandRunsTheChosenReportsIntoThePreview)
     };
     EXPECT_FALSE(tool("mnuFilePrint")->isEnabled()) << "nothing to print without a view";
 
-    answer([&](QWidget* dialog) {
+    Answer({ [&](QWidget* dialog) {
         EXPECT_EQ(dialog->objectName(), "frm_PageSetup");
         Type(dialog->findChild<QLineEdit*>("txt_Border0"), "30");
         click(dialog, "cmd_OK");
-    });
+    } });
     tool("mnuFilePageSetup")->trigger();
 
     ASSERT_NE(project.OpenMeasuring(out.filePath("main.sor"), false), nullptr);
@@ -189,10 +155,10 @@ TEST_F(PrintTest, PrintCommandRunsTheChosenReportsIntoThePreview)
     ASSERT_TRUE(tool("mnuFilePrint")->isEnabled());
     // The table report in portrait, the third row of the list.
     roots.SetUser("Software\\HARVOLD\\Sorano\\Reports", "Selection", "0;0;1;0;0;0;");
-    answer([&](QWidget* dialog) {
+    Answer({ [&](QWidget* dialog) {
         EXPECT_EQ(dialog->objectName(), "frm_PrintReport");
         click(dialog, "cmd_OK");
-    });
+    } });
     tool("mnuFilePrint")->trigger();
     frm_Preview* preview = project.PreviewWindow();
     ASSERT_TRUE(preview->isVisible());
@@ -215,8 +181,8 @@ TEST_F(PrintTest, PrintCommandRunsTheChosenReportsIntoThePreview)
     printer.setFullPage(true);
     ASSERT_TRUE(document->PrintTo(printer));
     QString error;
-    ASSERT_EQ(
-        Print({ "--print-pdf", folder + "/print-headless.pdf", "--report", "REP_1", out.filePath("main.sor") }, error),
+    ASSERT_EQ(Headless({ "--print-pdf", folder + "/print-headless.pdf", "--report", "REP_1", out.filePath("main.sor") },
+                  error),
         ExitCode::Ok)
         << error.toStdString();
     const std::vector<QSizeF> printed = PdfPages(folder + "/print-printer.pdf");
@@ -228,10 +194,10 @@ TEST_F(PrintTest, PrintCommandRunsTheChosenReportsIntoThePreview)
     ASSERT_NE(project.OpenMeasuring(out.filePath("second.sor"), false), nullptr);
     Settle();
     roots.SetUser("Software\\HARVOLD\\Sorano\\Reports", "Selection", "1;0;0;0;0;0;");
-    answer([&](QWidget* dialog) {
+    Answer({ [&](QWidget* dialog) {
         click(dialog, "opt_All");
         click(dialog, "cmd_OK");
-    });
+    } });
     tool("mnuFilePrint")->trigger();
     document = preview->Report();
     ASSERT_TRUE(document);
