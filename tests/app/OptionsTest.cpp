@@ -138,7 +138,7 @@ TEST_F(OptionsTest, OptionsAndCheckBoxesAreWrittenAsTheirValues)
     EXPECT_EQ(Settings::StoredValue(Id::ShowStartupWindow), "1");
 }
 
-TEST_F(OptionsTest, CountFieldsTakeDigitsOnlyAndTextFieldsSelectAllWhenEntered)
+TEST_F(OptionsTest, CountFieldsTakeDigitsOnlyTextFieldsSelectAllWhenEnteredAndAStatisticEditIsReported)
 {
     roots.SetUser(SettingsKey, "NavMediumStep", "2yyyy");
     frm_Options dialog;
@@ -158,19 +158,13 @@ TEST_F(OptionsTest, CountFieldsTakeDigitsOnlyAndTextFieldsSelectAllWhenEntered)
         address->setText("Muster GmbH");
         QTest::mouseClick(address, Qt::LeftButton, {}, QPoint(address->width() - 4, address->height() / 2));
         EXPECT_TRUE(QTest::qWaitFor([address] { return address->selectedText() == "Muster GmbH"; }, 1000));
-    }));
-    EXPECT_EQ(Settings::StoredValue(Id::NavMediumStep), "12ww");
-    EXPECT_EQ(Settings::StoredValue(Id::NavSmallStep), "h"); // an empty count is kept empty
-}
 
-TEST_F(OptionsTest, EditingAStatisticIsWrittenAndReportedAsChanged)
-{
-    frm_Options dialog;
-    EXPECT_TRUE(RunDialog(dialog, "cmd_OK", [](frm_Options& d) {
         Find<QTabWidget>(d, "tabStrip")->setCurrentIndex(3);
         Find<QListWidget>(d, "lst_Indizes")->setCurrentRow(1);
         Retype(Find<QLineEdit>(d, "txt_FormatNumber"), "#,##0 X");
     }));
+    EXPECT_EQ(Settings::StoredValue(Id::NavMediumStep), "12ww");
+    EXPECT_EQ(Settings::StoredValue(Id::NavSmallStep), "h"); // an empty count is kept empty
     EXPECT_TRUE(dialog.IndizesChanged());
     EXPECT_EQ(Settings::StoredValue(Id::IndizesFormatNumber, "Average"), "#,##0 X");
     // The next run starts from what is stored: no edit, no change.

@@ -47,25 +47,19 @@ bool ClosesInTime(
     return !late;
 }
 
-class StartWindowsTest : public ::testing::Test
+class StartupTest : public ::testing::Test
 {
 protected:
     void TearDown() override { g_lLangOffset = 0; }
     TempSettings roots;
 };
-using SplashTest = StartWindowsTest;
-using StartupTest = StartWindowsTest;
 
-TEST_F(SplashTest, IntervalIsTheSecondsSettingWithinLimitsElseThreeSeconds)
+TEST_F(StartupTest, SplashShowsForTheSecondsSettingWithinLimitsElseThreeAndEscClosesIt)
 {
     const std::pair<double, int> cases[]
         = { { 0, 3000 }, { -2, 3000 }, { 20000, 3000 }, { 19999, 19999000 }, { 0.2, 200 } };
     for (const auto& [seconds, ms] : cases)
         EXPECT_EQ(frm_Splash::IntervalMs(seconds), ms) << seconds;
-}
-
-TEST_F(SplashTest, EscOrTheEndOfItsTimeClosesTheSplash)
-{
     for (const auto& [seconds, pressEsc] : { std::pair { "19999", true }, { "0.2", false } }) {
         roots.SetUser(KeySettings, "SplashScreenTime", seconds);
         frm_Splash splash;
@@ -79,23 +73,29 @@ TEST_F(SplashTest, EscOrTheEndOfItsTimeClosesTheSplash)
     }
 }
 
-TEST_F(StartupTest, ResultIsTheChosenButtonAndLeaveForEscOrClosing)
+// The result is the chosen button, Leave for Esc or closing; the show check reflects the setting
+// and is written on every way of closing.
+TEST_F(StartupTest, ResultIsTheChosenButtonAndTheShowCheckIsWrittenOnEveryWayOfClosing)
 {
+    const auto esc = [](frm_Startup& w) { PressKey(&w, Qt::Key_Escape); };
     const struct
     {
         const char* what;
         std::function<void(frm_Startup&)> act;
         int action;
+        const char* stored;
+        bool toggle;
+        const char* written;
     } cases[] = {
-        { "click 2", [](frm_Startup& w) { w.ActionButton(2)->click(); }, frm_Startup::OpenView },
-        { "Esc", [](frm_Startup& w) { PressKey(&w, Qt::Key_Escape); }, frm_Startup::Leave },
-        { "close", [](frm_Startup& w) { w.close(); }, frm_Startup::Leave },
+        { "click 2", [](frm_Startup& w) { w.ActionButton(2)->click(); }, frm_Startup::OpenView, "1", true, "0" },
+        { "Esc", esc, frm_Startup::Leave, "1", false, "1" },
+        { "close", [](frm_Startup& w) { w.close(); }, frm_Startup::Leave, "", true, "1" },
         { "disabled 1, then Esc",
-            [](frm_Startup& w) {
+            [&](frm_Startup& w) {
                 w.ActionButton(1)->click();
-                PressKey(&w, Qt::Key_Escape);
+                esc(w);
             },
-            frm_Startup::Leave },
+            frm_Startup::Leave, "1", false, "1" },
         { "Tab past the disabled 1, Enter",
             [](frm_Startup& w) {
                 w.activateWindow(); // keyboard focus needs the active window
@@ -108,41 +108,21 @@ TEST_F(StartupTest, ResultIsTheChosenButtonAndLeaveForEscOrClosing)
                 PressKey(QApplication::focusWidget(), Qt::Key_Tab);
                 PressKey(QApplication::focusWidget(), Qt::Key_Return);
             },
-            frm_Startup::OpenView },
+            frm_Startup::OpenView, "1", false, "1" },
     };
     for (const auto& c : cases) {
-        frm_Startup window("Sorano");
-        window.SetActionEnabled(frm_Startup::NewView, false);
-        int action = -1;
-        EXPECT_TRUE(ClosesInTime(
-            window, [&] { c.act(window); }, [&] { action = window.ShowMe(); }))
-            << c.what;
-        EXPECT_EQ(action, c.action) << c.what;
-    }
-}
-
-TEST_F(StartupTest, ShowCheckReflectsTheSettingAndIsWrittenOnEveryWayOfClosing)
-{
-    const struct
-    {
-        const char* stored;
-        bool toggle;
-        std::function<void(frm_Startup&)> close;
-        const char* written;
-    } cases[] = {
-        { "1", false, [](frm_Startup& w) { PressKey(&w, Qt::Key_Escape); }, "1" },
-        { "1", true, [](frm_Startup& w) { w.ActionButton(2)->click(); }, "0" },
-        { "", true, [](frm_Startup& w) { w.close(); }, "1" },
-    };
-    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
         roots.SetUser(KeySettings, "ShowStartupWindow", c.stored);
         frm_Startup window("Sorano");
-        EXPECT_EQ(window.ShowCheck()->isChecked(), *c.stored == '1') << c.stored;
+        window.SetActionEnabled(frm_Startup::NewView, false);
+        EXPECT_EQ(window.ShowCheck()->isChecked(), *c.stored == '1');
         if (c.toggle)
             window.ShowCheck()->toggle();
-        ClosesInTime(
-            window, [&] { c.close(window); }, [&] { window.ShowMe(); });
-        EXPECT_EQ(Settings::StoredValue(Settings::Id::ShowStartupWindow), c.written) << c.stored;
+        int action = -1;
+        EXPECT_TRUE(ClosesInTime(
+            window, [&] { c.act(window); }, [&] { action = window.ShowMe(); }));
+        EXPECT_EQ(action, c.action);
+        EXPECT_EQ(Settings::StoredValue(Settings::Id::ShowStartupWindow), c.written);
     }
 }
 
