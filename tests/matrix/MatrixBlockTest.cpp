@@ -20,8 +20,12 @@ MatrixBlockPtr Numbered(qsizetype rows, qsizetype columns)
 
 TEST(MatrixBlock, ResizingKeepsTheCellsInsideAndFillsNewCellsWithZero)
 {
-    struct Case { qsizetype rows, columns; };
-    for (const Case target : {Case{5, 3}, Case{2, 3}, Case{3, 5}, Case{3, 1}, Case{1, 6}, Case{0, 3}}) {
+    struct Case
+    {
+        qsizetype rows, columns;
+    };
+    for (const Case target :
+        { Case { 5, 3 }, Case { 2, 3 }, Case { 3, 5 }, Case { 3, 1 }, Case { 1, 6 }, Case { 0, 3 } }) {
         auto block = Numbered(3, 3);
         block->Resize(target.rows, target.columns);
         ASSERT_EQ(block->Rows(), target.rows);
@@ -39,7 +43,7 @@ TEST(MatrixBlock, ResizingKeepsTheCellsInsideAndFillsNewCellsWithZero)
 TEST(MatrixBlock, ItemAccessOutsideTheBlockRaisesARangeError)
 {
     auto block = Numbered(3, 2);
-    for (auto [row, column] : {std::pair<qsizetype, qsizetype>{-1, 0}, {3, 0}, {0, 2}, {0, -1}}) {
+    for (auto [row, column] : { std::pair<qsizetype, qsizetype> { -1, 0 }, { 3, 0 }, { 0, 2 }, { 0, -1 } }) {
         EXPECT_THROW((void)block->Item(row, column), MatrixRangeError) << row << "," << column;
         EXPECT_THROW(block->SetItem(row, column, 1.0), MatrixRangeError) << row << "," << column;
     }
@@ -50,14 +54,14 @@ TEST(MatrixBlock, ItemAccessOutsideTheBlockRaisesARangeError)
 TEST(MatrixBlock, RowArraysArePaddedWithZeroAndCloneIsIndependent)
 {
     MatrixBlock block;
-    block.FromRowArray({{1, 2}, {3}, {5, 6, 7}});
-    EXPECT_THROW(block.SetArray(2, 2, {1, 2, 3}), std::invalid_argument);
+    block.FromRowArray({ { 1, 2 }, { 3 }, { 5, 6, 7 } });
+    EXPECT_THROW(block.SetArray(2, 2, { 1, 2, 3 }), std::invalid_argument);
     block.SetName(QStringLiteral("DATA"));
     block.SetNoValue(-999.0);
     auto copy = block.Clone();
     block.SetItem(1, 1, 42.0);
     block.SetRows(5);
-    EXPECT_EQ(copy->ToRowArray(), (std::vector<std::vector<double>>{{1, 2, 0}, {3, 0, 0}, {5, 6, 7}}));
+    EXPECT_EQ(copy->ToRowArray(), (std::vector<std::vector<double>> { { 1, 2, 0 }, { 3, 0, 0 }, { 5, 6, 7 } }));
     EXPECT_TRUE(copy->Name() == QStringLiteral("DATA") && copy->NoValue() == -999.0);
 }
 

@@ -2,7 +2,9 @@
 // The script engine through its public face: variables in, script, Execute, RESULT out.
 #include "MatrixScriptEngine.h"
 
+#include <array>
 #include <cmath>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -32,7 +34,7 @@ MatrixBlockPtr Scalar(double value)
 std::vector<double> ValueColumn(const MatrixBlock& block, qsizetype column = 1)
 {
     const auto cells = block.Column(column);
-    return {cells.begin(), cells.end()};
+    return { cells.begin(), cells.end() };
 }
 
 class ScriptEngine : public ::testing::Test
@@ -64,63 +66,58 @@ protected:
 
 TEST_F(ScriptEngine, ResultIsOverwrittenInPlaceOrCreatedAndMayBeReadByTheScript)
 {
-    Set("CHANNEL_0", Timed({5, NV}));
-    Set("CHANNEL_1", Timed({10, 20}));
+    Set("CHANNEL_0", Timed({ 5, NV }));
+    Set("CHANNEL_1", Timed({ 10, 20 }));
     // The caller pre-creates RESULT: the engine must overwrite that very block.
     auto result = MatrixBlock::Create(7, 3, QStringLiteral("RESULT"));
     Set("RESULT", result);
     ASSERT_EQ(Run(QStringLiteral("RESULT = CHANNEL_0 + CHANNEL_1")), 0) << Error();
     EXPECT_EQ(Result(), result);
-    EXPECT_EQ(ValueColumn(*result), (std::vector<double>{15, NV}));
+    EXPECT_EQ(ValueColumn(*result), (std::vector<double> { 15, NV }));
     EXPECT_EQ(result->NoValue(), NV);
     // Parsed once, the script is bound afresh at every run and sees the new contents of its own target.
     engine.SetScript(QStringLiteral("RESULT = RESULT + RESULT * 10"));
     ASSERT_TRUE(engine.Execute() == 0 && engine.Execute() == 0) << Error();
-    EXPECT_EQ(ValueColumn(*result), (std::vector<double>{1815, NV}));
+    EXPECT_EQ(ValueColumn(*result), (std::vector<double> { 1815, NV }));
 
     engine.Variables().Clear();
-    Set("CHANNEL_0", Timed({5, NV}));
+    Set("CHANNEL_0", Timed({ 5, NV }));
     ASSERT_EQ(Run(QStringLiteral("RESULT = CHANNEL_0")), 0);
     EXPECT_NE(Result(), result);
-    EXPECT_EQ(ValueColumn(*Result()), (std::vector<double>{5, NV}));
+    EXPECT_EQ(ValueColumn(*Result()), (std::vector<double> { 5, NV }));
 }
 
-TEST_F(ScriptEngine, StatisticScriptsSkipMissingSamples)
+TEST_F(ScriptEngine, AggregatesSkipMissingSamplesAndOfNoSamplesAreMissingOrZero)
 {
-    Set("DATA", Timed({3, NV, 7, -2, 7, NV, 5}));
+    Set("DATA", Timed({ 3, NV, 7, -2, 7, NV, 5 }));
+    Set("NONE", Timed({ NV, NV }));
+    Set("EMPTY", Timed({}));
     const double mean = (3 + 7 - 2 + 7 + 5) / 5.0;
-    const double spread = (std::pow(3 - mean, 2) + 2 * std::pow(7 - mean, 2) + std::pow(-2 - mean, 2)
-                           + std::pow(5 - mean, 2)) / 5.0;
-    const struct { const char* script; double expected; } cases[] = {
-        {"max(cols(DATA, 1, 1))", 7}, {"max_at(cols(DATA, 1, 1))", 2}, // the first of equal maxima
-        {"min(cols(DATA, 1, 1))", -2}, {"min_at(cols(DATA, 1, 1))", 3}, {"mean(cols(DATA, 1, 1))", mean},
-        {"sum(cols(DATA, 1, 1))", 20}, {"count(cols(DATA, 1, 1))", 5},
-        {"sum((cols(DATA, 1, 1) - mean(cols(DATA, 1, 1)))^2) / count(cols(DATA, 1, 1))", spread},
-        {"max(DATA)", 7}, {"max(cols(DATA, 0, 0))", 45000 + 6 / 96.0}}; // a grid block's aggregate skips the time
-    for (const auto& c : cases)
-        EXPECT_DOUBLE_EQ(RunScalar(QStringLiteral("RESULT = ") + QLatin1String(c.script)), c.expected) << c.script;
-}
+    const double spread
+        = (std::pow(3 - mean, 2) + 2 * std::pow(7 - mean, 2) + std::pow(-2 - mean, 2) + std::pow(5 - mean, 2)) / 5.0;
+    const QString variance = "sum((cols(%1, 1, 1) - mean(cols(%1, 1, 1)))^2) / count(cols(%1, 1, 1))";
+    const std::pair<QString, std::array<double, 3>> cases[] = { // of DATA, NONE and EMPTY
+        { "max(cols(%1, 1, 1))", { 7, NV, NV } },
+        { "max_at(cols(%1, 1, 1))", { 2, NV, NV } }, // the first of equal maxima
+        { "min(cols(%1, 1, 1))", { -2, NV, NV } }, { "min_at(cols(%1, 1, 1))", { 3, NV, NV } },
+        { "mean(cols(%1, 1, 1))", { mean, NV, NV } }, { "sum(cols(%1, 1, 1))", { 20, 0, 0 } },
+        { "count(cols(%1, 1, 1))", { 5, 0, 0 } }, { variance, { spread, NV, NV } }, // not a division by zero
+        { "max(%1)", { 7, NV, NV } }, { "max(cols(%1, 0, 0))", { 45000 + 6 / 96.0, 45000 + 1 / 96.0, NV } }
+    };
+    for (const auto& [script, expected] : cases)
+        for (int i = 0; i < 3; ++i) {
+            const QString name = QStringList { "DATA", "NONE", "EMPTY" }[i];
+            EXPECT_DOUBLE_EQ(RunScalar("RESULT = " + script.arg(name)), expected[i]) << script.arg(name).toStdString();
+        }
 
-TEST_F(ScriptEngine, AggregatesOfABlockWithoutValuesAndABlocksOwnNoValue)
-{
-    for (const auto& block : {Timed({NV, NV, NV}), Timed({})}) {
-        Set("DATA", block);
-        for (auto [function, expected] : {std::pair{"max", NV}, {"min", NV}, {"max_at", NV}, {"min_at", NV},
-                 {"mean", NV}, {"sum", 0.0}, {"count", 0.0}})
-            EXPECT_EQ(RunScalar(QStringLiteral("RESULT = %1(cols(DATA, 1, 1))").arg(QLatin1String(function))), expected)
-                << function << " over " << block->Rows() << " rows";
-    }
-    // The variance of nothing is missing too, not a division by zero.
-    EXPECT_EQ(RunScalar(QStringLiteral(
-                  "RESULT = sum((cols(DATA, 1, 1) - mean(cols(DATA, 1, 1)))^2) / count(cols(DATA, 1, 1))")), NV);
-
-    auto block = Timed({4, -999, 6});
+    // A block's own no-value marks its missing samples.
+    auto block = Timed({ 4, -999, 6 });
     block->SetNoValue(-999);
     Set("DATA", block);
     EXPECT_EQ(RunScalar(QStringLiteral("RESULT = min(cols(DATA, 1, 1))")), 4);
     EXPECT_EQ(RunScalar(QStringLiteral("RESULT = count(cols(DATA, 1, 1))")), 2);
     ASSERT_EQ(Run(QStringLiteral("RESULT = DATA * 2")), 0);
-    EXPECT_EQ(ValueColumn(*Result()), (std::vector<double>{8, NV, 12}));
+    EXPECT_EQ(ValueColumn(*Result()), (std::vector<double> { 8, NV, 12 }));
 }
 
 TEST_F(ScriptEngine, ScalarArithmeticFollowsTheUsualPrecedence)
@@ -128,37 +125,37 @@ TEST_F(ScriptEngine, ScalarArithmeticFollowsTheUsualPrecedence)
     Set("A", Scalar(6));
     Set("B", Scalar(4));
     Set("MISSING", Scalar(NV));
-    const struct { const char* script; double expected; } cases[] = {
-        {"RESULT = 1 + 2 * 3", 7},      {"RESULT = (1 + 2) * 3", 9},    {"RESULT = 7 - 2 - 1", 4},
-        {"RESULT = 2 ^ 3 ^ 2", 512},    {"RESULT = -2 ^ 2", -4},        {"RESULT = +3 - -3", 6},
-        {"RESULT = 1.5e1 + .5", 15.5},  {"RESULT=A/B", 1.5},            {"RESULT = max(A) + count(B)", 7},
-        {"RESULT = MISSING + 1", NV},   {"RESULT = -MISSING", NV},      {"RESULT = sum(MISSING)", 0},
-        {"RESULT = 1 / 0", NV},         {"RESULT = (0 - 8) ^ 0.5", NV}, {"RESULT = 1e200 * 1e200", NV}};
-    for (const auto& c : cases)
-        EXPECT_EQ(RunScalar(QString::fromLatin1(c.script)), c.expected) << c.script;
+    const std::pair<const char*, double> cases[]
+        = { { "RESULT = 1 + 2 * 3", 7 }, { "RESULT = (1 + 2) * 3", 9 }, { "RESULT = 7 - 2 - 1", 4 },
+              { "RESULT = 2 ^ 3 ^ 2", 512 }, { "RESULT = -2 ^ 2", -4 }, { "RESULT = +3 - -3", 6 },
+              { "RESULT = 1.5e1 + .5", 15.5 }, { "RESULT=A/B", 1.5 }, { "RESULT = max(A) + count(B)", 7 },
+              { "RESULT = MISSING + 1", NV }, { "RESULT = -MISSING", NV }, { "RESULT = sum(MISSING)", 0 },
+              { "RESULT = 1 / 0", NV }, { "RESULT = (0 - 8) ^ 0.5", NV }, { "RESULT = 1e200 * 1e200", NV } };
+    for (const auto& [script, expected] : cases)
+        EXPECT_EQ(RunScalar(QString::fromLatin1(script)), expected) << script;
 }
 
 TEST_F(ScriptEngine, ElementWiseOperatorsWorkOnEveryValueCellAndKeepTheTime)
 {
-    Set("DATA", Timed({1, NV, 3, 0}));
-    Set("OTHER", Timed({2, 2, NV, 4}));
+    Set("DATA", Timed({ 1, NV, 3, 0 }));
+    Set("OTHER", Timed({ 2, 2, NV, 4 }));
     Set("M", Scalar(2));
     Set("NV", Scalar(NV));
-    const struct { const char* script; std::vector<double> values; } cases[] = {
-        {"DATA - M", {-1, NV, 1, -2}},      {"DATA ^ 2", {1, NV, 9, 0}},        {"DATA * 10 + 1", {11, NV, 31, 1}},
-        {"6 / DATA", {6, NV, 2, NV}},       {"-DATA", {-1, NV, -3, 0}},         {"DATA - OTHER", {-1, NV, NV, -4}},
-        {"DATA / OTHER", {0.5, NV, NV, 0}}, {"OTHER ^ DATA", {2, NV, NV, 1}},   {"DATA + NV", {NV, NV, NV, NV}}};
-    for (const auto& c : cases) {
-        ASSERT_TRUE(Run(QStringLiteral("RESULT = ") + QLatin1String(c.script)) == 0 && Result()->Columns() == 2)
-            << c.script << ": " << Error();
-        EXPECT_EQ(ValueColumn(*Result()), c.values) << c.script;
+    const std::pair<const char*, std::vector<double>> cases[] = { { "DATA - M", { -1, NV, 1, -2 } },
+        { "DATA ^ 2", { 1, NV, 9, 0 } }, { "DATA * 10 + 1", { 11, NV, 31, 1 } }, { "6 / DATA", { 6, NV, 2, NV } },
+        { "-DATA", { -1, NV, -3, 0 } }, { "DATA - OTHER", { -1, NV, NV, -4 } }, { "DATA / OTHER", { 0.5, NV, NV, 0 } },
+        { "OTHER ^ DATA", { 2, NV, NV, 1 } }, { "DATA + NV", { NV, NV, NV, NV } } };
+    for (const auto& [script, values] : cases) {
+        ASSERT_TRUE(Run(QStringLiteral("RESULT = ") + QLatin1String(script)) == 0 && Result()->Columns() == 2)
+            << script << ": " << Error();
+        EXPECT_EQ(ValueColumn(*Result()), values) << script;
         EXPECT_EQ(ValueColumn(*Result(), 0), ValueColumn(*engine.Variables().Find(QStringLiteral("DATA")), 0))
-            << c.script;
+            << script;
     }
     // Without a time column, every column is a value column.
     ASSERT_EQ(Run(QStringLiteral("RESULT = cols(DATA, 1, 1) * 2")), 0);
     ASSERT_EQ(Result()->Columns(), 1);
-    EXPECT_EQ(ValueColumn(*Result(), 0), (std::vector<double>{2, NV, 6, 0}));
+    EXPECT_EQ(ValueColumn(*Result(), 0), (std::vector<double> { 2, NV, 6, 0 }));
 }
 
 TEST_F(ScriptEngine, LongBlocksAreEvaluatedAcrossChunkBoundaries)
@@ -180,31 +177,31 @@ TEST_F(ScriptEngine, LongBlocksAreEvaluatedAcrossChunkBoundaries)
     EXPECT_EQ(RunScalar(QStringLiteral("RESULT = count(cols(DATA, 1, 1))")), count);
     EXPECT_DOUBLE_EQ(RunScalar(QStringLiteral("RESULT = sum(DATA)")), sum);
     ASSERT_EQ(Run(QStringLiteral("RESULT = DATA + DATA")), 0);
-    for (qsizetype r : {0, 511, 512, 1023, 1024, 1999})
+    for (qsizetype r : { 0, 511, 512, 1023, 1024, 1999 })
         EXPECT_EQ(Result()->Item(r, 1), big->Item(r, 1) == NV ? NV : 2 * big->Item(r, 1)) << r;
 }
 
 TEST_F(ScriptEngine, FailuresGiveTheirStatusAndATextWithThePositionAndLeaveTheTarget)
 {
-    Set("A", Timed({1, 2, 3}));
-    Set("B", Timed({1, 2, 3, 4}));
-    Set("RESULT", Timed({9}));
-    const struct { const char* script; qint32 status; const char* error; } cases[] = {
-        {"RESULT = A + B", 3, "the shapes 3x2 and 4x2 do not fit together for \"+\" at position 12"},
-        {"RESULT = cols(A, 1, 2)", 3, "cols: a column must be a whole number from 0 to 1 at position 21"},
-        {"RESULT = cols(A, 1, 0)", 3, "cols: the first column 1 lies behind the last column 0 at position 10"},
-        {"RESULT = A + CHANNEL_9", 2, "unknown variable \"CHANNEL_9\" at position 14"},
-        {"RESULT = ", 1, "expected an expression at the end of the script at position 10"},
-        {"", 1, "expected the name of the result variable at position 1"},
-        {"RESULT = max(A]", 1, "expected \")\", found \"]\" at position 15"},
-        {"RESULT = max(A, 1)", 1, "max takes 1 argument(s), not 2 at position 10"},
-        {"RESULT = 1e999", 1, "invalid number \"1e999\" at position 10"},
-        {"RESULT = A 2", 1, "unexpected \"2\" at position 12"}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(Run(QString::fromLatin1(c.script)), c.status) << c.script;
-        EXPECT_EQ(Error(), c.error) << c.script;
+    Set("A", Timed({ 1, 2, 3 }));
+    Set("B", Timed({ 1, 2, 3, 4 }));
+    Set("RESULT", Timed({ 9 }));
+    const std::tuple<const char*, qint32, const char*> cases[]
+        = { { "RESULT = A + B", 3, "the shapes 3x2 and 4x2 do not fit together for \"+\" at position 12" },
+              { "RESULT = cols(A, 1, 2)", 3, "cols: a column must be a whole number from 0 to 1 at position 21" },
+              { "RESULT = cols(A, 1, 0)", 3, "cols: the first column 1 lies behind the last column 0 at position 10" },
+              { "RESULT = A + CHANNEL_9", 2, "unknown variable \"CHANNEL_9\" at position 14" },
+              { "RESULT = ", 1, "expected an expression at the end of the script at position 10" },
+              { "", 1, "expected the name of the result variable at position 1" },
+              { "RESULT = max(A]", 1, "expected \")\", found \"]\" at position 15" },
+              { "RESULT = max(A, 1)", 1, "max takes 1 argument(s), not 2 at position 10" },
+              { "RESULT = 1e999", 1, "invalid number \"1e999\" at position 10" },
+              { "RESULT = A 2", 1, "unexpected \"2\" at position 12" } };
+    for (const auto& [script, status, error] : cases) {
+        EXPECT_EQ(Run(QString::fromLatin1(script)), status) << script;
+        EXPECT_EQ(Error(), error) << script;
     }
-    EXPECT_EQ(ValueColumn(*Result()), (std::vector<double>{9}));
+    EXPECT_EQ(ValueColumn(*Result()), (std::vector<double> { 9 }));
 }
 
 TEST_F(ScriptEngine, PathologicalScriptsFailInsteadOfCrashing)
