@@ -53,15 +53,14 @@ protected:
         return files;
     }
     // A batch with one template file per name, each holding its own name.
-    qsizetype AddBatch(BatchStore& store, const QString& name, const QStringList& templates)
+    void AddBatch(const QString& name, const QStringList& templates)
     {
         const qsizetype index = store.Add(name, "Memo " + name);
-        EXPECT_GE(index, 0) << name.toStdString();
+        ASSERT_GE(index, 0) << name.toStdString();
         for (const QString& file : templates) {
             Write(file, file.toUtf8());
             EXPECT_TRUE(store.AddTemplate(index, { file, "Vorlage " + file, file })) << file.toStdString();
         }
-        return index;
     }
 
     TempSettings roots;
@@ -178,40 +177,31 @@ TEST_F(BatchStoreTest, TemplatesOfOldBatchesAreCutToFileNamesAndMissingOnesDropp
         (QStringList { "Tag_2.mtb|Tageswerte|Tag_2.mtb", "Last Nord_2.mtb|Last Nord|Last Nord_3.mtb" }));
 }
 
-TEST_F(BatchStoreTest, CopyGivesEveryTemplateAFileOfItsOwn)
+TEST_F(BatchStoreTest, CopyGivesEveryTemplateAFileOfItsOwnAndDeleteRemovesNothingOfTheOthers)
 {
-    const qsizetype source = AddBatch(store, "Werk A", { "Werk A_0.mtb", "Trafo_1.mtb" });
-    EXPECT_EQ(BatchStore::CopyName(store.Name(source)), "Kopie von Werk A");
-    const qsizetype copy = store.Copy(source, BatchStore::CopyName(store.Name(source)), "Kopie");
-    ASSERT_EQ(copy, 1);
-    EXPECT_EQ(Reloaded().StoredSelection(), 1);
-    EXPECT_EQ(Files(store, copy),
+    AddBatch("Werk A", { "Werk A_0.mtb", "Trafo_1.mtb" });
+    AddBatch("Zwei", { "Zwei_0.mtb" });
+    EXPECT_EQ(BatchStore::CopyName("Werk A"), "Kopie von Werk A");
+    ASSERT_EQ(store.Copy(0, "Kopie von Werk A", "Kopie"), 2);
+    EXPECT_EQ(Reloaded().StoredSelection(), 2);
+    EXPECT_EQ(Files(store, 2),
         (QStringList { "Kopie von Werk A_0.mtb|Vorlage Werk A_0.mtb|Kopie von Werk A_0.mtb",
             "Trafo_2.mtb|Vorlage Trafo_1.mtb|Trafo_2.mtb" }));
     EXPECT_EQ(Read("Kopie von Werk A_0.mtb"), "Werk A_0.mtb");
     EXPECT_EQ(Read("Trafo_2.mtb"), "Trafo_1.mtb");
-    EXPECT_EQ(Files(store, source).size(), 2);
-
-    EXPECT_EQ(store.Copy(source, "Werk A", "m"), -1);
+    EXPECT_EQ(Files(store, 0).size(), 2);
+    EXPECT_EQ(store.Copy(0, "Werk A", "m"), -1);
     EXPECT_EQ(store.Copy(5, "Neu", "m"), -1);
-    EXPECT_EQ(Names(Reloaded()), (QStringList { "Werk A|Memo Werk A", "Kopie von Werk A|Kopie" }));
-}
 
-TEST_F(BatchStoreTest, DeleteRemovesTheBatchAndItsFilesButNothingOfTheOthers)
-{
-    AddBatch(store, "Eins", { "Eins_0.mtb" });
-    AddBatch(store, "Zwei", { "Zwei_0.mtb" });
-    AddBatch(store, "Drei", {});
     // Copies of old batches share template files, and a .btc may name any file of the folder.
     ASSERT_TRUE(store.AddTemplate(0, { "Zwei_0.mtb", "geteilt", "Zwei_0.mtb" }));
-    ASSERT_TRUE(store.AddTemplate(0, { "Drei.btc", "fremd", "Drei.btc" }));
+    ASSERT_TRUE(store.AddTemplate(0, { "Zwei.btc", "fremd", "Zwei.btc" }));
     ASSERT_TRUE(store.AddTemplate(0, { "def", "fremd", "Batches.def" }));
-
     ASSERT_TRUE(store.Remove(0));
-    EXPECT_FALSE(Exists("Eins_0.mtb") || Exists("Eins.btc"));
-    EXPECT_TRUE(Exists("Zwei_0.mtb") && Exists("Drei.btc"));
+    EXPECT_FALSE(Exists("Werk A_0.mtb") || Exists("Trafo_1.mtb") || Exists("Werk~A.btc"));
+    EXPECT_TRUE(Exists("Zwei_0.mtb") && Exists("Zwei.btc") && Exists("Trafo_2.mtb"));
     BatchStore again = Reloaded();
-    EXPECT_EQ(Names(again), (QStringList { "Zwei|Memo Zwei", "Drei|Memo Drei" }));
+    EXPECT_EQ(Names(again), (QStringList { "Zwei|Memo Zwei", "Kopie von Werk A|Kopie" }));
     EXPECT_EQ(Files(again, 0), QStringList { "Zwei_0.mtb|Vorlage Zwei_0.mtb|Zwei_0.mtb" });
 
     // Removing a template keeps a file that another template still names.

@@ -23,6 +23,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
 
 // Pages with a filled black rectangle from (2000, 3000) to (6000, 5000) twips on each.
@@ -213,23 +215,16 @@ TEST_F(PreviewTest, ClosingReleasesTheDocumentAndStoresTheZoomForTheNextStart)
 TEST_F(PreviewTest, FindWalksThroughTheTextsOfAllPages)
 {
     frm_Preview& preview = *m_preview;
-    // "nord" in four texts in varying case, one low on page 2.
-    auto document = std::make_shared<ReportDocument>();
-    const QRectF first(1500, 2000, 6000, 400);
-    const QRectF low(1500, 14000, 6000, 400);
-    const QRectF second(1500, 15000, 6000, 400);
-    const QRectF third(1500, 6000, 6000, 400);
-    const auto text = [](ReportPage& page, const QString& text, const QRectF& rect) {
-        page.DrawText(text, rect.left(), rect.top(), rect.width(), rect.height());
-    };
-    for (int i = 0; i < 3; ++i)
-        text(document->AddPage(false), QStringLiteral("Kopf"), QRectF(1500, 1000, 6000, 400));
-    text(document->Page(0), QStringLiteral("Lastgang Nord"), first);
+    // "nord" in four texts in varying case, one low on page 2; a line is no text.
+    const QRectF first(1500, 2000, 6000, 400), low(1500, 14000, 6000, 400), second(1500, 15000, 6000, 400),
+        third(1500, 6000, 6000, 400), sued(1500, 4000, 6000, 400);
+    const std::tuple<int, QString, QRectF> texts[]
+        = { { 0, "Kopf", QRectF(1500, 1000, 6000, 400) }, { 0, "Lastgang Nord", first }, { 1, "Zähler Süd", sued },
+              { 1, "Nordost", low }, { 1, "Nordwest", second }, { 2, "NORD gesamt", third } };
+    auto document = Document(3);
     document->Page(1).DrawLine(1500, 3000, 9000, 3000);
-    text(document->Page(1), QStringLiteral("Zähler Süd"), QRectF(1500, 4000, 6000, 400));
-    text(document->Page(1), QStringLiteral("Nordost"), low);
-    text(document->Page(1), QStringLiteral("Nordwest"), second);
-    text(document->Page(2), QStringLiteral("NORD gesamt"), third);
+    for (const auto& [page, text, rect] : texts)
+        document->Page(page).DrawText(text, rect.left(), rect.top(), rect.width(), rect.height());
     preview.SetReport(document);
     Zoom(frm_Preview::ZoomPageWidth);
     preview.activateWindow();
@@ -271,13 +266,13 @@ TEST_F(PreviewTest, FindWalksThroughTheTextsOfAllPages)
     preview.ShowPage(2);
     box->clear();
     QTest::keyClicks(box, QStringLiteral("SÜD"));
-    step(Qt::Key_Return, {}, 1, QRectF(1500, 4000, 6000, 400));
+    step(Qt::Key_Return, {}, 1, sued);
     EXPECT_TRUE(box->styleSheet().isEmpty());
 
     box->clear();
     QTest::keyClicks(box, QStringLiteral("Westen"));
     EXPECT_FALSE(preview.Find());
-    expectHit(1, QRectF(1500, 4000, 6000, 400));
+    expectHit(1, sued);
     EXPECT_FALSE(box->styleSheet().isEmpty());
     // Typing again takes the red away; Escape leaves the box, not the preview.
     QTest::keyClick(box, Qt::Key_Backspace);
