@@ -376,50 +376,13 @@ TEST_F(CommandsTest, ClosingAChangedViewAsksOrNotAsTheSettingSays)
     }
 }
 
-TEST_F(CommandsTest, WindowCommandsArrangeTheViewsInsideTheWorkspace)
+TEST_F(CommandsTest, FileAndWindowCommandsOnTheViews)
 {
-    ASSERT_TRUE(QFile::copy(out.filePath("main.sor"), out.filePath("second.sor")));
-    ASSERT_TRUE(OpenMain());
-    ASSERT_TRUE(project.OpenMeasuring(out.filePath("second.sor"), false));
-    Settle();
     QMdiArea* area = project.MainWindow()->MdiArea();
-    const QRect room = area->viewport()->rect();
-    for (QMdiSubWindow* window : area->subWindowList())
-        EXPECT_TRUE(room.contains(window->geometry())) << "a new view opens wholly inside";
-
-    Tool("mnuWindowHoriz")->trigger();
-    const QList<QMdiSubWindow*> windows = area->subWindowList();
-    ASSERT_EQ(windows.size(), 2);
-    EXPECT_EQ(windows[0]->width(), room.width());
-    EXPECT_EQ(windows[0]->height() + windows[1]->height(), room.height());
-    Tool("mnuWindowVert")->trigger();
-    EXPECT_EQ(windows[0]->height(), room.height());
-    EXPECT_EQ(windows[0]->width() + windows[1]->width(), room.width());
-
-    // Ctrl+Tab and Ctrl+Shift+Tab step through the views in the menu's order.
-    QMdiSubWindow* first = area->activeSubWindow();
-    QTest::keyClick(project.MainWindow(), Qt::Key_Tab, Qt::ControlModifier);
-    EXPECT_NE(area->activeSubWindow(), first);
-    QTest::keyClick(project.MainWindow(), Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(area->activeSubWindow(), first);
-
-    QMenu* menu = Bar().Menu("mnuWindows");
-    emit menu->aboutToShow();
-    QStringList listed;
-    for (QAction* action : menu->actions())
-        if (action->property("windowEntry").toBool())
-            listed << action->text();
-    ASSERT_EQ(listed.size(), 2);
-    EXPECT_TRUE(listed[0].startsWith("&1 ") && listed[1].startsWith("&2 "));
-}
-
-TEST_F(CommandsTest, FileMenuOpensSavesExportsAndClosesViews)
-{
-    frm_Main& window = *project.MainWindow();
     Measuring* view = OpenMain();
     ASSERT_TRUE(view);
-    ASSERT_EQ(window.MdiArea()->subWindowList().size(), 1);
-    EXPECT_TRUE(window.MdiArea()->subWindowList().first()->isMaximized()) << "the first view fills the area";
+    ASSERT_EQ(area->subWindowList().size(), 1);
+    EXPECT_TRUE(area->subWindowList().first()->isMaximized()) << "the first view fills the area";
     EXPECT_EQ(project.GetActiveMeasuring(), view);
     EXPECT_EQ(project.OpenMeasuring(out.filePath("main.sor"), false), view) << "a file is open once";
     EXPECT_FALSE(project.OpenMeasuring(out.filePath("none.sor"), false));
@@ -454,15 +417,48 @@ TEST_F(CommandsTest, FileMenuOpensSavesExportsAndClosesViews)
     EXPECT_EQ(view->GetDiagrammAsPicture(picture, 0), -1);
 
     view->SetName("Umbenannt");
-    window.Tool("mnuFileSave")->trigger();
+    Tool("mnuFileSave")->trigger();
     EXPECT_FALSE(view->Changed());
     EXPECT_TRUE(ReadAll(out.filePath("main.sor")).contains("<name>Umbenannt</name>"));
 
-    // Closed by its own frame, the view goes and takes the frame with it.
-    ASSERT_TRUE(window.MdiArea()->currentSubWindow()->close());
-    EXPECT_TRUE(project.Measurings().empty());
+    // A second view: the window commands arrange both inside the workspace.
+    ASSERT_TRUE(QFile::copy(out.filePath("main.sor"), out.filePath("second.sor")));
+    ASSERT_TRUE(project.OpenMeasuring(out.filePath("second.sor"), false));
     Settle();
-    EXPECT_TRUE(window.MdiArea()->subWindowList().isEmpty());
+    const QRect room = area->viewport()->rect();
+    for (QMdiSubWindow* frame : area->subWindowList())
+        EXPECT_TRUE(room.contains(frame->geometry())) << "a new view opens wholly inside";
+
+    Tool("mnuWindowHoriz")->trigger();
+    const QList<QMdiSubWindow*> windows = area->subWindowList();
+    ASSERT_EQ(windows.size(), 2);
+    EXPECT_EQ(windows[0]->width(), room.width());
+    EXPECT_EQ(windows[0]->height() + windows[1]->height(), room.height());
+    Tool("mnuWindowVert")->trigger();
+    EXPECT_EQ(windows[0]->height(), room.height());
+    EXPECT_EQ(windows[0]->width() + windows[1]->width(), room.width());
+
+    // Ctrl+Tab and Ctrl+Shift+Tab step through the views in the menu's order.
+    QMdiSubWindow* first = area->activeSubWindow();
+    QTest::keyClick(project.MainWindow(), Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_NE(area->activeSubWindow(), first);
+    QTest::keyClick(project.MainWindow(), Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(area->activeSubWindow(), first);
+
+    QMenu* menu = Bar().Menu("mnuWindows");
+    emit menu->aboutToShow();
+    QStringList listed;
+    for (QAction* action : menu->actions())
+        if (action->property("windowEntry").toBool())
+            listed << action->text();
+    ASSERT_EQ(listed.size(), 2);
+    EXPECT_TRUE(listed[0].startsWith("&1 ") && listed[1].startsWith("&2 "));
+
+    // Closed by its own frame, a view goes and takes the frame with it.
+    ASSERT_TRUE(area->currentSubWindow()->close());
+    EXPECT_EQ(project.Measurings().size(), 1u);
+    Settle();
+    EXPECT_EQ(area->subWindowList().size(), 1);
 }
 
 TEST_F(CommandsTest, EndingSavesAndAsksEveryViewAndForceEndsRegardless)

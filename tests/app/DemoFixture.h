@@ -94,10 +94,12 @@ protected:
         return command.action == CommandLine::Action::Print ? RunPrint(command.job, project, error)
                                                             : RunExport(command.job, project, error);
     }
-    void ExportCsv(const QString& view, const QString& csv)
+    // The table export into `csv` of the command line's view, window and resolution.
+    void ExportCsv(const QStringList& arguments, const QString& csv)
     {
         QString error;
-        ASSERT_EQ(Headless({ "--export-csv", csv, view }, error), ExitCode::Ok) << error.toStdString();
+        ASSERT_EQ(Headless(QStringList { "--export-csv", csv } + arguments, error), ExitCode::Ok)
+            << error.toStdString();
     }
     // Answers the modal windows as they come up, each with the next step; a window beyond the
     // steps is a failure and is rejected, so that a test never hangs on it.

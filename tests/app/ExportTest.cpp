@@ -82,9 +82,7 @@ std::vector<double> Reference(const Expected& view, const Column& column)
 
 void CompareTable(const QString& csvFile, const Expected& view)
 {
-    QFile file(csvFile);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << csvFile.toStdString();
-    QStringList lines = QString::fromUtf8(file.readAll()).split("\r\n");
+    QStringList lines = QString::fromUtf8(ReadAll(csvFile)).split("\r\n");
     ASSERT_EQ(lines.takeLast(), "");
     QStringList header { "\"Zeitstempel\"" };
     for (const Column& column : view.columns)
@@ -109,16 +107,7 @@ void CompareTable(const QString& csvFile, const Expected& view)
     }
 }
 
-class ExportTest : public DemoFixture
-{
-protected:
-    void ExportOk(const QStringList& arguments, const QString& csv)
-    {
-        QString error;
-        ASSERT_EQ(Headless(QStringList { "--export-csv", csv } + arguments, error), ExitCode::Ok)
-            << error.toStdString();
-    }
-};
+using ExportTest = DemoFixture;
 
 TEST_F(ExportTest, ExampleViewsExportTheDatabaseValuesOnTheirGrid)
 {
@@ -138,7 +127,7 @@ TEST_F(ExportTest, ExampleViewsExportTheDatabaseValuesOnTheirGrid)
     for (const auto& example : examples) {
         SCOPED_TRACE(example.file.toStdString());
         const QString csv = out.filePath(example.file + ".csv");
-        ExportCsv(Examples + '/' + example.file, csv);
+        ExportCsv({ Examples + '/' + example.file }, csv);
         CompareTable(csv, example.view);
     }
     // The one-day view covers a failed sensor, so the gap rule is at work.
@@ -148,13 +137,13 @@ TEST_F(ExportTest, ExampleViewsExportTheDatabaseValuesOnTheirGrid)
 
     // Window and resolution from the command line; the date and time may come unquoted.
     const QString csv = out.filePath("day.csv");
-    ExportOk({ "--from", "2025-03-12", "--to", "2025-03-14", "12:00:00", "--resolution", "1h", MainView }, csv);
+    ExportCsv({ "--from", "2025-03-12", "--to", "2025-03-14", "12:00:00", "--resolution", "1h", MainView }, csv);
     CompareTable(csv, { "2025-03-12 00:00:00", 60, 3600, examples[0].view.columns });
     // One bound alone keeps the view's week.
-    ExportOk({ "--to=2025-03-24", MainView }, csv);
+    ExportCsv({ "--to=2025-03-24", MainView }, csv);
     CompareTable(csv, { "2025-03-17 00:00:00", 7 * 96, 900, examples[0].view.columns });
     // A window that starts before the data: its first day is a gap, never zeros.
-    ExportOk({ "--from", "2023-12-31", "--to", "2024-01-01 12:00:00", "--resolution", "1h", MainView }, csv);
+    ExportCsv({ "--from", "2023-12-31", "--to", "2024-01-01 12:00:00", "--resolution", "1h", MainView }, csv);
     CompareTable(csv, { "2023-12-31 00:00:00", 36, 3600, examples[0].view.columns });
     const std::vector<double> before = Reference({ "2023-12-31 00:00:00", 36, 3600, {} }, examples[0].view.columns[1]);
     EXPECT_EQ(std::count(before.begin(), before.end(), NoValue), 24);

@@ -13,11 +13,8 @@
 #include <QAction>
 #include <QApplication>
 #include <QLabel>
-#include <QLocale>
 #include <QProgressBar>
 #include <QTimer>
-
-#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -26,22 +23,16 @@ namespace {
 namespace S = TestModuleScript;
 
 const QString KeyDataModules = QStringLiteral("Software\\HARVOLD\\DataModules");
-const QString Source = QStringLiteral("Project.LoadDataModules");
 
 class ProjectTest : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        qputenv("SORANO_MODULE_PATH", SORANO_TEST_MODULE_DIR);
-        m_savedWhoAmI = std::exchange(g_sWhoAmI, QString());
-    }
+    void SetUp() override { qputenv("SORANO_MODULE_PATH", SORANO_TEST_MODULE_DIR); }
     void TearDown() override
     {
-        g_sWhoAmI = m_savedWhoAmI;
+        g_sWhoAmI.clear();
         QLocale::setDefault(QLocale::c());
     }
-
     void Register(const QString& name, const QString& data, const QVariantMap& script = {})
     {
         S::SetScript(name, script);
@@ -49,9 +40,6 @@ protected:
     }
 
     TempSettings roots;
-
-private:
-    QString m_savedWhoAmI;
 };
 
 TEST_F(ProjectTest, CaptionIsTheConfiguredNameAndMessagesSetTheStatusTextAndTheProgress)
@@ -104,9 +92,8 @@ TEST_F(ProjectTest, RegistrationsAreBoundInOrderAndMalformedOrDuplicateOnesSkipp
     for (const ModuleBoxPtr& box : project.DataModules())
         addresses << box->Address() + "=" + box->Name();
     EXPECT_EQ(addresses, QStringList({ "1=Alpha", "2=Eps" })) << "a failing handler hand-over binds all the same";
-    const ModuleBoxPtr eps = project.DataModules().Item("02");
-    EXPECT_TRUE(eps && eps->Name() == "Eps") << "addresses are found as numbers";
-    const QStringList lines = log.From(Source);
+    EXPECT_EQ(project.DataModules().Item("02"), project.DataModules().At(1)) << "addresses are found as numbers";
+    const QStringList lines = log.From("Project.LoadDataModules");
     EXPECT_EQ(lines.filter("invalid module-registration").size(), 3) << log.Dump();
     EXPECT_EQ(lines.filter("address 01 is already used by Alpha").size(), 1) << log.Dump();
     // Only bound modules get the handler; the duplicate is never created.

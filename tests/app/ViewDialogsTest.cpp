@@ -108,9 +108,9 @@ TEST_F(ViewDialogsTest, ASumMadeInTheCurveDialogExportsAsTheSumAndComesBackWithT
     }
 
     // Exported headless, the sum column is the sum of the two channels exported alone.
-    ExportCsv(saved, out.filePath("sum.csv"));
-    ExportCsv(Examples + "/Hauptzaehler.sor", out.filePath("hall.csv"));
-    ExportCsv(out.filePath("office.sor"), out.filePath("office.csv"));
+    ExportCsv({ saved }, out.filePath("sum.csv"));
+    ExportCsv({ Examples + "/Hauptzaehler.sor" }, out.filePath("hall.csv"));
+    ExportCsv({ out.filePath("office.sor") }, out.filePath("office.csv"));
     const std::vector<QStringList> sum = ReadTable(out.filePath("sum.csv"));
     const std::vector<QStringList> hall = ReadTable(out.filePath("hall.csv"));
     const std::vector<QStringList> other = ReadTable(out.filePath("office.csv"));
