@@ -110,7 +110,7 @@ TEST(ReportDocument, PdfAndPrinterGetOneA4PagePerPageInItsOrientation)
 
 // Margins 20 / 10 / 15 / 10 mm, head 15 and foot 10 mm: the head line lies at 30 mm = 1701
 // twips, the foot line at 16838 - 20 mm = 15704, both from 1134 to 11906 - 10 mm = 11339.
-TEST(ReportPageBuilder, DrawsHeadAndFootTextsAndTheirLinesUnlessTheSettingSaysNo)
+TEST(ReportPageBuilder, DrawsHeadAndFootTextsTheirLinesUnlessTheSettingSaysNoAndPageNumbers)
 {
     TempSettings roots;
     Settings::Write(Settings::Id::ReportLeft, QStringLiteral("20"));
@@ -169,23 +169,19 @@ TEST(ReportPageBuilder, DrawsHeadAndFootTextsAndTheirLinesUnlessTheSettingSaysNo
     ASSERT_NE(page, nullptr);
     EXPECT_EQ(TextsOf(*page).size(), 2u);
     EXPECT_TRUE(LinesOf(*page).empty());
-}
 
-TEST(ReportPageBuilder, PageNumbersReplaceTheToken)
-{
-    TempSettings roots;
-    ReportDocument document;
-    ReportPageBuilder builder;
-    builder.SetDocument(&document);
+    // Page numbers in a document of their own.
+    ReportDocument numbered;
+    builder.SetDocument(&numbered);
     for (int i = 0; i < 3; ++i)
         AddPage(builder, 1, QStringLiteral("Kopf"), QString(), QString(), QStringLiteral("Blatt: %PAGE%"));
-    ReportPageBuilder::NumberPages(document);
+    ReportPageBuilder::NumberPages(numbered);
     for (qsizetype i = 0; i < 3; ++i) {
-        const std::vector<DrawnText> texts = TextsOf(document.Page(i));
+        const std::vector<DrawnText> texts = TextsOf(numbered.Page(i));
         ASSERT_EQ(texts.size(), 2u);
         EXPECT_EQ(texts[1].text, QStringLiteral("Blatt: Seite %1 von 3").arg(i + 1));
     }
-    ReportPage& single = document.AddPage(false);
+    ReportPage& single = numbered.AddPage(false);
     single.DrawText(QStringLiteral("%PAGE%"), 0, 0, 1000, 200);
     ReportPageBuilder::SetPageNumber(single, 2, 3);
     EXPECT_EQ(TextsOf(single).front().text, QStringLiteral("Seite 2 von 3"));
