@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "CsvFileIndex.h"
 
+#include "Calendar.h"
 #include "FreshMemory.h"
 
 #include <QDateTime>
@@ -265,8 +266,8 @@ std::pair<qsizetype, qsizetype> CsvFileIndex::Window(double from, double to) con
 {
     if (!(from <= to))
         return { 0, 0 };
-    const auto first = std::lower_bound(m_times.begin(), m_times.end(), from);
-    const auto last = std::upper_bound(first, m_times.end(), to);
+    const auto first = std::lower_bound(m_times.begin(), m_times.end(), from - Calendar::HalfMillisecond);
+    const auto last = std::upper_bound(first, m_times.end(), to + Calendar::HalfMillisecond);
     return { first - m_times.begin(), last - m_times.begin() };
 }
 

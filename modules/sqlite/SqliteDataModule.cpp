@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SqliteDataModule.h"
 
+#include "Calendar.h"
 #include "ModuleSettings.h"
 #include "RegistryKey.h"
 #include "SqliteSchema.h"
@@ -21,10 +22,7 @@ const QString BusyTimeoutValue = QStringLiteral("BusyTimeout");
 const QString OpenTitle = QStringLiteral("error opening database");
 const QString ReadTitle = QStringLiteral("error reading database");
 
-// Window bounds are inclusive; half a millisecond absorbs the rounding of dates that the caller
-// and the logger computed in different ways.
-constexpr double HalfMillisecond = 0.5 / 86'400'000.0;
-
+// Window bounds are inclusive, widened by half a millisecond (see Calendar::HalfMillisecond).
 constexpr std::string_view DataSql
     = "SELECT time, value FROM samples WHERE channel = ?1 AND time >= ?2 AND time <= ?3 ORDER BY time";
 constexpr std::string_view FirstSql = "SELECT time FROM samples WHERE channel = ?1 ORDER BY time LIMIT 1";
@@ -648,8 +646,8 @@ qint32 SqliteDataModule::GetData(
         sqlite3_stmt* query = m_cDataQuery.get();
         sqlite3_reset(query);
         sqlite3_bind_int64(query, 1, id);
-        sqlite3_bind_double(query, 2, from - HalfMillisecond);
-        sqlite3_bind_double(query, 3, to + HalfMillisecond);
+        sqlite3_bind_double(query, 2, from - Calendar::HalfMillisecond);
+        sqlite3_bind_double(query, 3, to + Calendar::HalfMillisecond);
         m_cTimes.clear();
         m_cValues.clear();
         while ((rc = sqlite3_step(query)) == SQLITE_ROW) {

@@ -59,6 +59,10 @@ std::int64_t Diff(Unit unit, double from, double to);
 // whatever a caller passes in (missing values such as -1e300 included).
 constexpr std::int64_t MaxDays = 10'000'000;
 
+// Half a millisecond in days. Times count to the millisecond, so a window over stored samples
+// is widened by it on both sides: a bound computed a few microseconds off still takes its sample.
+constexpr double HalfMillisecond = 0.5 / 86'400'000.0;
+
 // The date as whole milliseconds since day 0, the base of all arithmetic here. Below day 0 the
 // integer part counts days backwards while the fraction still counts the time forwards from
 // midnight: -1.25 is 1899-12-29 06:00. Inline, because the time grid converts every sample.

@@ -148,6 +148,8 @@ inline void CheckWindows(DataModuleInterface& module, const QString& id, double 
     } cases[] = {
         { "bounds on samples", t0 + step, t0 + 6 * step, 1, 6 },
         { "bounds a second inside", t0 + step + second, t0 + 6 * step - second, 2, 4 },
+        // Times count to the millisecond: bounds microseconds off the samples still take them.
+        { "bounds microseconds inside", t0 + step + 1e-10, t0 + 6 * step - 1e-10, 1, 6 },
         { "one sample", t0 + last * step, t0 + last * step, count - 1, 1 },
         { "between samples", t0 + 2.25 * step, t0 + 2.75 * step, 0, 0 },
         { "from after to", t0 + 6 * step, t0 + step, 0, 0 },

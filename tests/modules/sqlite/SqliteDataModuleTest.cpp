@@ -93,9 +93,6 @@ TEST_F(SqliteDataModuleTest, OverviewAndStructureListTheChannelsInTheirFormats)
 TEST_F(SqliteDataModuleTest, WindowsAndPeriodsComeFromTheSamplesOrLeaveTheDatesUntouched)
 {
     CheckWindows(*module, "301", Day, Quarter, PowerSamples, [](int k) { return k == NullSample ? -1e300 : 1.5 * k; });
-    // Bounds microseconds off the samples still take them: times count to the millisecond.
-    EXPECT_EQ(BlockRows(Read(*module, { "301" }, Day + Quarter + 1e-10, Day + 6 * Quarter - 1e-10)),
-        std::vector<qsizetype> { 6 });
     // The logger's id and the row id alike, blanks around the parts allowed.
     EXPECT_EQ(Period(*module, "30#1"), Period(*module, "301"));
     for (const QString id : { " 302 ", " 30 # 2 " })
