@@ -137,8 +137,7 @@ TEST_F(ReportsTest, TablePagesRepeatTwoRowsAndStopByTheRowCount)
         std::vector<qsizetype> timesPerPage;
     };
     for (const Case& c : { Case { 96, 14, {} }, Case { 31, 4, { 9, 9, 9, 10 } }, Case { 22, 3, { 9, 9, 8 } },
-             Case { 20, 3, { 9, 9, 6 } }, Case { 13, 2, { 9, 6 } }, Case { 10, 1, { 10 } }, Case { 6, 1, { 6 } },
-             Case { 0, 0, {} } }) {
+             Case { 13, 2, { 9, 6 } }, Case { 10, 1, { 10 } }, Case { 0, 0, {} } }) {
         SCOPED_TRACE(c.rows);
         KeepRows(c.rows);
         host.messages.clear();
