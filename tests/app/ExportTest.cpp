@@ -207,6 +207,12 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
         EXPECT_TRUE(error.contains(c.message)) << error.toStdString();
     }
 
+    // The program as built exports without a display.
+    QString error;
+    const QString png = out.filePath("main.png");
+    EXPECT_EQ(RunProgram({ "--export-png", png, MainView }, error), 0) << error.toStdString();
+    EXPECT_EQ(QImage(png).size(), MeasuringExport::OffscreenChartSize) << "a view never shown gets the fixed size";
+
     // A copy of the demo database whose samples can't be read while its channels still list.
     const QString broken = out.filePath("broken.sqlite");
     ASSERT_TRUE(QFile::copy(Demo, broken));
@@ -230,11 +236,15 @@ TEST_F(ExportTest, BadInputEndsWithAMessageAndAnExitCode)
     ASSERT_EQ(file.write(QByteArray(pageSize, '\xff')), pageSize);
     file.close();
     roots.SetMachine("Software\\HARVOLD\\ModuleSettings\\Demo", "Database", broken);
-
-    QString error;
     EXPECT_EQ(Headless({ "--export-csv", target, MainView }, error), ExitCode::View);
     EXPECT_TRUE(error.contains("Demo")) << error.toStdString();
     EXPECT_FALSE(QFile::exists(target)) << "no file of gaps that look like missing measurements";
+
+    // The program's failures reach stderr.
+    EXPECT_EQ(RunProgram({ "--export-csv", target, MainView }, error), ExitCode::View);
+    // The toolkit may warn before; the message is the last line.
+    EXPECT_TRUE(error.trimmed().section('\n', -1).startsWith("sorano: ") && error.contains("Demo"))
+        << error.toStdString();
 }
 
 TEST(MeasuringExportTest, ChartExtensionIsAppendedUnlessTheNameEndsInItExactly)
