@@ -483,8 +483,9 @@ void frm_ProfileProperties::ToggleChannel(QTreeWidgetItem* item)
 void frm_ProfileProperties::HarvestChannels()
 {
     m_colNames.clear();
+    // A profile names its channels: one of a name in two places of the tree is one channel.
     ChannelSelection::ForEachNode(m_trvChannels, [this](QTreeWidgetItem* item) {
-        if (IsChecked(item))
+        if (IsChecked(item) && !m_colNames.contains(item->text(0)))
             m_colNames << item->text(0);
     });
 }
