@@ -346,7 +346,7 @@ void Project::ShowError(const QString& text)
 
 bool Project::Busy() const
 {
-    return m_bPrinting || std::any_of(m_colMeasurings.begin(), m_colMeasurings.end(), [](const auto& measuring) {
+    return m_bPrinting || m_bBatchBusy || std::any_of(m_colMeasurings.begin(), m_colMeasurings.end(), [](const auto& measuring) {
         return measuring->Refreshing();
     });
 }

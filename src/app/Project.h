@@ -185,8 +185,8 @@ private:
     void DeleteDropped();
     // Runs the closes and the end that came in while views were refreshing.
     void RunWaitingCloses();
-    // A view refreshes or reports run: both let events through, and a view closed or the
-    // program ended meanwhile waits until they are over.
+    // A view refreshes, reports or a batch command run: they let events through, and a view
+    // closed or the program ended meanwhile waits until they are over.
     bool Busy() const;
     void RunIntoPreview(std::vector<ReportPtr>& reports, const std::vector<qint32>& orientations,
         const std::vector<Measuring*>& measurings, bool batch);
@@ -194,6 +194,7 @@ private:
     bool m_bBarBusy = false; // the program itself changes tools: their events are not the user's
     bool m_bCommandsHeld = false; // commands are off for a refresh
     bool m_bPrinting = false; // reports run over the views
+    bool m_bBatchBusy = false; // a batch command runs, opening and closing views of its own
     ToolRegistry* m_cBar = nullptr; // owned by the main window
     std::unique_ptr<AddIns> m_cAddIns;
     std::unique_ptr<RecentList> m_cRecentList;

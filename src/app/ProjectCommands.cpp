@@ -17,6 +17,7 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QTimer>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
@@ -186,9 +187,16 @@ void Project::ToolClick(const QString& clicked)
     // A layout or an add-in of the other edition names the configuration tool differently.
     const QString name = clicked == QLatin1String("mnuQUANDELConfig") ? QStringLiteral("mnuExtrasConfig") : clicked;
     m_cAddIns->ToolClick(name);
-    if (m_cBatch && m_cBatch->ToolClick(name)) {
-        UpdateToolStates();
-        return;
+    if (m_cBatch) {
+        // A batch run lets events through between its views; an end asked for meanwhile waits.
+        m_bBatchBusy = true;
+        const bool handled = m_cBatch->ToolClick(name);
+        m_bBatchBusy = false;
+        if (handled) {
+            UpdateToolStates();
+            QTimer::singleShot(0, this, &Project::RunWaitingCloses);
+            return;
+        }
     }
     // Looked up after the add-ins, which may have closed a view.
     Measuring* view = GetActiveMeasuring();
