@@ -4,6 +4,7 @@
 // day, and a batch of three templates over ten loggers. The logger database is written once
 // into a temporary folder; the stages of a run (opening and refreshing the views, the reports,
 // the PDF) are counted apart.
+#include "AllocationCounter.h"
 #include "BatchHost.h"
 #include "BatchRun.h"
 #include "Measuring.h"
@@ -22,8 +23,6 @@
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
-
-#include <sys/resource.h>
 
 #include <cmath>
 #include <cstdio>
@@ -241,13 +240,6 @@ BenchHost& Host()
 {
     static BenchHost host;
     return host;
-}
-
-double PeakMegabytes()
-{
-    rusage usage {};
-    getrusage(RUSAGE_SELF, &usage);
-    return double(usage.ru_maxrss) / 1024.0;
 }
 
 // Seconds spent in each stage of the runs, summed over the iterations.

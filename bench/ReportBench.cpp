@@ -2,6 +2,7 @@
 // Printing a year of 15-minute demo data as the table report into PDF (two curves in
 // portrait, ten in landscape), beside a plain PDF loop that draws the same texts and lines at
 // the same places; and one preview page drawn on screen.
+#include "AllocationCounter.h"
 #include "DemoHost.h"
 #include "Measuring.h"
 #include "ReportDocument.h"
@@ -17,8 +18,6 @@
 #include <QPdfWriter>
 
 #include <benchmark/benchmark.h>
-
-#include <sys/resource.h>
 
 #include <cstdio>
 #include <memory>
@@ -66,13 +65,6 @@ Demo& TheDemo()
 {
     static Demo demo;
     return demo;
-}
-
-double PeakMegabytes()
-{
-    rusage usage {};
-    getrusage(RUSAGE_SELF, &usage);
-    return double(usage.ru_maxrss) / 1024.0;
 }
 
 std::unique_ptr<ReportDocument> TableReport(Measuring& view, qint32 orientation)
