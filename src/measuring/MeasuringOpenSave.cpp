@@ -207,16 +207,17 @@ qint32 Measuring::OpenFile(const QString& path, bool hidden)
     ctl_NavBar& bar = *m_cGraph->nav_Navigate();
     bar.SetDateFirst(FirstDataDate());
     bar.SetDateLast(LastDataDate());
-    // A temporary view gets its window from the batch run that opened it, which fetches then.
+    // A temporary view gets its window from the batch run that opened it, which fetches and
+    // titles its axes then.
     if (!m_bTemporary) {
         if (bar.DateFrom() != 0.0 && bar.DateTo() != 0.0)
             RefreshData(bar.DateFrom(), bar.DateTo(), nullptr, true);
         else
             ChooseFirstWindow(false);
+        UpdateAxisTitles();
+        AdjustAxis(ChartAxis::Y1);
+        AdjustAxis(ChartAxis::Y2);
     }
-    UpdateAxisTitles();
-    AdjustAxis(ChartAxis::Y1);
-    AdjustAxis(ChartAxis::Y2);
     if (!hidden)
         m_cGraph->show();
     RedrawCursors();

@@ -147,6 +147,10 @@ std::vector<Measuring*> PrepareBatch(BatchRunHost& host, const std::vector<Batch
         // Before the refresh, so that a title naming the customer shows the new one.
         SetAddress(*view, settings.customer);
         view->Refresh(true);
+        // What opening a view does once its data is there.
+        view->UpdateAxisTitles();
+        view->AdjustAxis(ChartAxis::Y1);
+        view->AdjustAxis(ChartAxis::Y2);
         view->MarkExtremes(settings.minCursor, settings.maxCursor);
     }
     return views;
@@ -248,10 +252,11 @@ std::vector<Measuring*> PrepareSerial(BatchRunHost& host, const QString& templat
             const QString firstUnit = curves.front()->Unit();
             for (size_t i = 1; i < curves.size(); ++i)
                 curves[i]->SetYAxis(serial.twoAxes || curves[i]->Unit() != firstUnit ? 1 : 0);
-            if (!serial.manualAxes) {
-                view->AdjustAxis(ChartAxis::Y1);
-                view->AdjustAxis(ChartAxis::Y2);
-            }
+        }
+        view->UpdateAxisTitles();
+        if (!serial.manualAxes) {
+            view->AdjustAxis(ChartAxis::Y1);
+            view->AdjustAxis(ChartAxis::Y2);
         }
         const bool rightAxis
             = std::any_of(curves.begin(), curves.end(), [](const auto& curve) { return curve->YAxis() == 1; });
