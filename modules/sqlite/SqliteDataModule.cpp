@@ -2,6 +2,7 @@
 #include "SqliteDataModule.h"
 
 #include "Calendar.h"
+#include "LoggerCatalog.h"
 #include "ModuleSettings.h"
 #include "RegistryKey.h"
 #include "SqliteSchema.h"
@@ -35,21 +36,10 @@ constexpr std::string_view ChannelsSql = "SELECT id, name, category, parent_chan
 constexpr std::string_view OverviewSql
     = "SELECT id, name, unit, data_type, category, path_id FROM channels ORDER BY id";
 
-// At most this many ids are named in one log line.
-constexpr std::size_t NamedIds = 10;
-
 QString ColumnText(sqlite3_stmt* statement, int column)
 {
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
     return text ? QString::fromUtf8(text, sqlite3_column_bytes(statement, column)) : QString();
-}
-
-// "$" separates the fields of the structure strings, so it may not occur inside one.
-QString Field(sqlite3_stmt* statement, int column)
-{
-    QString text = ColumnText(statement, column);
-    text.replace(QLatin1Char('$'), QLatin1Char('_'));
-    return text;
 }
 
 QString ToQString(std::string_view text)
@@ -67,17 +57,6 @@ bool SamePath(const QString& a, const QString& b)
 QString FormatSeconds(double seconds)
 {
     return QString::number(seconds, 'g', 15);
-}
-
-QString IdList(const std::vector<qint64>& ids)
-{
-    QStringList named;
-    for (std::size_t i = 0; i < ids.size() && i < NamedIds; ++i)
-        named << QString::number(ids[i]);
-    QString text = named.join(QStringLiteral(", "));
-    if (ids.size() > NamedIds)
-        text += QStringLiteral(" and %1 more").arg(ids.size() - NamedIds);
-    return text;
 }
 
 // The text of a log line ("Reading the samples ...") as the start of a reason ("reading ...").
@@ -349,34 +328,27 @@ qint32 SqliteDataModule::PrepareQueries(const QString& source)
 bool SqliteDataModule::ResolveChannel(const QString& channelId, qint64& id, int& rc, Numbering& numbering)
 {
     rc = SQLITE_OK;
-    const SqliteChannelIds::Parsed parsed = SqliteChannelIds::Parse(channelId);
-    if (parsed.form == SqliteChannelIds::Parsed::Form::RowId) {
+    const LoggerChannelIds::Parsed parsed = LoggerChannelIds::Parse(channelId);
+    if (parsed.form == LoggerChannelIds::Parsed::Form::RowId) {
         id = parsed.id;
         return true;
     }
-    if (parsed.form != SqliteChannelIds::Parsed::Form::Numbered)
+    if (parsed.form != LoggerChannelIds::Parsed::Form::Numbered)
         return false;
     auto category = numbering.constFind(parsed.category);
     if (category == numbering.constEnd()) {
         // Numbers depend on every channel of the category: read them all, once per call.
-        std::vector<SqliteChannelIds::Row> rows;
+        std::vector<std::pair<qint64, qint64>> rows;
         sqlite3_stmt* query = m_cCategoryQuery.get();
         sqlite3_reset(query);
         sqlite3_bind_int64(query, 1, parsed.category);
-        while ((rc = sqlite3_step(query)) == SQLITE_ROW) {
-            const qint64 row = sqlite3_column_int64(query, 0);
-            if (rows.empty() || rows.back().id != row) // a damaged file may repeat an id
-                rows.push_back({ row, parsed.category, sqlite3_column_int64(query, 1) });
-        }
+        while ((rc = sqlite3_step(query)) == SQLITE_ROW)
+            rows.emplace_back(sqlite3_column_int64(query, 0), sqlite3_column_int64(query, 1));
         sqlite3_reset(query);
         if (rc != SQLITE_DONE)
             return false;
         rc = SQLITE_OK;
-        const std::vector<qint64> numbers = SqliteChannelIds::Numbers(rows);
-        QHash<qint64, qint64> byNumber;
-        for (std::size_t i = 0; i < rows.size(); ++i)
-            byNumber.insert(numbers[i], rows[i].id);
-        category = numbering.insert(parsed.category, byNumber);
+        category = numbering.insert(parsed.category, LoggerCatalog::NumberMap(parsed.category, rows));
     }
     const auto found = category->constFind(parsed.number);
     if (found == category->constEnd())
@@ -446,64 +418,15 @@ qint32 SqliteDataModule::GetChannelOverview(ChannelCollection& channels, qint32&
     SqliteStatement query = PrepareStatement(m_db.get(), OverviewSql, rc);
     if (!query)
         return status = Fail(rc, ReadTitle, "Reading the channels", source);
-    struct Channel
-    {
-        QString name, unit;
-        qint32 dataType = 0;
-    };
-    std::vector<Channel> found;
-    std::vector<SqliteChannelIds::Row> rows;
-    while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) {
-        const qint64 id = sqlite3_column_int64(query.get(), 0);
-        if (!rows.empty() && rows.back().id == id) // a damaged file may repeat an id
-            continue;
-        rows.push_back({ id, sqlite3_column_int64(query.get(), 4), sqlite3_column_int64(query.get(), 5) });
-        found.push_back({ ColumnText(query.get(), 1), ColumnText(query.get(), 2), sqlite3_column_int(query.get(), 3) });
-    }
+    std::vector<LoggerCatalog::ChannelRow> rows;
+    while ((rc = sqlite3_step(query.get())) == SQLITE_ROW)
+        rows.push_back({ sqlite3_column_int64(query.get(), 0), ColumnText(query.get(), 1), ColumnText(query.get(), 2),
+            sqlite3_column_int(query.get(), 3), sqlite3_column_int64(query.get(), 4), 0,
+            sqlite3_column_int64(query.get(), 5) });
     if (rc != SQLITE_DONE)
         return status = Fail(rc, ReadTitle, "Reading the channels", source);
-
-    const std::vector<qint64> numbers = SqliteChannelIds::Numbers(rows);
-    const qint32 address = m_registration.address.toInt();
-    const auto add = [&](std::size_t i, const QString& id) {
-        auto channel = std::make_shared<DataMatrix>();
-        channel->SetChannelID(id);
-        channel->SetChannelName(found[i].name);
-        channel->SetUnit(found[i].unit);
-        channel->SetDataType(found[i].dataType);
-        channel->SetModuleAddress(address);
-        channels.Add(channel, id);
-    };
-    for (std::size_t i = 0; i < rows.size(); ++i)
-        add(i, SqliteChannelIds::Format(rows[i].category, numbers[i]));
-    // Then each channel once more under its row id, the id of views written before ids named
-    // their logger, so that such views find their channels. The trees list only the first form.
-    for (std::size_t i = 0; i < rows.size(); ++i)
-        add(i, QString::number(rows[i].id));
+    LoggerCatalog::FillOverview(rows, m_registration.address.toInt(), channels);
     return status;
-}
-
-void SqliteDataModule::LogTreeProblems(
-    const QString& rows, const SqliteTree::Result& result, const QString& source) const
-{
-    // rows is "categories" or "channels".
-    const QString where = rows + " of module " + m_registration.name + " (" + m_sDatabase + ")";
-    const QString capitalised = where.at(0).toUpper() + where.mid(1);
-    if (!result.duplicates.empty())
-        Log(ReadTitle,
-            "Rows of the " + where + " repeat the id of an earlier row and are left out: " + IdList(result.duplicates)
-                + ".",
-            source, 3);
-    if (!result.cyclic.empty())
-        Log(ReadTitle,
-            capitalised + " that are their own parents or lie in or below a cycle of parents are left out: "
-                + IdList(result.cyclic) + ".",
-            source, 3);
-    if (!result.tooDeep.empty())
-        Log(ReadTitle,
-            capitalised + " more than " + QString::number(SqliteTree::MaxDepth)
-                + " levels deep are left out: " + IdList(result.tooDeep) + ".",
-            source, 3);
 }
 
 qint32 SqliteDataModule::GetChannelStructure(QStringList& categories, QStringList& channels, qint32& status)
@@ -515,86 +438,36 @@ qint32 SqliteDataModule::GetChannelStructure(QStringList& categories, QStringLis
     if (!EnsureOpen(source, status))
         return status;
 
-    // The rows are read as they stand and put in order here, not by a recursive query: what a
-    // damaged file holds (an id twice, cycles of parents) can make such a query run forever.
-    struct Category
-    {
-        QString id, name, remark, parent, kind;
-    };
-    std::vector<Category> categoryRows;
-    std::vector<SqliteTree::Row> tree;
+    // The rows are read as they stand and put in order afterwards, not by a recursive query: what
+    // a damaged file holds (an id twice, cycles of parents) can make such a query run forever.
+    std::vector<LoggerCatalog::CategoryRow> categoryRows;
     int rc = SQLITE_OK;
     SqliteStatement query = PrepareStatement(m_db.get(), CategoriesSql, rc);
     if (!query)
         return status = Fail(rc, ReadTitle, "Reading the categories", source);
-    while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) {
-        const qint64 id = sqlite3_column_int64(query.get(), 0);
-        const qint64 parent = sqlite3_column_int64(query.get(), 3);
-        categoryRows.push_back({ QString::number(id), Field(query.get(), 1), Field(query.get(), 2),
-            QString::number(parent), Field(query.get(), 4).trimmed() });
-        tree.push_back({ id, parent, 0 });
-    }
+    while ((rc = sqlite3_step(query.get())) == SQLITE_ROW)
+        categoryRows.push_back({ sqlite3_column_int64(query.get(), 0), ColumnText(query.get(), 1),
+            ColumnText(query.get(), 2), sqlite3_column_int64(query.get(), 3), ColumnText(query.get(), 4) });
     if (rc != SQLITE_DONE)
         return status = Fail(rc, ReadTitle, "Reading the categories", source);
-    SqliteTree::Result order = SqliteTree::Order(tree);
-    LogTreeProblems(QStringLiteral("categories"), order, source);
-    for (const std::size_t i : order.order) {
-        const Category& c = categoryRows[i];
-        // A category without a kind is a plain one: four fields.
-        categories.append(
-            c.id + '$' + c.name + '$' + c.remark + '$' + c.parent + (c.kind.isEmpty() ? "" : "$" + c.kind));
-    }
 
-    struct ChannelRow
-    {
-        QString name;
-        qint64 parent = 0;
-        qint64 pathId = 0;
-    };
-    std::vector<ChannelRow> channelRows;
-    std::vector<SqliteChannelIds::Row> idRows; // the first row of each id
-    std::vector<std::size_t> idRowOf; // for each channel row its entry in idRows
-    QHash<qint64, std::size_t> firstOfId;
-    tree.clear();
+    std::vector<LoggerCatalog::ChannelRow> channelRows;
     query = PrepareStatement(m_db.get(), ChannelsSql, rc);
-    if (!query) {
-        categories.clear();
+    if (!query)
         return status = Fail(rc, ReadTitle, "Reading the channels", source);
-    }
-    while ((rc = sqlite3_step(query.get())) == SQLITE_ROW) {
-        const qint64 id = sqlite3_column_int64(query.get(), 0);
-        const qint64 category = sqlite3_column_int64(query.get(), 2);
-        const qint64 parent = sqlite3_column_int64(query.get(), 3);
-        const qint64 pathId = sqlite3_column_int64(query.get(), 4);
-        channelRows.push_back({ Field(query.get(), 1), parent, pathId });
-        const auto first = firstOfId.constFind(id);
-        if (first == firstOfId.constEnd()) {
-            firstOfId.insert(id, idRows.size());
-            idRowOf.push_back(idRows.size());
-            idRows.push_back({ id, category, pathId });
-        } else {
-            idRowOf.push_back(*first); // left out by the tree below
-        }
-        tree.push_back({ id, parent, category });
-    }
-    if (rc != SQLITE_DONE) {
-        categories.clear();
+    while ((rc = sqlite3_step(query.get())) == SQLITE_ROW)
+        channelRows.push_back({ sqlite3_column_int64(query.get(), 0), ColumnText(query.get(), 1), QString(), 0,
+            sqlite3_column_int64(query.get(), 2), sqlite3_column_int64(query.get(), 3),
+            sqlite3_column_int64(query.get(), 4) });
+    if (rc != SQLITE_DONE)
         return status = Fail(rc, ReadTitle, "Reading the channels", source);
-    }
-    const std::vector<qint64> numbers = SqliteChannelIds::Numbers(idRows);
-    const auto idOf
-        = [&](std::size_t idRow) { return SqliteChannelIds::Format(idRows[idRow].category, numbers[idRow]); };
-    order = SqliteTree::Order(tree);
-    LogTreeProblems(QStringLiteral("channels"), order, source);
-    for (const std::size_t i : order.order) {
-        const ChannelRow& c = channelRows[i];
-        const SqliteChannelIds::Row& row = idRows[idRowOf[i]];
-        // The parent as a channel id; a parent that is no channel counts as none, as in the tree.
-        const auto parent = c.parent >= 1 ? firstOfId.constFind(c.parent) : firstOfId.constEnd();
-        // The table has no remark of a channel: field 2 stays empty.
-        channels.append(idOf(idRowOf[i]) + '$' + c.name + "$$" + QString::number(row.category) + '$'
-            + (parent == firstOfId.constEnd() ? QStringLiteral("0") : idOf(*parent)) + '$' + QString::number(c.pathId));
-    }
+
+    LoggerCatalog::Structure structure = LoggerCatalog::BuildStructure(
+        categoryRows, channelRows, "module " + m_registration.name + " (" + m_sDatabase + ")");
+    for (const QString& problem : std::as_const(structure.problems))
+        Log(ReadTitle, problem, source, 3);
+    categories = std::move(structure.categories);
+    channels = std::move(structure.channels);
     return status;
 }
 

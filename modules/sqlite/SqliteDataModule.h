@@ -4,9 +4,8 @@
 #pragma once
 
 #include "DataModuleInterface.h"
-#include "SqliteChannelIds.h"
+#include "LoggerChannelIds.h"
 #include "SqliteHandles.h"
-#include "SqliteTree.h"
 
 #include <QHash>
 #include <QObject>
@@ -48,7 +47,7 @@ public:
     qint32 Initialize(const QString& param, qint32& status) override;
     qint32 GetChannelOverview(ChannelCollection& channels, qint32& status) override;
     // Parents before children. Rows that can't be placed in a tree (an id on a second row, a
-    // cycle of parents, more than SqliteTree::MaxDepth levels) are left out with a log line.
+    // cycle of parents, more than LoggerTree::MaxDepth levels) are left out with a log line.
     qint32 GetChannelStructure(QStringList& categories, QStringList& channels, qint32& status) override;
     // Appends "SQLITE;<resolution in seconds>". A channel whose samples could not be read (the
     // file can't be opened, is locked or damaged) gets no block; the status is then not 1 and
@@ -78,7 +77,6 @@ private:
     qint32 PrepareQueries(const QString& source);
     // Logs the failure of a library call and keeps it as the reason of the next GetData text.
     qint32 Fail(int rc, const QString& title, const QString& what, const QString& source);
-    void LogTreeProblems(const QString& rows, const SqliteTree::Result& result, const QString& source) const;
     void Log(const QString& title, const QString& text, const QString& source, qint16 level) const;
     // Channel number -> row id, per category, as far as one call has needed them.
     using Numbering = QHash<qint64, QHash<qint64, qint64>>;

@@ -4,7 +4,7 @@
 #include "SqliteDataModule.h"
 #include "../ChildProcess.h"
 #include "LoggerDatabase.h"
-#include "SqliteTree.h"
+#include "LoggerTree.h"
 #include "TempSettings.h"
 
 #include <QDateTime>
@@ -406,7 +406,7 @@ TEST_F(SqliteFailureTest, TreesOfDuplicateIdsCyclesAndEndlessChainsAreListedAsFa
         qint32 status = 0;
         ASSERT_EQ(module->GetChannelStructure(categories, channels, status), 1);
         QStringList expected = { "1$Werk$$0$FOLDER", "100$Ebene 0$$0", "2$Halle$$1$FOLDER", "101$Ebene 1$$100" };
-        for (int k = 2; k < SqliteTree::MaxDepth; ++k)
+        for (int k = 2; k < LoggerTree::MaxDepth; ++k)
             expected << QString("%1$Ebene %2$$%3").arg(100 + k).arg(k).arg(99 + k);
         EXPECT_EQ(categories, expected);
         EXPECT_EQ(channels, QStringList({ "2#1$P$$2$0$1", "2#2$Q$$2$2#1$2" }));

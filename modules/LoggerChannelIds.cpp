@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "SqliteChannelIds.h"
+#include "LoggerChannelIds.h"
 
 #include <QHash>
 #include <QSet>
 
-namespace SqliteChannelIds {
+namespace LoggerChannelIds {
 
 std::vector<qint64> Numbers(const std::vector<Row>& rows)
 {
@@ -75,4 +75,4 @@ Parsed Parse(const QString& channelId)
     return parsed;
 }
 
-} // namespace SqliteChannelIds
+} // namespace LoggerChannelIds

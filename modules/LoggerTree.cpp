@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "SqliteTree.h"
+#include "LoggerTree.h"
 
 #include <QHash>
 
 #include <algorithm>
 #include <tuple>
 
-SqliteTree::Result SqliteTree::Order(const std::vector<Row>& rows)
+LoggerTree::Result LoggerTree::Order(const std::vector<Row>& rows)
 {
     Result result;
     // The first row of an id stands for it; with one row per id every row has one parent, so

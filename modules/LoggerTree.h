@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <vector>
 
-class SqliteTree
+class LoggerTree
 {
 public:
     // Levels listed at most; rows further down are left out.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Channel ids of the logger database as the program sees them: "<category id>#<channel number>",
+// Channel ids of a logger store as the program sees them: "<category id>#<channel number>",
 // the number being stable and unique within the category, and the plain row ids of old views.
 #pragma once
 
@@ -8,7 +8,7 @@
 
 #include <vector>
 
-namespace SqliteChannelIds {
+namespace LoggerChannelIds {
 
 // One row of the channels table, as far as its id goes.
 struct Row
@@ -38,4 +38,4 @@ struct Parsed
 // logger); blanks around the whole id or its parts are ignored. Anything else is Invalid.
 Parsed Parse(const QString& channelId);
 
-} // namespace SqliteChannelIds
+} // namespace LoggerChannelIds
