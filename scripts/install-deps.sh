@@ -7,6 +7,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   qt6-base-dev qt6-svg-dev libqcustomplot-dev
   libpugixml-dev libsqlite3-dev
+  postgresql libpq-dev clickhouse-server clickhouse-client libcurl4-openssl-dev curl
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-dev
   xvfb xauth
