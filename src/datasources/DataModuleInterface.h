@@ -131,6 +131,29 @@ public:
     virtual void ShowConfig() = 0;
 };
 
+// Optional: a module that can aggregate samples where they are stored implements this interface
+// besides DataModuleInterface (the program finds it with qobject_cast). The program calls it
+// instead of GetData when its time grid has steps of a fixed number of whole seconds.
+class DataAggregationInterface
+{
+public:
+    virtual ~DataAggregationInterface() = default;
+
+    // As GetData for [from, to], except that the samples of each channel whose DataType is 1 to 7
+    // are grouped into steps of stepSeconds seconds, counted from gridStart (a date on a whole
+    // second, at or after day 0); a sample belongs to step k when its time, rounded to the
+    // millisecond as Calendar::ToMilliseconds does, lies in [gridStart + k * step, gridStart +
+    // (k + 1) * step). Samples before gridStart are left out. Each step holding at least one
+    // sample (with or without value) gives one row: the step's start and the aggregate of the
+    // step's non-missing values by the DataType of the caller's channel object: 1 and 7 the
+    // largest, 6 the smallest, 2 and 4 their sum added in order of time, 3 and 5 that sum
+    // divided by their count; NoValue when the step holds only missing values. Channels of any
+    // other DataType get their samples as GetData gives them. The text item, the resolution (the
+    // native one, not the step) and the failure rules are those of GetData.
+    virtual qint32 GetAggregatedData(const QString& channelList, ChannelCollection& channels, double from, double to,
+                                     double gridStart, qint64 stepSeconds, qint32& status) = 0;
+};
+
 // What a registration tells the module it is created for.
 struct DataModuleRegistration
 {
@@ -151,5 +174,7 @@ public:
 
 #define SoranoDataModuleInterface_iid "org.sorano.DataModuleInterface/1.0"
 #define SoranoDataModuleFactory_iid "org.sorano.DataModuleFactory/1.0"
+#define SoranoDataAggregationInterface_iid "org.sorano.DataAggregationInterface/1.0"
 Q_DECLARE_INTERFACE(DataModuleInterface, SoranoDataModuleInterface_iid)
 Q_DECLARE_INTERFACE(DataModuleFactory, SoranoDataModuleFactory_iid)
+Q_DECLARE_INTERFACE(DataAggregationInterface, SoranoDataAggregationInterface_iid)
