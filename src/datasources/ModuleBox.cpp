@@ -590,6 +590,25 @@ qint32 ModuleBox::GetData(const QString& channelList, ChannelCollection& channel
     }
 }
 
+bool ModuleBox::CanAggregate() const
+{
+    return m_module && qobject_cast<DataAggregationInterface*>(m_moduleObject.get());
+}
+
+qint32 ModuleBox::GetAggregatedData(const QString& channelList, ChannelCollection& channels, double from, double to,
+    double gridStart, qint64 stepSeconds)
+{
+    auto* aggregation = m_module ? qobject_cast<DataAggregationInterface*>(m_moduleObject.get()) : nullptr;
+    if (!aggregation)
+        return -1;
+    try {
+        qint32 status = 0;
+        return aggregation->GetAggregatedData(channelList, channels, from, to, gridStart, stepSeconds, status);
+    } catch (...) {
+        return -1;
+    }
+}
+
 double ModuleBox::GetFirstDate(const QString& channelId)
 {
     double date = 0.0;

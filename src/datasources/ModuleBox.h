@@ -93,6 +93,11 @@ public:
     // The module's data calls with its failures trapped: a module that throws fetches nothing
     // and knows no dates (0).
     qint32 GetData(const QString& channelList, ChannelCollection& channels, double from, double to);
+    // Whether the module aggregates samples where they are stored (DataAggregationInterface).
+    bool CanAggregate() const;
+    // GetAggregatedData of the module; -1 when it has no such call or throws.
+    qint32 GetAggregatedData(const QString& channelList, ChannelCollection& channels, double from, double to,
+        double gridStart, qint64 stepSeconds);
     double GetFirstDate(const QString& channelId);
     double GetLastDate(const QString& channelId);
 

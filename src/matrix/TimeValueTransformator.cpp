@@ -88,6 +88,35 @@ double TimeValueTransformator::AlignStart(double date, const QString& interval)
     return AlignDown(date, Calendar::ParseUnit(interval).value_or(Calendar::Unit::Second));
 }
 
+std::optional<TimeValueTransformator::FixedSteps> TimeValueTransformator::FixedStepsOf(
+    double dateFrom, const QString& interval, qint32 intervalCount)
+{
+    const std::optional<Calendar::Unit> unit = Calendar::ParseUnit(interval);
+    if (!unit || intervalCount < 1)
+        return std::nullopt;
+    qint64 seconds = 0;
+    switch (*unit) {
+    case Calendar::Unit::Second:
+        seconds = 1;
+        break;
+    case Calendar::Unit::Minute:
+        seconds = 60;
+        break;
+    case Calendar::Unit::Hour:
+        seconds = 3600;
+        break;
+    case Calendar::Unit::Day:
+        seconds = 86400;
+        break;
+    default:
+        return std::nullopt;
+    }
+    const double start = AlignDown(dateFrom, *unit);
+    if (!(start >= 0.0))
+        return std::nullopt;
+    return FixedSteps { start, seconds * intervalCount };
+}
+
 // Units / count rounded to the nearest whole number, ties to the even one, and at least 1.
 std::int64_t TimeValueTransformator::RowsBetween(
     double dateFrom, double dateTo, const QString& interval, qint32 intervalCount, bool align)
@@ -107,7 +136,7 @@ std::int64_t TimeValueTransformator::RowsBetween(
 }
 
 void TimeValueTransformator::Init(double dateFrom, double dateTo, const QString& interval, qint32 intervalCount,
-                                  bool align, const MatrixBlockPtr& timeBase)
+    bool align, const MatrixBlockPtr& timeBase)
 {
     m_eUnit = Calendar::ParseUnit(interval).value_or(Calendar::Unit::Second);
     if (align)
@@ -127,7 +156,7 @@ void TimeValueTransformator::Init(double dateFrom, double dateTo, const QString&
     auto cells = FreshMemory::Zeros<std::vector<double>>(static_cast<std::size_t>(rows));
     // The steps of the last grid are overwritten where they fit, as at every navigation step.
     if (m_steps.capacity() >= static_cast<std::size_t>(rows))
-        m_steps.assign(static_cast<std::size_t>(rows), Step{0, 0});
+        m_steps.assign(static_cast<std::size_t>(rows), Step { 0, 0 });
     else
         m_steps = FreshMemory::Zeros<std::vector<Step>>(static_cast<std::size_t>(rows));
     // Each row is computed from the one before, so months of unequal length stay exact.
@@ -138,7 +167,7 @@ void TimeValueTransformator::Init(double dateFrom, double dateTo, const QString&
         cells[i] = start;
         // Whole seconds, kept as milliseconds: a sample is at or past a bound when its time in
         // milliseconds reaches the bound's second, so Add needs no division per sample.
-        m_steps[i] = Step{Calendar::WholeSeconds(start) * 1000, Calendar::WholeSeconds(next) * 1000};
+        m_steps[i] = Step { Calendar::WholeSeconds(start) * 1000, Calendar::WholeSeconds(next) * 1000 };
     }
 
     m_dDateFrom = rows > 0 ? cells.front() : dateFrom;

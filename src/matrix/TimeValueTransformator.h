@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 class TimeValueTransformator
@@ -25,11 +26,22 @@ public:
     static std::int64_t RowsBetween(
         double dateFrom, double dateTo, const QString& interval, qint32 intervalCount, bool align);
 
+    // A grid whose steps all have the same whole number of seconds: units of seconds, minutes,
+    // hours and days (weeks, months and years are not, or not aligned so).
+    struct FixedSteps
+    {
+        double start; // the first step's start
+        qint64 seconds; // the length of every step
+    };
+    // The steps Init would make with align for that unit and count, when they are fixed; nothing
+    // for other units, a count below 1 or a start before day 0.
+    static std::optional<FixedSteps> FixedStepsOf(double dateFrom, const QString& interval, qint32 intervalCount);
+
     // Sets the grid up. With a time base the grid takes its column 0 row by row and the
     // dates only serve alignment; without one, steps of intervalCount units run from
     // dateFrom to dateTo. An unknown unit counts as "s", a count below 1 as 1.
     void Init(double dateFrom, double dateTo, const QString& interval, qint32 intervalCount, bool align,
-              const MatrixBlockPtr& timeBase = nullptr);
+        const MatrixBlockPtr& timeBase = nullptr);
 
     // Builds the grid block of a raw block (column 0 time, column 1 values, ascending) and
     // keeps it under name. aggregation is the channel's DataType. A name already in use keeps

@@ -7,6 +7,7 @@
 #include "GraphProperties.h"
 #include "MeasuringFile.h"
 #include "ModuleBoxes.h"
+#include "TimeValueTransformator.h"
 
 #include <QObject>
 #include <QPointer>
@@ -19,7 +20,6 @@
 class ChartAdapter;
 class ChartAnnotation;
 class MeasuringHost;
-class TimeValueTransformator;
 class Measuring;
 class frm_GraphicView;
 class QPicture;
@@ -269,8 +269,10 @@ private:
     // After RemoveGaps: the grid's times label the points again and the cursors go back to their
     // rows; the caller has the curves write all their rows. True when gaps had been removed.
     bool ShowAllRows();
-    // One GetData for the module's channels of the refresh (of one curve, or of all).
-    void Fetch(ModuleBox& box, Curve* curve, double dateFrom, double dateTo);
+    // One GetData for the module's channels of the refresh (of one curve, or of all); with fixed
+    // grid steps, a module that aggregates where it stores the samples sends one row per step.
+    void Fetch(ModuleBox& box, Curve* curve, double dateFrom, double dateTo,
+        const std::optional<TimeValueTransformator::FixedSteps>& steps);
     // The module's time base decides an empty resolution, once.
     void SettleResolution(const ChannelCollection& collection);
     // The grid blocks a refresh of one curve, or of all, keeps at once.

@@ -210,7 +210,8 @@ void Measuring::SettleResolution(const ChannelCollection& collection)
     }
 }
 
-void Measuring::Fetch(ModuleBox& box, Curve* curve, double dateFrom, double dateTo)
+void Measuring::Fetch(ModuleBox& box, Curve* curve, double dateFrom, double dateTo,
+    const std::optional<TimeValueTransformator::FixedSteps>& steps)
 {
     QStringList ids;
     std::vector<DataMatrixPtr> wanted;
@@ -229,7 +230,11 @@ void Measuring::Fetch(ModuleBox& box, Curve* curve, double dateFrom, double date
             }
     }
     Log(282, box.Name());
-    const qint32 status = box.GetData(ids.join(QLatin1Char(';')), collection, dateFrom, dateTo);
+    // The grid aggregates each step's samples; a module that does so where they are stored sends
+    // the same values, one row per step, instead of every sample.
+    const qint32 status = steps && box.CanAggregate()
+        ? box.GetAggregatedData(ids.join(QLatin1Char(';')), collection, dateFrom, dateTo, steps->start, steps->seconds)
+        : box.GetData(ids.join(QLatin1Char(';')), collection, dateFrom, dateTo);
     bool failed = status != 1 && !ids.isEmpty();
     for (const DataMatrixPtr& channel : wanted) {
         // A channel that couldn't be read is a gap over the whole window, never a value.
@@ -297,10 +302,14 @@ void Measuring::RefreshData(double dateFrom, double dateTo, Curve* curve, bool a
             dateTo = std::max(
                 dateTo, Calendar::Add(*unit, qint64(rows) * std::max<qint32>(1, m_lIntervalCount), dateFrom));
     }
-    // One fetch per module, with all its channels of this refresh in one list.
+    // One fetch per module, with all its channels of this refresh in one list. The grid's steps
+    // are known before the fetch only when the resolution is.
+    const auto steps = m_sIntervalUnit.isEmpty()
+        ? std::nullopt
+        : TimeValueTransformator::FixedStepsOf(bar.DateFrom(), m_sIntervalUnit, m_lIntervalCount);
     if (!refused)
         for (const ModuleBoxPtr& box : m_cDataModules)
-            Fetch(*box, curve, dateFrom, dateTo);
+            Fetch(*box, curve, dateFrom, dateTo, steps);
 
     Log(283);
     QString unit = m_sIntervalUnit;

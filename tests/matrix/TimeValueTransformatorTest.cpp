@@ -261,3 +261,30 @@ TEST(GridAdd, ABlockWithOneSampleInEachStepBecomesTheGridBlockWithTheSameValuesA
     EXPECT_TRUE(crowded && grid.Data(QStringLiteral("crowded")).get() != crowdedPtr);
     EXPECT_EQ(Values(grid.Data(QStringLiteral("crowded"))), (std::vector<double> { 3, 3, 3 }));
 }
+
+TEST(TimeGrid, FixedStepsAreThoseInitMakesForSecondsToDaysAndNothingForLongerOrUnevenUnits)
+{
+    // A module that aggregates where it stores the samples counts steps from the start on; every
+    // step Init makes must be exactly there, over a leap day and a year's end.
+    const double from = D(2023, 12, 30, 17, 44, 12.0);
+    const std::tuple<const char*, qint32, qint64> fixed[]
+        = { { "s", 10, 10 }, { "n", 15, 900 }, { "h", 2, 7200 }, { "d", 1, 86400 }, { "d", 3, 259200 } };
+    for (const auto& [unit, count, seconds] : fixed) {
+        const auto steps = TimeValueTransformator::FixedStepsOf(from, QString::fromLatin1(unit), count);
+        ASSERT_TRUE(steps) << unit;
+        EXPECT_EQ(steps->seconds, seconds) << unit;
+        TimeValueTransformator grid;
+        grid.Init(from, from + 400.0, QString::fromLatin1(unit), count, true);
+        const auto times = grid.Time()->Column(0);
+        ASSERT_GT(times.size(), 100u);
+        const std::int64_t startMs = Calendar::WholeSeconds(steps->start) * 1000;
+        for (std::size_t k = 0; k < times.size(); k += 97)
+            ASSERT_EQ(Calendar::ToMilliseconds(times[k]), startMs + std::int64_t(k) * seconds * 1000)
+                << unit << " row " << k;
+    }
+    EXPECT_FALSE(TimeValueTransformator::FixedStepsOf(from, "ww", 1));
+    EXPECT_FALSE(TimeValueTransformator::FixedStepsOf(from, "m", 1));
+    EXPECT_FALSE(TimeValueTransformator::FixedStepsOf(from, "yyyy", 1));
+    EXPECT_FALSE(TimeValueTransformator::FixedStepsOf(from, "h", 0));
+    EXPECT_FALSE(TimeValueTransformator::FixedStepsOf(-3.5, "h", 1));
+}
