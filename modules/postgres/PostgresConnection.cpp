@@ -139,8 +139,9 @@ bool PgConnection::StillUp()
     pollfd descriptor { PQsocket(m_conn), POLLIN, 0 };
     if (descriptor.fd < 0)
         return false;
-    if (poll(&descriptor, 1, 0) > 0) {
-        // Something came while idle: a notice, or the end of the connection.
+    // Something came while idle: a notice, or a server that says it ends the connection and then
+    // ends it. The end shows only when read after the message, so everything waiting is read.
+    for (int reads = 0; reads < 16 && poll(&descriptor, 1, 0) > 0; ++reads) {
         if (!PQconsumeInput(m_conn) || PQstatus(m_conn) != CONNECTION_OK) {
             TakeError(PQerrorMessage(m_conn));
             return false;
