@@ -5,13 +5,18 @@
 #include "../sqlite/LoggerDatabase.h"
 #include "ClickHouseDataModule.h"
 #include "ClickHouseLoad.h"
+#include "RegistryKey.h"
 #include "TempSettings.h"
 #include "TestServer.h"
 #include "TimeValueTransformator.h"
+#include "frm_ClickHouseConfig.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QPluginLoader>
 #include <QTemporaryDir>
+#include <QTreeWidget>
 
 #include <gtest/gtest.h>
 
@@ -21,6 +26,7 @@
 #include <unistd.h>
 
 #include <memory>
+#include <thread>
 #include <tuple>
 
 namespace {
@@ -29,6 +35,30 @@ using namespace SiteFixture;
 
 const QString Registration = QStringLiteral("Werk");
 const QString ModuleKey = QStringLiteral("Software\\HARVOLD\\ModuleSettings\\Werk");
+
+// A socket on a free loopback port that listens; connections to it are made by the system.
+struct LoopbackSocket
+{
+    LoopbackSocket()
+    {
+        fd = socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        if (fd >= 0 && bind(fd, reinterpret_cast<sockaddr*>(&address), length) == 0 && listen(fd, 8) == 0
+            && getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) == 0)
+            port = QString::number(ntohs(address.sin_port));
+    }
+    ~LoopbackSocket()
+    {
+        if (fd >= 0)
+            close(fd);
+    }
+    QString Url() const { return "http://127.0.0.1:" + port + "/"; }
+    int fd = -1;
+    QString port;
+};
 
 class ClickHouseModuleTest : public ::testing::Test
 {
@@ -286,30 +316,51 @@ TEST_F(ClickHouseModuleTest, TablesOfAnotherShapeAndUnknownUsersAreRefusedWithTh
     EXPECT_TRUE(error.contains("not allowed")) << error.toStdString();
 }
 
-TEST_F(ClickHouseModuleTest, AServerThatNeverAnswersCostsTheTimeoutOnly)
+TEST_F(ClickHouseModuleTest, AnswersThatNeverComeOrAreCutShortAreFailures)
 {
-    // A socket that listens, so connections are made, and never answers.
-    const int silent = socket(AF_INET, SOCK_STREAM, 0);
-    ASSERT_GE(silent, 0);
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    ASSERT_EQ(bind(silent, reinterpret_cast<sockaddr*>(&address), length), 0);
-    ASSERT_EQ(listen(silent, 8), 0);
-    ASSERT_EQ(getsockname(silent, reinterpret_cast<sockaddr*>(&address), &length), 0);
-    const QString port = QString::number(ntohs(address.sin_port));
-    Configure("http://127.0.0.1:" + port + "/", "default", "2");
+    // Listens, so connections are made, and never answers.
+    const LoopbackSocket silent;
+    ASSERT_FALSE(silent.port.isEmpty());
+    Configure(silent.Url(), "default", "2");
     QElapsedTimer timer;
     timer.start();
     auto module = Open(ClickHouseDataModule::TimedOut);
     EXPECT_LT(timer.elapsed(), 7000);
-    EXPECT_EQ(handler.Count({ "127.0.0.1:" + port, "no answer within 2 s" }, 3), 1) << handler.All();
+    EXPECT_EQ(handler.Count({ "127.0.0.1:" + silent.port, "no answer within 2 s" }, 3), 1) << handler.All();
     timer.restart();
-    const ChannelCollection data = Read(*module, { "301" }, Day, Day + 1);
+    EXPECT_EQ(BlockRows(Read(*module, { "301" }, Day, Day + 1)), std::vector<qsizetype> { -1 });
     EXPECT_LT(timer.elapsed(), 7000);
-    EXPECT_EQ(BlockRows(data), std::vector<qsizetype> { -1 });
-    close(silent);
+
+    // Announces more bytes than it sends, then closes the connection.
+    const LoopbackSocket dropping;
+    std::thread answer([&] {
+        const int connection = accept(dropping.fd, nullptr, nullptr);
+        char request[4096];
+        [[maybe_unused]] const auto got = recv(connection, request, sizeof request, 0);
+        const char reply[] = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n\x0a"
+                             "categories\x02id";
+        [[maybe_unused]] const auto sent = send(connection, reply, sizeof reply - 1, 0);
+        close(connection);
+    });
+    handler.lines.clear();
+    Configure(dropping.Url(), "default", "3");
+    Open(ClickHouseDataModule::Unreachable);
+    answer.join();
+    EXPECT_EQ(handler.Count({ "127.0.0.1:" + dropping.port, "the connection dropped" }, 3), 1) << handler.All();
+
+    // A row cut short in an answer that is whole as far as HTTP goes.
+    std::string rows;
+    ClickHouse::Put(rows, std::int64_t { 301 });
+    ClickHouse::Put(rows, Day);
+    ClickHouse::PutNullable(rows, true, 1.5);
+    ClickHouse::Reader whole(rows.data(), rows.size()), cut(rows.data(), rows.size() - 3);
+    for (ClickHouse::Reader* reader : { &whole, &cut }) {
+        reader->Int64();
+        reader->Float64();
+        double value = 0.0;
+        EXPECT_EQ(reader->NullableFloat64(value) && !reader->Failed(), reader == &whole);
+        EXPECT_EQ(reader->Failed(), reader == &cut);
+    }
 }
 
 TEST_F(ClickHouseModuleTest, AStoppedServerFailsTheReadAndTheNextReadAfterItsStartWorks)
@@ -341,6 +392,48 @@ TEST_F(ClickHouseModuleTest, AStoppedServerFailsTheReadAndTheNextReadAfterItsSta
     EXPECT_EQ(status, 1);
     EXPECT_EQ(BlockRows(data), (std::vector<qsizetype> { PowerSamples, CosPhiSamples }));
     EXPECT_EQ(data.Text(2), "CLICKHOUSE;60");
+}
+
+TEST_F(ClickHouseModuleTest, TheDialogTestsTheEnteredServerPreviewsItsTreeAndStoresTheValues)
+{
+    const QString database = Load(Write(dir.filePath("site.sqlite")), *server);
+    ClickHouseDataModule::Settings entered;
+    entered.url = server->Url();
+    entered.database = database;
+    entered.timeoutSeconds = 4;
+    {
+        frm_ClickHouseConfig dialog(entered, true);
+        dialog.TestAndPreview();
+        QString version;
+        ASSERT_TRUE(server->Execute("SELECT version()", &version));
+        EXPECT_EQ(dialog.findChild<QLabel*>("lbl_Answer")->text(), "Connected: ClickHouse " + version);
+        const QTreeWidget* tree = dialog.findChild<QTreeWidget*>("trv_Channels");
+        ASSERT_EQ(tree->topLevelItemCount(), 2);
+        EXPECT_EQ(tree->topLevelItem(0)->text(0), "Werk");
+        entered.database = "nirgends";
+        frm_ClickHouseConfig missing(entered, false);
+        missing.TestAndPreview();
+        EXPECT_EQ(missing.findChild<QTreeWidget*>("trv_Channels")->topLevelItemCount(), 0);
+        EXPECT_TRUE(missing.findChild<QLabel*>("lbl_Preview")->text().startsWith("Keine Vorschau: "));
+    }
+
+    // OK stores the entered values as the user's and tells the program; Cancel changes nothing.
+    settings.SetUser(ModuleKey, "Database", "anders");
+    auto module = Open(ClickHouseDataModule::ForeignSchema);
+    EXPECT_EQ(RunConfig(*module, "txt_Url", server->Url(), "cmd_Cancel"), server->Url());
+    EXPECT_EQ(handler.messages.size(), 0u);
+    QTimer::singleShot(0, [&] {
+        auto* dialog = QApplication::activeModalWidget();
+        if (!dialog)
+            return;
+        dialog->findChild<QLineEdit*>("txt_Database")->setText(database);
+        dialog->findChild<QPushButton*>("cmd_OK")->click();
+    });
+    module->ShowConfig();
+    EXPECT_EQ(RegistryKey().ReadValue(Hive::CurrentUser, ModuleKey, "Database"), database);
+    ASSERT_EQ(handler.messages.size(), 1u);
+    EXPECT_EQ(handler.messages.front(), std::make_pair(QString("CHANNELS_CHANGED"), QString("4")));
+    EXPECT_EQ(BlockRows(Read(*module, { "301" }, Day - 1, Day + 1)), std::vector<qsizetype> { PowerSamples });
 }
 
 TEST(ClickHousePluginTest, ThePluginCreatesTheModuleForItsProgId)
