@@ -10,6 +10,7 @@
 #include <QObject>
 #include <QString>
 
+#include <cstdint>
 #include <vector>
 
 class ClickHouseDataModule : public QObject, public DataModuleInterface, public DataAggregationInterface

@@ -6,6 +6,7 @@
 #include "ClickHouseDataModule.h"
 #include "ClickHouseLoad.h"
 #include "RegistryKey.h"
+#include "SqliteDataModule.h"
 #include "TempSettings.h"
 #include "TestServer.h"
 #include "TimeValueTransformator.h"
@@ -15,6 +16,7 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QPluginLoader>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTreeWidget>
 
@@ -25,6 +27,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
 #include <thread>
 #include <tuple>
@@ -434,6 +437,50 @@ TEST_F(ClickHouseModuleTest, TheDialogTestsTheEnteredServerPreviewsItsTreeAndSto
     ASSERT_EQ(handler.messages.size(), 1u);
     EXPECT_EQ(handler.messages.front(), std::make_pair(QString("CHANNELS_CHANGED"), QString("4")));
     EXPECT_EQ(BlockRows(Read(*module, { "301" }, Day - 1, Day + 1)), std::vector<qsizetype> { PowerSamples });
+}
+
+TEST_F(ClickHouseModuleTest, TheDemoDatabaseReadsAsFromItsFile)
+{
+    const QString path = dir.filePath("demo.sqlite");
+    QProcess generator;
+    generator.start(SORANO_DEMODATA, { "--days", "20", path });
+    ASSERT_TRUE(generator.waitForFinished(120'000));
+    ASSERT_EQ(generator.exitCode(), 0) << generator.readAllStandardError().toStdString();
+
+    const QString database = server->FreshNamespace("chdemo");
+    std::vector<int> steps;
+    QString error;
+    ASSERT_TRUE(ClickHouseLoad::CopyFromSqlite(path, server->Url(), database, "default", error, [&](int percent) {
+        steps.push_back(percent);
+    })) << error.toStdString();
+    EXPECT_TRUE(std::is_sorted(steps.begin(), steps.end()));
+    EXPECT_EQ(steps.back(), 100);
+    Configure(server->Url(), database);
+    auto module = Open();
+    SqliteDataModule file(DataModuleRegistration { Registration, "4" });
+    qint32 status = 0;
+    ASSERT_EQ(file.Initialize(path, status), 1);
+
+    const QStringList overview = Overview(*module);
+    EXPECT_EQ(overview, Overview(file));
+    QStringList categories[2], channels[2];
+    module->GetChannelStructure(categories[0], channels[0], status);
+    file.GetChannelStructure(categories[1], channels[1], status);
+    EXPECT_EQ(categories[0], categories[1]);
+    EXPECT_EQ(channels[0], channels[1]);
+
+    QStringList ids;
+    for (const QString& line : overview)
+        ids << line.section(' ', 0, 0);
+    ASSERT_EQ(ids.size(), 50);
+    const auto [first, last] = Period(file, ids.front());
+    EXPECT_EQ(Period(*module, ids.front()), std::make_pair(first, last));
+    const ChannelCollection fromServer = Read(*module, ids, first - 1, last + 1);
+    const ChannelCollection fromFile = Read(file, ids, first - 1, last + 1);
+    for (qsizetype i = 0; i < ids.size(); ++i)
+        EXPECT_EQ(SamplesOf(fromServer, i), SamplesOf(fromFile, i)) << ids[i].toStdString();
+    EXPECT_EQ(fromServer.Text(ids.size()).section(';', 1), fromFile.Text(ids.size()).section(';', 1));
+    EXPECT_EQ(handler.lines.size(), 0u) << handler.All();
 }
 
 TEST(ClickHousePluginTest, ThePluginCreatesTheModuleForItsProgId)
