@@ -23,6 +23,12 @@ fi
 # SQLite module registered as "Demo" (ProgID:address) on the demo database, and the add-in.
 lang_offset=0
 [ "${SORANO_LANG:-de}" = "en" ] && lang_offset=1000
+# scripts/demo-server.sh hands over the lines of a server module that takes the SQLite module's place.
+demo_module="HARVOLD\\DataModules\\Demo=Sorano.SQLite:1
+HARVOLD\\ModuleSettings\\Demo\\Database=\"$demo_db\""
+if [ -n "${SORANO_DEMO_REGISTRATION:-}" ]; then
+  demo_module=$(cat "$SORANO_DEMO_REGISTRATION")
+fi
 mkdir -p build/etc/xdg/HARVOLD build/log
 cat > build/etc/xdg/HARVOLD/Sorano.ini <<INI
 [Software]
@@ -31,9 +37,8 @@ HARVOLD\\Sorano\\Settings\\whoami=sorano
 HARVOLD\\Sorano\\Settings\\LogPath="$root/build/log"
 HARVOLD\\Sorano\\Settings\\LogMode=3
 HARVOLD\\Sorano\\Settings\\Profiles="$root/build/demo/Profiles.dat"
-HARVOLD\\DataModules\\Demo=Sorano.SQLite:1
 HARVOLD\\Sorano\\AddIns\\RemoveGaps=Sorano.RemoveGaps
-HARVOLD\\ModuleSettings\\Demo\\Database="$demo_db"
+$demo_module
 INI
 
 # Without arguments the main-meter example view on the demo data opens.
