@@ -723,6 +723,6 @@ BENCHMARK_CAPTURE(BM_OpenView, postgres, Kind::Postgres)->Unit(benchmark::kMilli
 BENCHMARK_CAPTURE(BM_OpenView, clickhouse, Kind::ClickHouse)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
-    ->Iterations(3);
+    ->Iterations(1);
 
 } // namespace
