@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LoggerCatalog.h"
 
+#include "sqlite/SqliteSchema.h"
+
+#include <cmath>
+
 namespace LoggerCatalog {
 
 namespace {
@@ -124,6 +128,57 @@ QHash<qint64, qint64> NumberMap(qint64 category, const std::vector<std::pair<qin
     for (std::size_t i = 0; i < idRows.size(); ++i)
         byNumber.insert(numbers[i], idRows[i].id);
     return byNumber;
+}
+
+bool Resolutions::Take(const QString& key, const QString& value)
+{
+    const QString all = QString::fromUtf8(SqliteSchema::KeyResolution.data(), SqliteSchema::KeyResolution.size());
+    const QString prefix = QString::fromUtf8(
+        SqliteSchema::KeyChannelResolutionPrefix.data(), SqliteSchema::KeyChannelResolutionPrefix.size());
+    if (key != all && !key.startsWith(prefix))
+        return true;
+    bool ok = false;
+    const double seconds = value.trimmed().toDouble(&ok);
+    if (!ok || !std::isfinite(seconds) || seconds <= 0.0)
+        return false;
+    if (key == all) {
+        m_default = seconds;
+    } else if (const qint64 channel = key.mid(prefix.size()).toLongLong(&ok); ok) {
+        m_channels.insert(channel, seconds);
+    }
+    return true;
+}
+
+void Resolutions::Clear()
+{
+    m_default = 0.0;
+    m_channels.clear();
+}
+
+double StepValue(qint32 dataType, double largest, double smallest, double sum, qint64 count)
+{
+    if (count <= 0)
+        return MatrixBlock::DefaultNoValue;
+    switch (dataType) {
+    case 1:
+    case 7:
+        return largest;
+    case 6:
+        return smallest;
+    case 2:
+    case 4:
+        return sum;
+    default:
+        return sum / static_cast<double>(count);
+    }
+}
+
+QString DataText(const QString& tag, double resolution, const QString& failure)
+{
+    QString text = tag + ';' + QString::number(resolution, 'g', 15);
+    if (!failure.isEmpty())
+        text += ';' + failure;
+    return text;
 }
 
 } // namespace LoggerCatalog

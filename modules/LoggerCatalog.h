@@ -56,6 +56,31 @@ void FillOverview(const std::vector<ChannelRow>& rows, qint32 moduleAddress, Cha
 // Number within the category -> row id, for the rows (id, path id) of one category in order of id.
 QHash<qint64, qint64> NumberMap(qint64 category, const std::vector<std::pair<qint64, qint64>>& rows);
 
+// Native resolutions of a store's channels, from its info table: "resolution" for every channel
+// without a key of its own, "resolution.<channel id>" for one.
+class Resolutions
+{
+public:
+    // Takes one row of the info table; false when the value is no positive number (the key then
+    // counts as unknown). Rows of other keys are ignored.
+    bool Take(const QString& key, const QString& value);
+    // Seconds of the channel's native resolution; 0 when unknown.
+    double Of(qint64 channel) const { return m_channels.value(channel, m_default); }
+    void Clear();
+
+private:
+    double m_default = 0.0;
+    QHash<qint64, double> m_channels;
+};
+
+// The aggregate of one grid step by the data type, as the time grid makes it from the step's
+// samples: 1 and 7 the largest, 6 the smallest, 2 and 4 the sum, others the mean; NoValue when the
+// step holds no value (count 0).
+double StepValue(qint32 dataType, double largest, double smallest, double sum, qint64 count);
+
+// The text item GetData appends: "<tag>;<resolution in seconds>[;<failure>]".
+QString DataText(const QString& tag, double resolution, const QString& failure);
+
 // A text as a field of the structure strings, where "$" separates the fields.
 inline QString Field(QString text)
 {

@@ -73,11 +73,6 @@ QString ToQString(std::string_view text)
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-QString FormatSeconds(double seconds)
-{
-    return QString::number(seconds, 'g', 15);
-}
-
 QString LowerFirst(QString text)
 {
     if (!text.isEmpty())
@@ -214,8 +209,7 @@ bool ClickHouseDataModule::EnsureReady(const QString& source, qint32& status)
         m_bConfigured = true;
     }
     ConfigureConnection(m_http, m_settings);
-    m_dDefaultResolution = 0.0;
-    m_cResolutions.clear();
+    m_cResolutions.Clear();
     const QUrl url(m_settings.url);
     if (!url.isValid() || (url.scheme() != "http" && url.scheme() != "https") || url.host().isEmpty()) {
         m_sFailure
@@ -277,28 +271,16 @@ qint32 ClickHouseDataModule::LoadInfo(const QString& source)
         return 1;
     if (const qint32 status = Query(InfoSql, {}, "Reading the info table", source); status != 1)
         return status;
-    const QString prefix = ToQString(SqliteSchema::KeyChannelResolutionPrefix);
     Reader reader(m_http.Body());
     while (!reader.AtEnd() && !reader.Failed()) {
         const QString key = reader.String();
         const QString value = reader.String();
         if (reader.Failed())
             break;
-        bool ok = false;
-        const double seconds = value.trimmed().toDouble(&ok);
-        if (!ok || !std::isfinite(seconds) || seconds <= 0.0) {
+        if (!m_cResolutions.Take(key, value))
             Log("invalid resolution",
                 "The resolution " + key + " in " + Server() + " is no positive number; it counts as unknown.", source,
                 2);
-            continue;
-        }
-        if (key == ToQString(SqliteSchema::KeyResolution)) {
-            m_dDefaultResolution = seconds;
-        } else {
-            const qint64 channel = key.mid(prefix.size()).toLongLong(&ok);
-            if (ok)
-                m_cResolutions.insert(channel, seconds);
-        }
     }
     if (reader.Failed())
         return Fail(QueryFailed, "Reading the info table", "the answer is cut short", source);
@@ -345,11 +327,6 @@ bool ClickHouseDataModule::ResolveChannel(const QString& channelId, qint64& id, 
         return false;
     id = *found;
     return true;
-}
-
-double ClickHouseDataModule::ResolutionOf(qint64 channel) const
-{
-    return m_cResolutions.value(channel, m_dDefaultResolution);
 }
 
 qint32 ClickHouseDataModule::ReadBoundary(const QString& channelId, bool last, double& date, const QString& source)
@@ -614,26 +591,8 @@ qint32 ClickHouseDataModule::Read(const QString& channelList, ChannelCollection&
                     for (size_t r = 0; r < rows; ++r) {
                         const StepRow& row = m_cSteps[first + r];
                         cells[r] = static_cast<double>(gridStartMs + row.step * stepMs) / MsPerDay;
-                        double value = MatrixBlock::DefaultNoValue;
-                        switch (item.channel->DataType()) {
-                        case 1:
-                        case 7:
-                            value = row.largest;
-                            break;
-                        case 6:
-                            value = row.smallest;
-                            break;
-                        case 2:
-                        case 4:
-                            if (row.count > 0)
-                                value = row.sum;
-                            break;
-                        default: // 3, 5: the mean
-                            if (row.count > 0)
-                                value = row.sum / static_cast<double>(row.count);
-                            break;
-                        }
-                        cells[rows + r] = value;
+                        cells[rows + r] = LoggerCatalog::StepValue(
+                            item.channel->DataType(), row.largest, row.smallest, row.sum, row.count);
                     }
                 }
                 auto block = MatrixBlock::Create(0, 2);
@@ -641,7 +600,7 @@ qint32 ClickHouseDataModule::Read(const QString& channelList, ChannelCollection&
                 item.channel->SetDataBlock(block);
                 if (item.known) {
                     // Channels of different loggers may be mixed: the finest resolution serves all.
-                    const double seconds = ResolutionOf(item.id);
+                    const double seconds = m_cResolutions.Of(item.id);
                     if (seconds > 0.0 && (resolution == 0.0 || seconds < resolution))
                         resolution = seconds;
                 }
@@ -649,10 +608,8 @@ qint32 ClickHouseDataModule::Read(const QString& channelList, ChannelCollection&
         }
     }
 
-    QString text = QStringLiteral("CLICKHOUSE;") + FormatSeconds(resolution);
-    if (status != 1)
-        text += ';' + m_sFailure;
-    channels.AddText(text);
+    channels.AddText(
+        LoggerCatalog::DataText(QStringLiteral("CLICKHOUSE"), resolution, status != 1 ? m_sFailure : QString()));
     return status;
 }
 

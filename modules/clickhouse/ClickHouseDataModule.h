@@ -5,6 +5,7 @@
 
 #include "ClickHouseHttp.h"
 #include "DataModuleInterface.h"
+#include "LoggerCatalog.h"
 
 #include <QHash>
 #include <QObject>
@@ -98,7 +99,6 @@ private:
     qint32 ReadChannelKeys(const QString& source);
     bool ResolveChannel(const QString& channelId, qint64& id, Numbering& numbering) const;
     qint32 ReadBoundary(const QString& channelId, bool last, double& date, const QString& source);
-    double ResolutionOf(qint64 channel) const;
     // The common part of GetData and GetAggregatedData: samples of the listed channels, raw for
     // every channel unless aggregating gives it steps.
     qint32 Read(const QString& channelList, ChannelCollection& channels, double from, double to, bool aggregate,
@@ -116,8 +116,8 @@ private:
     QString m_sFailure;
     ClickHouse::Connection m_http;
 
-    double m_dDefaultResolution = 0.0;
-    QHash<qint64, double> m_cResolutions;
+    // Native resolutions from the info table.
+    LoggerCatalog::Resolutions m_cResolutions;
     std::vector<ChannelKey> m_cChannelKeys;
 
     // Work buffers: rows of the last samples query, kept between calls.

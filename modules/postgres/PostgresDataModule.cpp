@@ -39,11 +39,6 @@ QString LowerFirst(QString text)
     return text;
 }
 
-QString FormatSeconds(double seconds)
-{
-    return QString::number(seconds, 'g', 15);
-}
-
 QByteArray Number(double value)
 {
     return QByteArray::number(value, 'g', 17);
@@ -133,8 +128,7 @@ void PostgresDataModule::Close()
 {
     m_connection.Close();
     m_bReady = false;
-    m_dDefaultResolution = 0.0;
-    m_cResolutions.clear();
+    m_cResolutions.Clear();
 }
 
 qint32 PostgresDataModule::Fail(
@@ -282,25 +276,13 @@ qint32 PostgresDataModule::LoadInfo(const QString& source)
         false, result);
     if (outcome != PgConnection::Outcome::Ok)
         return Fail(outcome, OpenTitle, "Reading the info table", source);
-    const QString prefix = ToQString(SqliteSchema::KeyChannelResolutionPrefix);
     for (int row = 0; row < PQntuples(result.get()); ++row) {
         const QString key = TextAt(result.get(), row, 0);
-        bool ok = false;
-        const double seconds = TextAt(result.get(), row, 1).trimmed().toDouble(&ok);
-        if (!ok || !std::isfinite(seconds) || seconds <= 0.0) {
+        if (!m_cResolutions.Take(key, TextAt(result.get(), row, 1)))
             Log("invalid resolution",
                 "The resolution " + key + " on " + m_connection.Server()
                     + " is no positive number; it counts as unknown.",
                 source, 2);
-            continue;
-        }
-        if (key == ToQString(SqliteSchema::KeyResolution)) {
-            m_dDefaultResolution = seconds;
-        } else {
-            const qint64 channel = key.mid(prefix.size()).toLongLong(&ok);
-            if (ok)
-                m_cResolutions.insert(channel, seconds);
-        }
     }
     return 1;
 }
@@ -368,11 +350,6 @@ bool PostgresDataModule::ResolveChannel(
         return false;
     id = *found;
     return true;
-}
-
-double PostgresDataModule::ResolutionOf(qint64 channel) const
-{
-    return m_cResolutions.value(channel, m_dDefaultResolution);
 }
 
 void PostgresDataModule::ReadBoundary(Query query, const QString& channelId, double& date, const QString& source)
@@ -498,19 +475,12 @@ MatrixBlockPtr PostgresDataModule::AggregatedBlock(
     for (int row = 0; row < rows; ++row) {
         const qint64 step = PgInt64(PQgetvalue(result, row, 0));
         const qint64 count = PQgetisnull(result, row, 2) ? 0 : PgInt64(PQgetvalue(result, row, 2));
-        int column = 1; // sum
-        if (dataType == 1 || dataType == 7)
-            column = 3;
-        else if (dataType == 6)
-            column = 4;
-        double value = MatrixBlock::DefaultNoValue;
-        if (count > 0 && IsDouble(result, row, column)) {
-            value = PgDouble(PQgetvalue(result, row, column));
-            if (dataType == 3 || dataType == 5)
-                value /= static_cast<double>(count);
-        }
+        const auto at = [&](int column) {
+            return IsDouble(result, row, column) ? PgDouble(PQgetvalue(result, row, column))
+                                                 : MatrixBlock::DefaultNoValue;
+        };
         cells[static_cast<size_t>(row)] = static_cast<double>(gridStartMs + step * stepMs) / MsPerDay;
-        cells[static_cast<size_t>(rows + row)] = value;
+        cells[static_cast<size_t>(rows + row)] = LoggerCatalog::StepValue(dataType, at(3), at(4), at(1), count);
     }
     auto block = MatrixBlock::Create(0, 2);
     block->SetArray(rows, 2, std::move(cells));
@@ -584,16 +554,13 @@ qint32 PostgresDataModule::Read(const QString& channelList, ChannelCollection& c
         }
         if (PQntuples(result.get()) > 0) {
             // Channels of different loggers may be mixed: the finest resolution serves them all.
-            const double seconds = ResolutionOf(id);
+            const double seconds = m_cResolutions.Of(id);
             if (seconds > 0.0 && (resolution == 0.0 || seconds < resolution))
                 resolution = seconds;
         }
     }
 
-    QString text = QStringLiteral("POSTGRES;") + FormatSeconds(resolution);
-    if (!failure.isEmpty())
-        text += ';' + failure;
-    channels.AddText(text);
+    channels.AddText(LoggerCatalog::DataText(QStringLiteral("POSTGRES"), resolution, failure));
     return status;
 }
 

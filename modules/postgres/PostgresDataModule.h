@@ -4,6 +4,7 @@
 #pragma once
 
 #include "DataModuleInterface.h"
+#include "LoggerCatalog.h"
 #include "LoggerChannelIds.h"
 #include "PostgresConnection.h"
 
@@ -94,7 +95,6 @@ private:
     PgConnection::Outcome Run(Query query, const std::vector<QByteArray>& parameters, PgResult& result);
     bool ResolveChannel(const QString& channelId, qint64& id, PgConnection::Outcome& outcome, Numbering& numbering);
     void ReadBoundary(Query query, const QString& channelId, double& date, const QString& source);
-    double ResolutionOf(qint64 channel) const;
     qint32 Read(const QString& channelList, ChannelCollection& channels, double from, double to,
         std::optional<std::pair<double, qint64>> grid, const QString& source);
     MatrixBlockPtr RawBlock(const PGresult* result);
@@ -112,8 +112,8 @@ private:
     QByteArray m_cSchema; // the schema as an escaped identifier
     bool m_bHasInfo = false; // the schema has an info table
 
-    double m_dDefaultResolution = 0.0;
-    QHash<qint64, double> m_cResolutions;
+    // Native resolutions from the info table.
+    LoggerCatalog::Resolutions m_cResolutions;
 
     std::vector<double> m_cTimes;
     std::vector<double> m_cValues;

@@ -54,11 +54,6 @@ bool SamePath(const QString& a, const QString& b)
     return QFileInfo(a.trimmed()).absoluteFilePath() == QFileInfo(b.trimmed()).absoluteFilePath();
 }
 
-QString FormatSeconds(double seconds)
-{
-    return QString::number(seconds, 'g', 15);
-}
-
 // The text of a log line ("Reading the samples ...") as the start of a reason ("reading ...").
 QString LowerFirst(QString text)
 {
@@ -140,8 +135,7 @@ void SqliteDataModule::Close()
     m_cExistsQuery.reset();
     m_cCategoryQuery.reset();
     m_db.reset();
-    m_dDefaultResolution = 0.0;
-    m_cResolutions.clear();
+    m_cResolutions.Clear();
 }
 
 bool SqliteDataModule::EnsureOpen(const QString& source, qint32& status)
@@ -288,24 +282,12 @@ qint32 SqliteDataModule::LoadInfo(const QString& source)
         static_cast<int>(SqliteSchema::KeyResolution.size()), SQLITE_STATIC);
     sqlite3_bind_text(info.get(), 2, SqliteSchema::KeyChannelResolutionPrefix.data(),
         static_cast<int>(SqliteSchema::KeyChannelResolutionPrefix.size()), SQLITE_STATIC);
-    const QString prefix = ToQString(SqliteSchema::KeyChannelResolutionPrefix);
     while ((rc = sqlite3_step(info.get())) == SQLITE_ROW) {
         const QString key = ColumnText(info.get(), 0);
-        bool ok = false;
-        const double seconds = ColumnText(info.get(), 1).trimmed().toDouble(&ok);
-        if (!ok || !std::isfinite(seconds) || seconds <= 0.0) {
+        if (!m_cResolutions.Take(key, ColumnText(info.get(), 1)))
             Log("invalid resolution",
                 "The resolution " + key + " in " + m_sDatabase + " is no positive number; it counts as unknown.",
                 source, 2);
-            continue;
-        }
-        if (key == ToQString(SqliteSchema::KeyResolution)) {
-            m_dDefaultResolution = seconds;
-        } else {
-            const qint64 channel = key.mid(prefix.size()).toLongLong(&ok);
-            if (ok)
-                m_cResolutions.insert(channel, seconds);
-        }
     }
     if (rc != SQLITE_DONE)
         return Fail(rc, OpenTitle, "Reading the info table", source);
@@ -355,11 +337,6 @@ bool SqliteDataModule::ResolveChannel(const QString& channelId, qint64& id, int&
         return false;
     id = *found;
     return true;
-}
-
-double SqliteDataModule::ResolutionOf(qint64 channel) const
-{
-    return m_cResolutions.value(channel, m_dDefaultResolution);
 }
 
 bool SqliteDataModule::ReadBoundary(sqlite3_stmt* statement, qint64 id, double& date, const QString& source)
@@ -550,17 +527,14 @@ qint32 SqliteDataModule::GetData(
         sqlite3_bind_int64(exists, 1, id);
         if (sqlite3_step(exists) == SQLITE_ROW) {
             // Channels of different loggers may be mixed: the finest resolution serves them all.
-            const double seconds = ResolutionOf(id);
+            const double seconds = m_cResolutions.Of(id);
             if (seconds > 0.0 && (resolution == 0.0 || seconds < resolution))
                 resolution = seconds;
         }
         sqlite3_reset(exists);
     }
 
-    QString text = QStringLiteral("SQLITE;") + FormatSeconds(resolution);
-    if (!failure.isEmpty())
-        text += ';' + failure;
-    channels.AddText(text);
+    channels.AddText(LoggerCatalog::DataText(QStringLiteral("SQLITE"), resolution, failure));
     return status;
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "DataModuleInterface.h"
+#include "LoggerCatalog.h"
 #include "LoggerChannelIds.h"
 #include "SqliteHandles.h"
 
@@ -84,7 +85,6 @@ private:
     // for an id that names no channel; rc then says whether reading the channels failed.
     bool ResolveChannel(const QString& channelId, qint64& id, int& rc, Numbering& numbering);
     bool ReadBoundary(sqlite3_stmt* statement, qint64 id, double& date, const QString& source);
-    double ResolutionOf(qint64 channel) const;
     bool UseEnglish() const;
 
     DataModuleRegistration m_registration;
@@ -100,9 +100,8 @@ private:
     SqliteStatement m_cExistsQuery;
     SqliteStatement m_cCategoryQuery;
 
-    // Native resolutions from the info table, in seconds; 0 when unknown.
-    double m_dDefaultResolution = 0.0;
-    QHash<qint64, double> m_cResolutions;
+    // Native resolutions from the info table.
+    LoggerCatalog::Resolutions m_cResolutions;
 
     // Work buffers of GetData, kept between calls so that reading allocates only the blocks.
     std::vector<double> m_cTimes;

@@ -99,7 +99,7 @@ TEST_F(PostgresAggregationTest, TheGridOfAggregatesIsTheGridOfTheRawSamplesBitFo
                     for (qsizetype c = 0; c < 2; ++c)
                         ASSERT_EQ(raw->Item(r, c), aggregated->Item(r, c)) << "row " << r << " column " << c;
                 // The server did aggregate (power factors excepted), and a step gives at most one row.
-                if (channel == 8 || unit == "n" && count == 1)
+                if (channel == 8 || (unit == "n" && count == 1))
                     EXPECT_EQ(aggregatedRows, rawRows);
                 else
                     EXPECT_LT(aggregatedRows, rawRows);
