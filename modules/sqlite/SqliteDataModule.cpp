@@ -6,20 +6,24 @@
 #include "ModuleSettings.h"
 #include "RegistryKey.h"
 #include "SqliteSchema.h"
+#include "SqliteSettings.h"
 #include "frm_SqliteConfig.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QScreen>
 #include <QSet>
+#include <QThread>
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
-const QString DatabaseValue = QStringLiteral("Database");
-const QString BusyTimeoutValue = QStringLiteral("BusyTimeout");
+using SqliteSettings::BusyTimeoutValue;
+using SqliteSettings::DatabaseValue;
 const QString OpenTitle = QStringLiteral("error opening database");
 const QString ReadTitle = QStringLiteral("error reading database");
 
@@ -52,6 +56,19 @@ bool SamePath(const QString& a, const QString& b)
     if (a.trimmed().isEmpty() || b.trimmed().isEmpty())
         return a.trimmed().isEmpty() == b.trimmed().isEmpty();
     return QFileInfo(a.trimmed()).absoluteFilePath() == QFileInfo(b.trimmed()).absoluteFilePath();
+}
+
+// Whether a dialog can be shown: a widget application on a real screen, called on its own
+// thread. Exports without a screen run on the offscreen platform, tests too.
+bool InteractiveSession()
+{
+    const auto* app = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (!app || QThread::currentThread() != app->thread())
+        return false;
+    const QString platform = QGuiApplication::platformName();
+    if (platform.isEmpty() || platform == QLatin1String("offscreen") || platform == QLatin1String("minimal"))
+        return false;
+    return QGuiApplication::primaryScreen() != nullptr;
 }
 
 // The text of a log line ("Reading the samples ...") as the start of a reason ("reading ...").
@@ -184,6 +201,8 @@ qint32 SqliteDataModule::Fail(int rc, const QString& title, const QString& what,
 qint32 SqliteDataModule::Open(const QString& source)
 {
     Close();
+    if (m_sDatabase.isEmpty())
+        AskForDatabase();
     if (m_sDatabase.isEmpty()) {
         m_sFailure = "no database file is configured for module " + m_registration.name;
         Log(OpenTitle, "No database file is configured for module " + m_registration.name + ".", source, 3);
@@ -540,16 +559,64 @@ qint32 SqliteDataModule::GetData(
 
 void SqliteDataModule::ShowConfig()
 {
-    frm_SqliteConfig dialog(m_sDatabase.isEmpty() ? ConfiguredDatabase() : m_sDatabase, UseEnglish());
+    // The question's dialog is open: its event loop is where this call came from.
+    if (m_bAsking)
+        return;
+    QString shown = m_sDatabase.isEmpty() ? ConfiguredDatabase() : m_sDatabase;
+    if (shown.isEmpty())
+        shown = SuggestedDatabase();
+    frm_SqliteConfig dialog(shown, UseEnglish());
     if (dialog.ShowMe())
         ApplyDatabase(dialog.Database());
+}
+
+void SqliteDataModule::SetDatabaseQuestion(DatabaseQuestion question)
+{
+    m_cDatabaseQuestion = std::move(question);
+}
+
+QString SqliteDataModule::SuggestedDatabase()
+{
+    const QString demo = SqliteSettings::UserDemoDatabase();
+    return QFileInfo(demo).isFile() ? QDir::toNativeSeparators(demo) : QString();
+}
+
+QString SqliteDataModule::AskWithDialog(const QString& suggestion) const
+{
+    if (!InteractiveSession())
+        return QString();
+    frm_SqliteConfig dialog(suggestion, UseEnglish());
+    return dialog.ShowMe() ? dialog.Database() : QString();
+}
+
+bool SqliteDataModule::AskForDatabase()
+{
+    // Once per module object: the program calls a module many times per refresh, and a user who
+    // declined can still choose a file in the module's configuration.
+    if (m_bAskedForDatabase || m_bAsking)
+        return false;
+    m_bAskedForDatabase = true;
+    m_bAsking = true;
+    QString chosen;
+    try {
+        const QString suggestion = SuggestedDatabase();
+        chosen = m_cDatabaseQuestion ? m_cDatabaseQuestion(suggestion) : AskWithDialog(suggestion);
+    } catch (...) {
+        m_bAsking = false;
+        throw;
+    }
+    m_bAsking = false;
+    chosen = chosen.trimmed();
+    if (chosen.isEmpty())
+        return false;
+    ApplyDatabase(chosen);
+    return !m_sDatabase.isEmpty();
 }
 
 void SqliteDataModule::ApplyDatabase(const QString& path)
 {
     const QString before = m_sDatabase.isEmpty() ? ConfiguredDatabase() : m_sDatabase;
-    RegistryKey key;
-    if (key.WriteValue(Hive::CurrentUser, SettingsKey(), DatabaseValue, path.trimmed()) != RegistryStatus::Ok)
+    if (!SqliteSettings::StoreUserDatabase(m_registration.name, path))
         Log("error storing settings",
             "The database file of module " + m_registration.name + " could not be stored in the user's settings.",
             "SqliteDataModule.ApplyDatabase", 3);

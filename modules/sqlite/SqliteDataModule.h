@@ -12,6 +12,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <vector>
 
 class SqliteDataModule : public QObject, public DataModuleInterface
@@ -56,6 +57,8 @@ public:
     // database does not know gets an empty block.
     qint32 GetData(
         const QString& channelList, ChannelCollection& channels, double from, double to, qint32& status) override;
+    // Shows the configuration dialog. While the module is asking for a file (see
+    // SetDatabaseQuestion) it shows no second one.
     Q_INVOKABLE void ShowConfig() override;
 
     // "Software\HARVOLD\ModuleSettings\<registration name>".
@@ -68,6 +71,18 @@ public:
     // connection is dropped (the next call opens the new file) and "CHANNELS_CHANGED" with
     // the module's address goes to the message handler.
     void ApplyDatabase(const QString& path);
+
+    // The step that asks the user for a database file when the first call that needs one finds
+    // none configured. It gets the suggested file ("" when there is none) and returns the
+    // chosen one, "" when the user declined. It is asked once per module object: a call that
+    // arrives while it runs, and every call after a declined question, fails with NoDatabase.
+    // A chosen file is stored as by ApplyDatabase and the call goes on with it.
+    using DatabaseQuestion = std::function<QString(const QString& suggestion)>;
+    // Replaces the question; the default shows the configuration dialog in an interactive
+    // session (a widget application on a real screen, on its own thread) and declines otherwise.
+    void SetDatabaseQuestion(DatabaseQuestion question);
+    // The file the question suggests: the user's demo database when that file exists.
+    static QString SuggestedDatabase();
 
 private:
     qint32 Open(const QString& source);
@@ -86,12 +101,22 @@ private:
     bool ResolveChannel(const QString& channelId, qint64& id, int& rc, Numbering& numbering);
     bool ReadBoundary(sqlite3_stmt* statement, qint64 id, double& date, const QString& source);
     bool UseEnglish() const;
+    // Asks for a database file when none is configured and the question has not been asked yet;
+    // true when a file was chosen and stored (m_sDatabase then names it).
+    bool AskForDatabase();
+    // The default question: the configuration dialog, only in an interactive session.
+    QString AskWithDialog(const QString& suggestion) const;
 
     DataModuleRegistration m_registration;
     MessageHandlerInterface* m_pMessageHandler = nullptr;
     QString m_sDatabase;
     // The last failure to open or read, as one line naming the file.
     QString m_sFailure;
+    DatabaseQuestion m_cDatabaseQuestion;
+    // The question was asked (it is asked once); it is running now (a modal dialog runs an
+    // event loop, in which other calls may arrive).
+    bool m_bAskedForDatabase = false;
+    bool m_bAsking = false;
 
     SqliteConnection m_db;
     SqliteStatement m_cDataQuery;

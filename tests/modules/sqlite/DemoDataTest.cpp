@@ -2,10 +2,13 @@
 // The demo data generator, run as built, and its database read back through the module.
 #include "Calendar.h"
 #include "LoggerDatabase.h"
+#include "RegistryKey.h"
 #include "SqliteDataModule.h"
 #include "TempSettings.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QProcess>
 #include <QRegularExpression>
@@ -18,14 +21,19 @@
 namespace {
 
 // Runs the generator; the exit code, -1 when it crashed or hung.
-int Generate(const QStringList& arguments, QString* error = nullptr)
+int Generate(const QStringList& arguments, QString* error = nullptr, const QProcessEnvironment* environment = nullptr,
+    QString* output = nullptr)
 {
     QProcess process;
+    if (environment)
+        process.setProcessEnvironment(*environment);
     process.start(SORANO_DEMODATA, arguments);
     if (!process.waitForFinished(120'000) || process.exitStatus() != QProcess::NormalExit)
         return -1;
     if (error)
         *error = QString::fromLocal8Bit(process.readAllStandardError());
+    if (output)
+        *output = QString::fromLocal8Bit(process.readAllStandardOutput());
     return process.exitCode();
 }
 
@@ -177,6 +185,90 @@ TEST_F(DemoDataTest, AnExistingFileIsOnlyReplacedWithForce)
         EXPECT_TRUE(succeeds || !error.isEmpty());
         EXPECT_FALSE(QFile::exists(path + ".part"));
     }
+}
+
+// Without an output file the generator writes into the user's data folder of the program and
+// registers the file for the data source Demo. The generator runs with a home, data and settings
+// folder of its own; its settings are read back here from the same folder.
+class DemoDataUserTest : public ::testing::Test
+{
+protected:
+    DemoDataUserTest()
+    {
+        environment.insert("HOME", home.path());
+        environment.insert("XDG_DATA_HOME", home.filePath("data"));
+        environment.insert("XDG_CONFIG_HOME", settings.UserDir());
+    }
+
+    int Run(const QStringList& arguments)
+    {
+        error.clear();
+        output.clear();
+        return Generate(arguments, &error, &environment, &output);
+    }
+
+    // The user's database of Demo, as the module reads it (the machine-wide settings are empty).
+    QString DemoDatabase() const { return RegistryKey().ReadValue(Hive::CurrentUser, DemoKey, "Database"); }
+
+    const QString DemoKey = QStringLiteral("Software\\HARVOLD\\ModuleSettings\\Demo");
+    TempSettings settings;
+    QTemporaryDir home;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    QString file = home.filePath("data/HARVOLD/Sorano/sorano-demo.sqlite");
+    QString error, output;
+};
+
+TEST_F(DemoDataUserTest, WritesIntoTheDataFolderAndBecomesTheDatabaseOfDemo)
+{
+    ASSERT_EQ(Run({ "--days", "2" }), 0) << error.toStdString();
+    ASSERT_TRUE(QFileInfo(file).isFile());
+    EXPECT_EQ(DemoDatabase(), QDir::toNativeSeparators(file));
+    EXPECT_TRUE(output.contains("registered as the database of data source Demo")) << output.toStdString();
+    // The module of Demo reads it without a further setting.
+    SqliteDataModule module(DataModuleRegistration { "Demo", "1" });
+    int asked = 0;
+    module.SetDatabaseQuestion([&](const QString&) {
+        ++asked;
+        return QString();
+    });
+    EXPECT_EQ(Overview(module).size(), 2 * 25);
+    EXPECT_EQ(asked, 0);
+    EXPECT_EQ(module.Database(), QDir::toNativeSeparators(file));
+
+    // A second run keeps the file unless forced; the setting stays.
+    const QByteArray written = FileBytes(file);
+    EXPECT_EQ(Run({ "--days", "1" }), 2);
+    EXPECT_TRUE(error.contains("--force")) << error.toStdString();
+    EXPECT_EQ(FileBytes(file), written);
+    EXPECT_EQ(Run({ "--force", "--days", "1" }), 0) << error.toStdString();
+    EXPECT_NE(FileBytes(file), written);
+    EXPECT_TRUE(output.contains("already the database of data source Demo")) << output.toStdString();
+    EXPECT_EQ(DemoDatabase(), QDir::toNativeSeparators(file));
+    EXPECT_FALSE(QFile::exists(file + ".part"));
+}
+
+TEST_F(DemoDataUserTest, TheUsersOwnDatabaseOfDemoIsKept)
+{
+    settings.SetUser(DemoKey, "Database", "/srv/logger/werk.sqlite");
+    settings.SetUser("Software\\HARVOLD\\ModuleSettings\\Werk", "Database", "/srv/logger/other.sqlite");
+    ASSERT_EQ(Run({ "--days", "2" }), 0) << error.toStdString();
+    EXPECT_TRUE(QFileInfo(file).isFile());
+    EXPECT_EQ(DemoDatabase(), "/srv/logger/werk.sqlite");
+    EXPECT_TRUE(output.contains("kept your setting")) << output.toStdString();
+    EXPECT_TRUE(output.contains("/srv/logger/werk.sqlite")) << output.toStdString();
+}
+
+TEST_F(DemoDataUserTest, AnOutputFileIsWrittenAsGivenAndNotRegistered)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("demo.sqlite");
+    ASSERT_EQ(Run({ "--days", "1", path }), 0) << error.toStdString();
+    EXPECT_TRUE(QFileInfo(path).isFile());
+    EXPECT_FALSE(QFileInfo::exists(file));
+    EXPECT_EQ(DemoDatabase(), "");
+    EXPECT_FALSE(output.contains("data source")) << output.toStdString();
+    EXPECT_EQ(Run({ "--days", "1", path, dir.filePath("second.sqlite") }), 1);
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath("second.sqlite")));
 }
 
 } // namespace
