@@ -47,8 +47,9 @@ git archive --format=tar HEAD | tar -x -C "$src"
 mkdir -p dist
 arch=$(dpkg-architecture -qDEB_HOST_ARCH)
 changes="sorano_${version}_${arch}.changes"
-rm -f dist/sorano_*
-cp "$work"/sorano_"$version"_*.deb "$work/$changes" "$work"/sorano_"$version"_*.buildinfo dist/
+rm -f dist/sorano_* dist/sorano-dbgsym_*
+# Everything the .changes lists (the package and its debug symbols), so that lintian finds it.
+cp "$work"/*_"$version"_*.deb "$work/$changes" "$work"/sorano_"$version"_*.buildinfo dist/
 deb=$(ls dist/sorano_"$version"_"$arch".deb)
 echo
 echo "Package: $deb ($(du -h "$deb" | cut -f1))"
