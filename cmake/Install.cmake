@@ -11,10 +11,16 @@ set(SORANO_DESKTOP_DIR ${PROJECT_SOURCE_DIR}/debian/desktop)
 # The add-in contract, header-only like the data-module headers.
 install(FILES ${PROJECT_SOURCE_DIR}/src/platform/AddInInterface.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sorano)
 
-# Machine-wide settings: data module "Demo" and the add-in. With the prefix /usr this is
-# /etc/xdg/HARVOLD/Sorano.ini, where Qt looks for them; under any other prefix it is
-# <prefix>/etc/xdg/HARVOLD, which the program takes when it exists beside its bin folder.
-install(FILES ${PROJECT_SOURCE_DIR}/debian/Sorano.ini DESTINATION ${CMAKE_INSTALL_FULL_SYSCONFDIR}/xdg/HARVOLD)
+# Machine-wide settings: data module "Demo" and the add-in. With the prefix /usr (or an absolute
+# SYSCONFDIR such as the /etc of a Debian build) this is /etc/xdg/HARVOLD/Sorano.ini, where Qt
+# looks for them; under any other prefix it is <prefix>/etc/xdg/HARVOLD, which the program takes
+# when it exists beside its bin folder, and moves with "cmake --install --prefix".
+if(IS_ABSOLUTE "${CMAKE_INSTALL_SYSCONFDIR}" OR CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(SORANO_SETTINGS_DIR ${CMAKE_INSTALL_FULL_SYSCONFDIR}/xdg/HARVOLD)
+else()
+  set(SORANO_SETTINGS_DIR ${CMAKE_INSTALL_SYSCONFDIR}/xdg/HARVOLD)
+endif()
+install(FILES ${PROJECT_SOURCE_DIR}/debian/Sorano.ini DESTINATION ${SORANO_SETTINGS_DIR})
 
 # Example views on the demo data and profiles that fit them.
 install(FILES
