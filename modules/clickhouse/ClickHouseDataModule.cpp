@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 using ClickHouse::ExternalTable;
 using ClickHouse::Outcome;
@@ -47,10 +48,13 @@ constexpr std::string_view ChannelsSql = "SELECT toInt64(id), toString(name), to
                                          "toInt64(parent_channel), toInt64(path_id) FROM channels FORMAT RowBinary";
 constexpr std::string_view PeriodSql
     = "SELECT count(), min(time), max(time) FROM samples WHERE channel = (SELECT ch FROM ids) FORMAT RowBinary";
+// The samples of the listed channels in the window. Read on one thread they come in the order of
+// the table's key (channel, time) from each part; sorting on the server would cost twice the
+// read, so ReadRaw checks the order and sorts only what came otherwise (several parts).
 constexpr std::string_view SamplesSql
     = "SELECT toInt64(channel), toFloat64(time), CAST(value AS Nullable(Float64)) FROM samples "
       "WHERE channel IN (SELECT ch FROM ids) AND time >= (SELECT lo FROM win) AND time <= (SELECT hi FROM win) "
-      "ORDER BY channel, time FORMAT RowBinary";
+      "SETTINGS max_threads = 1 FORMAT RowBinary";
 // One row per channel and step: the step number, the non-missing values, their largest and
 // smallest, and their sum added one by one in order of time (arrayCumSum runs sequentially over
 // the values sorted by time; a missing value adds 0.0, which leaves a sum that starts at +0.0 as
@@ -444,6 +448,30 @@ qint32 ClickHouseDataModule::GetChannelStructure(QStringList& categories, QStrin
     return status;
 }
 
+void ClickHouseDataModule::Rows::SortByChannelAndTime()
+{
+    const auto before = [this](size_t a, size_t b) {
+        return channels[a] < channels[b] || (channels[a] == channels[b] && times[a] < times[b]);
+    };
+    size_t index = 1;
+    while (index < times.size() && !before(index, index - 1))
+        ++index;
+    if (index >= times.size())
+        return;
+    std::vector<size_t> order(times.size());
+    std::iota(order.begin(), order.end(), size_t { 0 });
+    std::stable_sort(order.begin(), order.end(), before);
+    const auto reorder = [&order](auto& column) {
+        std::remove_reference_t<decltype(column)> sorted(column.size());
+        for (size_t row = 0; row < order.size(); ++row)
+            sorted[row] = column[order[row]];
+        column.swap(sorted);
+    };
+    reorder(channels);
+    reorder(times);
+    reorder(values);
+}
+
 qint32 ClickHouseDataModule::ReadRaw(const std::vector<qint64>& ids, double from, double to, const QString& source)
 {
     m_cRaw.clear();
@@ -470,6 +498,7 @@ qint32 ClickHouseDataModule::ReadRaw(const std::vector<qint64>& ids, double from
         m_cRaw.times.push_back(time);
         m_cRaw.values.push_back(value);
     }
+    m_cRaw.SortByChannelAndTime();
     return 1;
 }
 

@@ -132,6 +132,9 @@ private:
             times.clear();
             values.clear();
         }
+        // Puts the rows in order of channel and time, keeping the order of equal keys; rows
+        // already in order (the usual case) cost one pass.
+        void SortByChannelAndTime();
     };
     Rows m_cRaw;
     // One step of one channel as the server aggregated it.

@@ -213,6 +213,11 @@ qint32 PostgresDataModule::Open(const QString& source)
     } else {
         m_cSchema = "public";
     }
+    // The reads are plain index scans: compiling them costs more than it saves. A server built
+    // without JIT ignores the setting.
+    if (const PgConnection::Outcome jit = m_connection.Execute("SET jit = off");
+        jit == PgConnection::Outcome::Lost || jit == PgConnection::Outcome::TimedOut)
+        return Fail(jit, OpenTitle, "Connecting to the server", source);
     qint32 status = CheckSchema(source);
     if (status == 1)
         status = LoadInfo(source);

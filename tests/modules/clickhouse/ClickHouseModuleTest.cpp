@@ -161,6 +161,40 @@ TEST_F(ClickHouseModuleTest, TheLoadedSiteGivesOverviewStructureWindowsAndBlocks
     EXPECT_EQ(handler.lines.size(), 0u) << handler.All();
 }
 
+TEST_F(ClickHouseModuleTest, SamplesWrittenInSeveralPartsOutOfOrderAreReadInOrderOfTime)
+{
+    // Each INSERT makes a part of its own: later samples written first, and the two channels'
+    // samples alternating, as a logger that sends old data late would leave them.
+    const QString database = Load(Write(dir.filePath("site.sqlite")), *server);
+    auto module = Open();
+    constexpr double Later = Day + 3;
+    for (const int k : { 7, 5, 6, 1, 3, 0, 2, 4 }) {
+        for (const int channel : { 301, 302 }) {
+            QString error;
+            ASSERT_TRUE(server->Execute(QStringLiteral("INSERT INTO %1.samples VALUES (%2, %3, %4)")
+                                            .arg(database)
+                                            .arg(channel)
+                                            .arg(Later + k * Minute, 0, 'g', 17)
+                                            .arg(channel * 100 + k),
+                nullptr, &error))
+                << error.toStdString();
+        }
+    }
+    qint32 status = 0;
+    const ChannelCollection data = Read(*module, { "302", "301" }, Later, Later + 1, &status);
+    EXPECT_EQ(status, 1);
+    // The server parses the times from the statement's text: compared to a nanosecond.
+    for (const int index : { 0, 1 }) {
+        const int channel = index == 0 ? 302 : 301;
+        const auto samples = SamplesOf(data, index);
+        ASSERT_EQ(samples.size(), 8u) << channel;
+        for (int k = 0; k < 8; ++k) {
+            EXPECT_NEAR(samples[size_t(k)].first, Later + k * Minute, 1e-14) << channel << " " << k;
+            EXPECT_EQ(samples[size_t(k)].second, channel * 100 + k) << channel << " " << k;
+        }
+    }
+}
+
 TEST_F(ClickHouseModuleTest, ChannelNumbersAreUniqueWithinALoggerAndExchangingTheLoggerGivesItsChannel)
 {
     const QString path = dir.filePath("numbers.sqlite");
