@@ -55,19 +55,32 @@ constexpr std::string_view SamplesSql
     = "SELECT toInt64(channel), toFloat64(time), CAST(value AS Nullable(Float64)) FROM samples "
       "WHERE channel IN (SELECT ch FROM ids) AND time >= (SELECT lo FROM win) AND time <= (SELECT hi FROM win) "
       "SETTINGS max_threads = 1 FORMAT RowBinary";
+// The samples of the listed channels in the window, with the millisecond of each time computed as
+// Calendar::ToMilliseconds does, and a value equal to the program's NoValue counted as missing, as
+// on the program's grid.
+#define SORANO_CH_STEP_ROWS                                                                                            \
+    "FROM (SELECT toInt64(channel) AS channel, toFloat64(time) AS time, "                                              \
+    "nullIf(CAST(value AS Nullable(Float64)), -1e300) AS v, toInt64(time) AS w, "                                      \
+    "w * 86400000 + toInt64(abs(time - w) * 86400000 + 0.5) AS ms, _part_index AS part FROM samples "                  \
+    "WHERE channel IN (SELECT ch FROM ids) AND time >= (SELECT lo FROM win) AND time <= (SELECT hi FROM win)) "        \
+    "WHERE ms >= (SELECT g0 FROM win) "
 // One row per channel and step: the step number, the non-missing values, their largest and
-// smallest, and their sum added one by one in order of time (arrayCumSum runs sequentially over
-// the values sorted by time; a missing value adds 0.0, which leaves a sum that starts at +0.0 as
-// it was). The millisecond of a time is computed as Calendar::ToMilliseconds does. A value equal
-// to the program's NoValue counts as missing, as on the program's grid.
+// smallest, their sum, and whether all of them lie in one part of the table. Read on one thread,
+// the rows of one part come in order of time, so that the plain sum adds the values one by one in
+// that order, as the grid does (a missing value adds 0.0, which leaves a sum that starts at +0.0 as
+// it was). A step whose samples lie in several parts is summed again by RedoStepsSql.
 constexpr std::string_view StepsSql
     = "SELECT channel, intDiv(ms - (SELECT g0 FROM win), (SELECT st FROM win)) AS k, count(v), max(v), min(v), "
-      "arrayElement(arrayCumSum(arraySort((x, t) -> t, groupArray(ifNull(v, 0.)), groupArray(time))), -1) "
-      "FROM (SELECT toInt64(channel) AS channel, toFloat64(time) AS time, "
-      "nullIf(CAST(value AS Nullable(Float64)), -1e300) AS v, toInt64(time) AS w, "
-      "w * 86400000 + toInt64(abs(time - w) * 86400000 + 0.5) AS ms FROM samples "
-      "WHERE channel IN (SELECT ch FROM ids) AND time >= (SELECT lo FROM win) AND time <= (SELECT hi FROM win)) "
-      "WHERE ms >= (SELECT g0 FROM win) GROUP BY channel, k ORDER BY channel, k FORMAT RowBinary";
+      "sum(ifNull(v, 0.)), min(part) = max(part) " SORANO_CH_STEP_ROWS
+      "GROUP BY channel, k ORDER BY channel, k SETTINGS max_threads = 1 FORMAT RowBinary";
+// The listed steps again, their values summed in order of time whatever the parts (arrayCumSum runs
+// sequentially over the values sorted by time). Costly: for the few steps that need it.
+constexpr std::string_view RedoStepsSql
+    = "SELECT channel, intDiv(ms - (SELECT g0 FROM win), (SELECT st FROM win)) AS k, count(v), max(v), min(v), "
+      "arrayElement(arrayCumSum(arraySort((x, t) -> t, groupArray(ifNull(v, 0.)), groupArray(time))), -1), "
+      "1 " SORANO_CH_STEP_ROWS "AND (channel, k) IN (SELECT ch, k FROM redo) "
+      "GROUP BY channel, k ORDER BY channel, k FORMAT RowBinary";
+#undef SORANO_CH_STEP_ROWS
 constexpr std::string_view VersionSql = "SELECT version() FORMAT TabSeparated";
 
 constexpr std::int64_t MsPerDay = 86'400'000;
@@ -508,23 +521,53 @@ qint32 ClickHouseDataModule::ReadSteps(
     m_cSteps.clear();
     if (ids.empty())
         return 1;
-    if (const qint32 status = Query(StepsSql, { IdTable(ids), WindowTable(from, to, gridStartMs, stepMs) },
-            "Reading the aggregated samples", source);
-        status != 1)
+    const QString what = QStringLiteral("Reading the aggregated samples");
+    // Rows of channel, step, count, largest, smallest, sum, and whether the sum is in order of time.
+    const auto read = [&](std::vector<StepRow>& rows, std::vector<size_t>* unordered) {
+        Reader reader(m_http.Body());
+        while (!reader.AtEnd()) {
+            StepRow row;
+            row.channel = reader.Int64();
+            row.step = reader.Int64();
+            row.count = reader.Fixed<std::uint64_t>();
+            row.largest = row.smallest = MatrixBlock::DefaultNoValue;
+            reader.NullableFloat64(row.largest);
+            reader.NullableFloat64(row.smallest);
+            row.sum = reader.Float64();
+            const bool ordered = reader.Fixed<std::uint8_t>() != 0;
+            if (reader.Failed())
+                return false;
+            if (!ordered && unordered)
+                unordered->push_back(rows.size());
+            rows.push_back(row);
+        }
+        return true;
+    };
+    const ExternalTable window = WindowTable(from, to, gridStartMs, stepMs);
+    if (const qint32 status = Query(StepsSql, { IdTable(ids), window }, what, source); status != 1)
         return status;
-    Reader reader(m_http.Body());
-    while (!reader.AtEnd()) {
-        StepRow row;
-        row.channel = reader.Int64();
-        row.step = reader.Int64();
-        row.count = reader.Fixed<std::uint64_t>();
-        row.largest = row.smallest = MatrixBlock::DefaultNoValue;
-        reader.NullableFloat64(row.largest);
-        reader.NullableFloat64(row.smallest);
-        row.sum = reader.Float64();
-        if (reader.Failed())
-            return Fail(QueryFailed, "Reading the aggregated samples", "the answer is cut short", source);
-        m_cSteps.push_back(row);
+    std::vector<size_t> unordered;
+    if (!read(m_cSteps, &unordered))
+        return Fail(QueryFailed, what, "the answer is cut short", source);
+    if (unordered.empty())
+        return 1;
+
+    ExternalTable redo { "redo", "ch Int64, k Int64", {} };
+    for (const size_t index : unordered) {
+        ClickHouse::Put(redo.rows, static_cast<std::int64_t>(m_cSteps[index].channel));
+        ClickHouse::Put(redo.rows, static_cast<std::int64_t>(m_cSteps[index].step));
+    }
+    if (const qint32 status = Query(RedoStepsSql, { IdTable(ids), window, redo }, what, source); status != 1)
+        return status;
+    std::vector<StepRow> again;
+    if (!read(again, nullptr) || again.size() != unordered.size())
+        return Fail(QueryFailed, what, "the answer is cut short", source);
+    // Both answers are ordered by channel and step; samples written in between change the steps.
+    for (size_t i = 0; i < unordered.size(); ++i) {
+        StepRow& row = m_cSteps[unordered[i]];
+        if (again[i].channel != row.channel || again[i].step != row.step)
+            return Fail(QueryFailed, what, "the samples changed while they were read", source);
+        row = again[i];
     }
     return 1;
 }

@@ -245,7 +245,7 @@ TEST_F(ClickHouseModuleTest, AggregatesOfTheServerPutOnTheGridEqualTheRawSamples
 {
     const QString path = dir.filePath("steps.sqlite");
     WriteDatabase(path, AggregationSql());
-    Load(path, *server);
+    const QString database = Load(path, *server);
     auto module = Open();
     const QStringList ids = { "501", "502", "503", "506", "508" };
     const QList<qint32> types = { 1, 2, 3, 6, 8 };
@@ -265,43 +265,62 @@ TEST_F(ClickHouseModuleTest, AggregatesOfTheServerPutOnTheGridEqualTheRawSamples
         { "d", 1, Day - 0.3, last + 0.1 },
         { "s", 60, Day + 0.40031, Day + 1.2 },
     };
-    for (const auto& [unit, count, from, to] : grids) {
-        SCOPED_TRACE(QString("%1 %2 %3").arg(unit).arg(count).arg(from, 0, 'g', 17).toStdString());
-        const auto steps = TimeValueTransformator::FixedStepsOf(from, unit, count);
-        ASSERT_TRUE(steps);
-        TimeValueTransformator rawGrid, serverGrid;
-        rawGrid.Init(from, to, unit, count, true);
-        serverGrid.Init(from, to, unit, count, true);
+    // The loader leaves one part. Written again in three parts, the later stretches of every
+    // 1000 s first, most steps have samples in several parts, which the server reads part by part.
+    const QString scramble[] = {
+        "RENAME TABLE %1.samples TO %1.loaded",
+        "CREATE TABLE %1.samples AS %1.loaded",
+        "SYSTEM STOP MERGES %1.samples",
+        "INSERT INTO %1.samples SELECT * FROM %1.loaded WHERE intDiv(toInt64(time * 86400), 1000) % 3 = 2",
+        "INSERT INTO %1.samples SELECT * FROM %1.loaded WHERE intDiv(toInt64(time * 86400), 1000) % 3 = 1",
+        "INSERT INTO %1.samples SELECT * FROM %1.loaded WHERE intDiv(toInt64(time * 86400), 1000) % 3 = 0",
+    };
+    for (const bool parts : { false, true }) {
+        SCOPED_TRACE(parts ? "three parts" : "one part");
+        for (const QString& sql : scramble) {
+            if (!parts)
+                break;
+            QString error;
+            ASSERT_TRUE(server->Execute(sql.arg(database), nullptr, &error)) << error.toStdString();
+        }
+        for (const auto& [unit, count, from, to] : grids) {
+            SCOPED_TRACE(QString("%1 %2 %3").arg(unit).arg(count).arg(from, 0, 'g', 17).toStdString());
+            const auto steps = TimeValueTransformator::FixedStepsOf(from, unit, count);
+            ASSERT_TRUE(steps);
+            TimeValueTransformator rawGrid, serverGrid;
+            rawGrid.Init(from, to, unit, count, true);
+            serverGrid.Init(from, to, unit, count, true);
 
-        ChannelCollection raw = request(), aggregated = request();
-        qint32 status = 0;
-        module->GetData(ids.join(';'), raw, from, to, status);
-        ASSERT_EQ(status, 1);
-        module->GetAggregatedData(ids.join(';'), aggregated, from, to, steps->start, steps->seconds, status);
-        ASSERT_EQ(status, 1);
-        EXPECT_EQ(aggregated.Text(ids.size()), "CLICKHOUSE;37");
-        for (qsizetype i = 0; i < ids.size(); ++i) {
-            SCOPED_TRACE(ids[i].toStdString());
-            const MatrixBlockPtr rawBlock = raw.Channel(i)->DataBlock();
-            const MatrixBlockPtr serverBlock = aggregated.Channel(i)->DataBlock();
-            ASSERT_TRUE(rawBlock && serverBlock);
-            // The server sends a row per step, or the raw samples of a power factor.
-            if (types[i] == 8)
-                EXPECT_EQ(serverBlock->Rows(), rawBlock->Rows());
-            else
-                EXPECT_LT(serverBlock->Rows(), rawBlock->Rows());
-            rawGrid.Add(*rawBlock, ids[i], types[i]);
-            serverGrid.Add(*serverBlock, ids[i], types[i]);
-            const MatrixBlockPtr expected = rawGrid.Data(ids[i]), got = serverGrid.Data(ids[i]);
-            ASSERT_TRUE(expected && got);
-            ASSERT_EQ(got->Rows(), expected->Rows());
-            int differences = 0;
-            for (qsizetype r = 0; r < expected->Rows(); ++r)
-                for (qsizetype c = 0; c < 2; ++c)
-                    if (!(got->Item(r, c) == expected->Item(r, c)) && differences++ < 5)
-                        ADD_FAILURE() << "row " << r << " column " << c << ": " << got->Item(r, c)
-                                      << " != " << expected->Item(r, c);
-            EXPECT_EQ(differences, 0);
+            ChannelCollection raw = request(), aggregated = request();
+            qint32 status = 0;
+            module->GetData(ids.join(';'), raw, from, to, status);
+            ASSERT_EQ(status, 1);
+            module->GetAggregatedData(ids.join(';'), aggregated, from, to, steps->start, steps->seconds, status);
+            ASSERT_EQ(status, 1);
+            EXPECT_EQ(aggregated.Text(ids.size()), "CLICKHOUSE;37");
+            for (qsizetype i = 0; i < ids.size(); ++i) {
+                SCOPED_TRACE(ids[i].toStdString());
+                const MatrixBlockPtr rawBlock = raw.Channel(i)->DataBlock();
+                const MatrixBlockPtr serverBlock = aggregated.Channel(i)->DataBlock();
+                ASSERT_TRUE(rawBlock && serverBlock);
+                // The server sends a row per step, or the raw samples of a power factor.
+                if (types[i] == 8)
+                    EXPECT_EQ(serverBlock->Rows(), rawBlock->Rows());
+                else
+                    EXPECT_LT(serverBlock->Rows(), rawBlock->Rows());
+                rawGrid.Add(*rawBlock, ids[i], types[i]);
+                serverGrid.Add(*serverBlock, ids[i], types[i]);
+                const MatrixBlockPtr expected = rawGrid.Data(ids[i]), got = serverGrid.Data(ids[i]);
+                ASSERT_TRUE(expected && got);
+                ASSERT_EQ(got->Rows(), expected->Rows());
+                int differences = 0;
+                for (qsizetype r = 0; r < expected->Rows(); ++r)
+                    for (qsizetype c = 0; c < 2; ++c)
+                        if (!(got->Item(r, c) == expected->Item(r, c)) && differences++ < 5)
+                            ADD_FAILURE() << "row " << r << " column " << c << ": " << got->Item(r, c)
+                                          << " != " << expected->Item(r, c);
+                EXPECT_EQ(differences, 0);
+            }
         }
     }
 
