@@ -13,6 +13,7 @@ packages=(
   xvfb xauth
   tango-icon-theme
   fonts-liberation poppler-utils
+  qt6-translations-l10n
 )
 
 missing=()

@@ -114,7 +114,7 @@ QString SpelledAsGiven(const QStringList& arguments, const QString& name)
 QString UsageText()
 {
     return QStringLiteral(
-        "Usage: sorano [VIEW.sor ...]\n"
+        "Usage: sorano [--new-instance] [VIEW.sor ...]\n"
         "       sorano --export-csv|--export-png|--export-svg OUT [--from DATE] [--to DATE]\n"
         "              [--resolution COUNTUNIT] VIEW.sor\n"
         "       sorano --print-pdf OUT.pdf [--report REP_0,REP_1,...] [--orientation portrait|landscape]\n"
@@ -126,6 +126,8 @@ QString UsageText()
         "              [--resolution COUNTUNIT] [--per-page N] [--axis MIN:MAX[,MIN:MAX]] [--fixed-line VALUE]\n"
         "              [--customer ...] [--report REP_0,...] --print-pdf OUT.pdf\n"
         "       sorano --help | --version\n"
+        "When a window of the program runs already, the views open in it and this start ends;\n"
+        "--new-instance opens a window of its own.\n"
         "DATE is \"yyyy-mm-dd hh:nn:ss\" or \"yyyy-mm-dd\"; one bound alone moves the view's window.\n"
         "COUNTUNIT is a count and a unit: s, n (minutes), h, d, ww, m, yyyy; as 15n, 1h, 1d.\n"
         "Reports: REP_0 chart (the default), REP_1 table, REP_2 full-page chart; each runs over\n"
@@ -157,6 +159,8 @@ CommandLine ParseCommandLine(const QStringList& arguments)
     const QCommandLineOption report(QStringLiteral("report"), QString(), QStringLiteral("IDS"));
     const QCommandLineOption orientation(QStringLiteral("orientation"), QString(), QStringLiteral("ORIENTATION"));
     parser.addOptions({ help, version, from, to, resolution, printPdf, report, orientation });
+    const QCommandLineOption newInstance(QStringLiteral("new-instance"));
+    parser.addOption(newInstance);
     const QCommandLineOption printBatch(QStringLiteral("print-batch"), QString(), QStringLiteral("NAME"));
     const QCommandLineOption source(QStringLiteral("source"), QString(), QStringLiteral("CHANNEL_KEY"));
     const QCommandLineOption customer(QStringLiteral("customer"), QString(), QStringLiteral("FIELDS"));
@@ -193,6 +197,8 @@ CommandLine ParseCommandLine(const QStringList& arguments)
         return command;
     }
 
+    // Without a window it changes nothing.
+    command.newInstance = parser.isSet(newInstance);
     const QStringList positional = parser.positionalArguments();
     const bool exportMode = parser.isSet(from) || parser.isSet(to) || parser.isSet(resolution) || parser.isSet(printPdf)
         || parser.isSet(report) || parser.isSet(orientation) || parser.isSet(printBatch) || parser.isSet(printSerial)

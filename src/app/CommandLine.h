@@ -55,6 +55,8 @@ struct CommandLine
     ExportJob job;
     // View files to open in the main window.
     QStringList views;
+    // A window of its own, even when the user's window runs already (--new-instance).
+    bool newInstance = false;
     // Why the arguments can't be used; empty when they can. Whatever the action, a command
     // line with an error does nothing but say so.
     QString error;

@@ -113,6 +113,9 @@ public:
     void ArrangeWindows(int arrangement);
 
     // --- documents
+    // No view refreshes, no report or batch runs, the commands are on and the program is not
+    // ending: a view may be opened from outside the menus now.
+    bool Idle() const { return !Busy() && !m_bCommandsHeld && !m_bTerminated; }
     // The open views in the order they were opened.
     const std::vector<std::unique_ptr<Measuring>>& Measurings() const { return m_colMeasurings; }
     // The view of the document area's current window; nothing when there is none.

@@ -8,12 +8,20 @@
 #include "MatrixScriptEngine.h"
 #include "Numeric.h"
 #include "Project.h"
+#include "QtTranslations.h"
 #include "Settings.h"
+#include "SingleInstance.h"
 #include "Version.h"
+#include "frm_Main.h"
 
 #include <QApplication>
+#include <QFileInfo>
+#include <QTimer>
+#include <QWidget>
 
 #include <cstdio>
+#include <memory>
+#include <utility>
 
 void StartProcess()
 {
@@ -63,6 +71,68 @@ void PrintError(const QString& message, bool withUsage)
     std::fflush(stderr);
 }
 
+// Views that later starts handed over open as the command line's views do, once the window
+// is up and neither a dialog nor a refresh or report run is in the way; every hand-over
+// brings the window to the front at once.
+class HandedViews
+{
+public:
+    HandedViews()
+    {
+        m_retry.setSingleShot(true);
+        m_retry.setInterval(200);
+        QObject::connect(&m_retry, &QTimer::timeout, [this] { Run(); });
+    }
+    void Add(const QStringList& files)
+    {
+        m_waiting << files;
+        m_raise = true;
+        Run();
+    }
+    void SetReady(bool ready)
+    {
+        m_ready = ready;
+        if (ready)
+            Run();
+        else
+            m_retry.stop();
+    }
+
+private:
+    void Run()
+    {
+        QWidget* window = g_cProject ? g_cProject->MainWindow() : nullptr;
+        if (!m_ready || !window || m_running || !window->isVisible())
+            return;
+        m_running = true;
+        if (std::exchange(m_raise, false)) {
+            if (window->isMinimized())
+                window->setWindowState((window->windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
+            window->raise();
+            window->activateWindow();
+        }
+        while (!m_waiting.isEmpty()) {
+            // A view opened meanwhile may refresh and let events through: each file asks again.
+            if (QApplication::activeModalWidget() || !g_cProject->Idle() || !window->isVisible()) {
+                m_retry.start();
+                break;
+            }
+            const QString file = m_waiting.takeFirst();
+            const bool opened = g_cProject->OpenMeasuring(file, false) != nullptr;
+            WriteLog(QStringLiteral("open from another start"),
+                (opened ? QStringLiteral("Opened %1.") : QStringLiteral("Could not open %1.")).arg(file),
+                QStringLiteral("Sub Main"), LogLevel::Info);
+        }
+        m_running = false;
+    }
+
+    QStringList m_waiting;
+    QTimer m_retry;
+    bool m_raise = false;
+    bool m_ready = false;
+    bool m_running = false;
+};
+
 } // namespace
 
 int SubMain(int argc, char** argv)
@@ -97,7 +167,29 @@ int SubMain(int argc, char** argv)
         QStringLiteral("%1.%2.%3").arg(SoranoVersionMajor).arg(SoranoVersionMinor).arg(SoranoVersionRevision));
     AppPaths::UseInstalledSettingsRoots();
 
+    // A window start goes to the user's window when one runs: it takes the views (named from
+    // this start's folder) and comes to the front, and this process ends without a window.
+    std::unique_ptr<SingleInstance> instance;
+    SingleInstance::Role role = SingleInstance::Role::Alone;
+    if (!exportMode) {
+        QStringList files;
+        for (const QString& view : command.views)
+            files << QFileInfo(view).absoluteFilePath();
+        instance = std::make_unique<SingleInstance>(SingleInstance::DefaultName());
+        role = instance->Start(files, command.newInstance);
+        if (role == SingleInstance::Role::HandedOver)
+            return ExitCode::Ok;
+    }
+
     StartProcess();
+    if (instance && role == SingleInstance::Role::Alone && !command.newInstance)
+        WriteLog(QStringLiteral("single instance"),
+            QStringLiteral("Neither listening as %1 nor handing over to the window that holds it worked; this start "
+                           "runs on its own.")
+                .arg(SingleInstance::DefaultName()),
+            QStringLiteral("Sub Main"), LogLevel::Info);
+    // The toolkit's dialogs speak the program's language.
+    QtTranslations::Install(g_lLangOffset < 1000);
 
     int exitCode = 0;
     if (exportMode) {
@@ -117,13 +209,20 @@ int SubMain(int argc, char** argv)
         g_cProject = nullptr;
     } else {
         g_cProject = new Project;
+        // Hand-overs that come during the start wait until the command line's views are open.
+        HandedViews handed;
+        QObject::connect(
+            instance.get(), &SingleInstance::FilesReceived, [&handed](const QStringList& files) { handed.Add(files); });
         g_cProject->Init();
         // With no main window there is nothing to wait for.
         if (g_cProject->MainWindow()) {
             for (const QString& view : command.views)
                 g_cProject->OpenMeasuring(view, false);
+            handed.SetReady(true);
             exitCode = app.exec();
         }
+        handed.SetReady(false);
+        instance.reset();
         delete g_cProject;
         g_cProject = nullptr;
     }
