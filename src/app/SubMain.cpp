@@ -16,6 +16,7 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QIcon>
 #include <QTimer>
 #include <QWidget>
 
@@ -166,6 +167,9 @@ int SubMain(int argc, char** argv)
     QCoreApplication::setApplicationVersion(
         QStringLiteral("%1.%2.%3").arg(SoranoVersionMajor).arg(SoranoVersionMinor).arg(SoranoVersionRevision));
     AppPaths::UseInstalledSettingsRoots();
+    // The windows carry the program's icon, and the desktop matches them to its menu entry.
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/ICO_APP.svg")));
+    QGuiApplication::setDesktopFileName(QStringLiteral("sorano"));
 
     // A window start goes to the user's window when one runs: it takes the views (named from
     // this start's folder) and comes to the front, and this process ends without a window.

@@ -162,11 +162,11 @@ QString DynamicDefault(Id id, const QString& arg)
 }
 
 // Values that are written back when the default had to be taken, so that the file shows
-// what the program uses.
+// what the program uses. The profile file is not among them: its default lies in the user's
+// own folder, and the machine-wide file must not hand one user's path to every other.
 bool WritesBackDefault(Id id, const QString& stored)
 {
     switch (id) {
-    case Id::Profiles:
     case Id::TableFontName:
         return stored.isEmpty();
     case Id::TableFontSize:
