@@ -84,6 +84,7 @@ constexpr std::string_view RedoStepsSql
 constexpr std::string_view VersionSql = "SELECT version() FORMAT TabSeparated";
 
 constexpr std::int64_t MsPerDay = 86'400'000;
+constexpr std::chrono::seconds PeriodLifetime { 10 };
 
 QString ToQString(std::string_view text)
 {
@@ -227,6 +228,7 @@ bool ClickHouseDataModule::EnsureReady(const QString& source, qint32& status)
     }
     ConfigureConnection(m_http, m_settings);
     m_cResolutions.Clear();
+    m_cPeriods.clear();
     const QUrl url(m_settings.url);
     if (!url.isValid() || (url.scheme() != "http" && url.scheme() != "https") || url.host().isEmpty()) {
         m_sFailure
@@ -358,18 +360,29 @@ qint32 ClickHouseDataModule::ReadBoundary(const QString& channelId, bool last, d
         return status;
     if (!ResolveChannel(channelId, id, numbering))
         return 1;
-    if ((status = Query(PeriodSql, { IdTable({ id }) }, "Reading the period of channel " + channelId.trimmed(), source))
-        != 1)
-        return status;
-    Reader reader(m_http.Body());
-    const auto count = reader.Fixed<std::uint64_t>();
-    const double first = reader.Float64();
-    const double lastDate = reader.Float64();
-    if (reader.Failed())
-        return Fail(
-            QueryFailed, "Reading the period of channel " + channelId.trimmed(), "the answer is cut short", source);
-    if (count > 0)
-        date = last ? lastDate : first;
+    // The program asks for both ends of every channel of a view at each refresh and each update
+    // of its menus, and the server reads all of a channel's times to answer: an answer serves
+    // both ends for a few seconds.
+    const auto now = std::chrono::steady_clock::now();
+    auto cached = m_cPeriods.find(id);
+    if (cached == m_cPeriods.end() || now - cached->read > PeriodLifetime) {
+        if ((status
+                = Query(PeriodSql, { IdTable({ id }) }, "Reading the period of channel " + channelId.trimmed(), source))
+            != 1)
+            return status;
+        Reader reader(m_http.Body());
+        Period period;
+        period.count = reader.Fixed<std::uint64_t>();
+        period.first = reader.Float64();
+        period.last = reader.Float64();
+        period.read = now;
+        if (reader.Failed())
+            return Fail(
+                QueryFailed, "Reading the period of channel " + channelId.trimmed(), "the answer is cut short", source);
+        cached = m_cPeriods.insert(id, period);
+    }
+    if (cached->count > 0)
+        date = last ? cached->last : cached->first;
     return 1;
 }
 

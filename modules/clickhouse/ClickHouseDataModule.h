@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <vector>
 
@@ -115,6 +116,15 @@ private:
     bool m_bHasInfo = false;
     QString m_sFailure;
     ClickHouse::Connection m_http;
+
+    // The number of samples and the first and last time of channels, as read at `read`.
+    struct Period
+    {
+        std::uint64_t count = 0;
+        double first = 0.0, last = 0.0;
+        std::chrono::steady_clock::time_point read;
+    };
+    QHash<qint64, Period> m_cPeriods;
 
     // Native resolutions from the info table.
     LoggerCatalog::Resolutions m_cResolutions;
