@@ -4,6 +4,7 @@
 #include "AppPaths.h"
 #include "CommandLine.h"
 #include "Globals.h"
+#include "HandedViews.h"
 #include "Logging.h"
 #include "MatrixScriptEngine.h"
 #include "Numeric.h"
@@ -12,17 +13,13 @@
 #include "Settings.h"
 #include "SingleInstance.h"
 #include "Version.h"
-#include "frm_Main.h"
 
 #include <QApplication>
 #include <QFileInfo>
 #include <QIcon>
-#include <QTimer>
-#include <QWidget>
 
 #include <cstdio>
 #include <memory>
-#include <utility>
 
 void StartProcess()
 {
@@ -71,68 +68,6 @@ void PrintError(const QString& message, bool withUsage)
         std::fputs(UsageText().toLocal8Bit().constData(), stderr);
     std::fflush(stderr);
 }
-
-// Views that later starts handed over open as the command line's views do, once the window
-// is up and neither a dialog nor a refresh or report run is in the way; every hand-over
-// brings the window to the front at once.
-class HandedViews
-{
-public:
-    HandedViews()
-    {
-        m_retry.setSingleShot(true);
-        m_retry.setInterval(200);
-        QObject::connect(&m_retry, &QTimer::timeout, [this] { Run(); });
-    }
-    void Add(const QStringList& files)
-    {
-        m_waiting << files;
-        m_raise = true;
-        Run();
-    }
-    void SetReady(bool ready)
-    {
-        m_ready = ready;
-        if (ready)
-            Run();
-        else
-            m_retry.stop();
-    }
-
-private:
-    void Run()
-    {
-        QWidget* window = g_cProject ? g_cProject->MainWindow() : nullptr;
-        if (!m_ready || !window || m_running || !window->isVisible())
-            return;
-        m_running = true;
-        if (std::exchange(m_raise, false)) {
-            if (window->isMinimized())
-                window->setWindowState((window->windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
-            window->raise();
-            window->activateWindow();
-        }
-        while (!m_waiting.isEmpty()) {
-            // A view opened meanwhile may refresh and let events through: each file asks again.
-            if (QApplication::activeModalWidget() || !g_cProject->Idle() || !window->isVisible()) {
-                m_retry.start();
-                break;
-            }
-            const QString file = m_waiting.takeFirst();
-            const bool opened = g_cProject->OpenMeasuring(file, false) != nullptr;
-            WriteLog(QStringLiteral("open from another start"),
-                (opened ? QStringLiteral("Opened %1.") : QStringLiteral("Could not open %1.")).arg(file),
-                QStringLiteral("Sub Main"), LogLevel::Info);
-        }
-        m_running = false;
-    }
-
-    QStringList m_waiting;
-    QTimer m_retry;
-    bool m_raise = false;
-    bool m_ready = false;
-    bool m_running = false;
-};
 
 } // namespace
 
