@@ -200,20 +200,26 @@ qint32 ClickHouseDataModule::Fail(qint32 status, const QString& what, const QStr
 qint32 ClickHouseDataModule::Query(
     std::string_view sql, const std::vector<ExternalTable>& tables, const QString& what, const QString& source)
 {
-    switch (m_http.Run(sql, tables)) {
+    return Status(m_http.Run(sql, tables), m_http, what, source);
+}
+
+qint32 ClickHouseDataModule::Status(
+    Outcome outcome, const ClickHouse::Connection& http, const QString& what, const QString& source)
+{
+    switch (outcome) {
     case Outcome::Ok:
         return 1;
     case Outcome::Unreachable:
-        return Fail(Unreachable, what, m_http.Error(), source);
+        return Fail(Unreachable, what, http.Error(), source);
     case Outcome::TimedOut:
         return Fail(TimedOut, what, "no answer within " + QString::number(m_settings.timeoutSeconds) + " s", source);
     case Outcome::LoginRefused:
-        return Fail(LoginRefused, what, "the server refused the login: " + m_http.Error(), source);
+        return Fail(LoginRefused, what, "the server refused the login: " + http.Error(), source);
     case Outcome::ServerError:
         // The database named in the settings does not exist: no logger tables there.
-        if (m_http.Error().startsWith(QLatin1String("Code: 81,")))
+        if (http.Error().startsWith(QLatin1String("Code: 81,")))
             return Fail(ForeignSchema, what, "the database " + m_settings.database + " does not exist", source);
-        return Fail(QueryFailed, what, m_http.Error(), source);
+        return Fail(QueryFailed, what, http.Error(), source);
     }
     return QueryFailed;
 }
@@ -536,8 +542,8 @@ qint32 ClickHouseDataModule::ReadSteps(
         return 1;
     const QString what = QStringLiteral("Reading the aggregated samples");
     // Rows of channel, step, count, largest, smallest, sum, and whether the sum is in order of time.
-    const auto read = [&](std::vector<StepRow>& rows, std::vector<size_t>* unordered) {
-        Reader reader(m_http.Body());
+    const auto read = [&](const std::vector<char>& body, std::vector<StepRow>& rows, std::vector<size_t>* unordered) {
+        Reader reader(body);
         while (!reader.AtEnd()) {
             StepRow row;
             row.channel = reader.Int64();
@@ -557,11 +563,28 @@ qint32 ClickHouseDataModule::ReadSteps(
         return true;
     };
     const ExternalTable window = WindowTable(from, to, gridStartMs, stepMs);
-    if (const qint32 status = Query(StepsSql, { IdTable(ids), window }, what, source); status != 1)
-        return status;
+    // Each query sums on one thread: several channels are split over two queries that the
+    // server runs side by side. The first half's ids are the smaller, so the rows stay ordered.
     std::vector<size_t> unordered;
-    if (!read(m_cSteps, &unordered))
-        return Fail(QueryFailed, what, "the answer is cut short", source);
+    if (ids.size() == 1) {
+        if (const qint32 status = Query(StepsSql, { IdTable(ids), window }, what, source); status != 1)
+            return status;
+        if (!read(m_http.Body(), m_cSteps, &unordered))
+            return Fail(QueryFailed, what, "the answer is cut short", source);
+    } else {
+        ConfigureConnection(m_httpSide, m_settings);
+        const auto half = ids.begin() + static_cast<std::ptrdiff_t>(ids.size() / 2);
+        const std::vector<Outcome> outcomes = ClickHouse::Connection::RunTogether({
+            { &m_http, StepsSql, { IdTable({ ids.begin(), half }), window } },
+            { &m_httpSide, StepsSql, { IdTable({ half, ids.end() }), window } },
+        });
+        if (const qint32 status = Status(outcomes[0], m_http, what, source); status != 1)
+            return status;
+        if (const qint32 status = Status(outcomes[1], m_httpSide, what, source); status != 1)
+            return status;
+        if (!read(m_http.Body(), m_cSteps, &unordered) || !read(m_httpSide.Body(), m_cSteps, &unordered))
+            return Fail(QueryFailed, what, "the answer is cut short", source);
+    }
     if (unordered.empty())
         return 1;
 
@@ -573,7 +596,7 @@ qint32 ClickHouseDataModule::ReadSteps(
     if (const qint32 status = Query(RedoStepsSql, { IdTable(ids), window, redo }, what, source); status != 1)
         return status;
     std::vector<StepRow> again;
-    if (!read(again, nullptr) || again.size() != unordered.size())
+    if (!read(m_http.Body(), again, nullptr) || again.size() != unordered.size())
         return Fail(QueryFailed, what, "the answer is cut short", source);
     // Both answers are ordered by channel and step; samples written in between change the steps.
     for (size_t i = 0; i < unordered.size(); ++i) {

@@ -92,6 +92,9 @@ private:
     qint32 CheckSchema(const QString& source);
     qint32 LoadInfo(const QString& source);
     // Runs a query; on failure logs one line, keeps the reason and returns the status.
+    // The status of a request's outcome, failures logged with what was done and the reason.
+    qint32 Status(
+        ClickHouse::Outcome outcome, const ClickHouse::Connection& http, const QString& what, const QString& source);
     qint32 Query(std::string_view sql, const std::vector<ClickHouse::ExternalTable>& tables, const QString& what,
         const QString& source);
     qint32 Fail(qint32 status, const QString& what, const QString& reason, const QString& source);
@@ -116,6 +119,7 @@ private:
     bool m_bHasInfo = false;
     QString m_sFailure;
     ClickHouse::Connection m_http;
+    ClickHouse::Connection m_httpSide; // the second of two queries run side by side
 
     // The number of samples and the first and last time of channels, as read at `read`.
     struct Period

@@ -43,6 +43,7 @@ Connection::Connection()
 
 Connection::~Connection()
 {
+    curl_mime_free(static_cast<curl_mime*>(m_form));
     if (m_curl)
         curl_easy_cleanup(Handle(m_curl));
 }
@@ -80,12 +81,61 @@ size_t Connection::Receive(char* data, size_t size, size_t count, void* self)
 
 Outcome Connection::Run(std::string_view query, const std::vector<ExternalTable>& tables, std::string_view body)
 {
+    if (!Begin(query, tables, body))
+        return Outcome::Unreachable;
+    return Finish(curl_easy_perform(Handle(m_curl)));
+}
+
+std::vector<Outcome> Connection::RunTogether(const std::vector<Request>& requests)
+{
+    std::vector<Outcome> outcomes(requests.size(), Outcome::Unreachable);
+    CURLM* multi = curl_multi_init();
+    std::vector<bool> running(requests.size(), false);
+    for (size_t i = 0; i < requests.size(); ++i) {
+        const Request& request = requests[i];
+        if (!request.connection->Begin(request.query, request.tables, {}))
+            continue;
+        if (!multi || curl_multi_add_handle(multi, Handle(request.connection->m_curl)) != CURLM_OK) {
+            // Without the multi interface the request runs on its own.
+            outcomes[i] = request.connection->Finish(curl_easy_perform(Handle(request.connection->m_curl)));
+            continue;
+        }
+        running[i] = true;
+    }
+    // Each handle ends by its own timeout; the loop ends when all have ended.
+    int active = 0;
+    do {
+        if (!multi || curl_multi_perform(multi, &active) != CURLM_OK)
+            break;
+        if (active > 0 && curl_multi_poll(multi, nullptr, 0, 100, nullptr) != CURLM_OK)
+            break;
+    } while (active > 0);
+    std::vector<CURLcode> results(requests.size(), CURLE_RECV_ERROR);
+    int left = 0;
+    while (CURLMsg* message = multi ? curl_multi_info_read(multi, &left) : nullptr)
+        if (message->msg == CURLMSG_DONE)
+            for (size_t i = 0; i < requests.size(); ++i)
+                if (running[i] && Handle(requests[i].connection->m_curl) == message->easy_handle)
+                    results[i] = message->data.result;
+    for (size_t i = 0; i < requests.size(); ++i) {
+        if (!running[i])
+            continue;
+        curl_multi_remove_handle(multi, Handle(requests[i].connection->m_curl));
+        outcomes[i] = requests[i].connection->Finish(results[i]);
+    }
+    if (multi)
+        curl_multi_cleanup(multi);
+    return outcomes;
+}
+
+bool Connection::Begin(std::string_view query, const std::vector<ExternalTable>& tables, std::string_view body)
+{
     m_body.clear();
     m_error.clear();
     CURL* curl = Handle(m_curl);
     if (!curl) {
         m_error = QStringLiteral("the HTTP library could not be initialised");
-        return Outcome::Unreachable;
+        return false;
     }
 
     // The arguments of the URL as entered stay; ours follow.
@@ -121,28 +171,34 @@ Outcome Connection::Run(std::string_view query, const std::vector<ExternalTable>
     curl_easy_setopt(curl, CURLOPT_NETRC, static_cast<long>(CURL_NETRC_OPTIONAL));
     curl_easy_setopt(curl, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BASIC));
 
-    curl_mime* form = nullptr;
     if (!tables.empty()) {
-        form = curl_mime_init(curl);
+        // The form copies the tables' rows.
+        m_form = curl_mime_init(curl);
         for (const ExternalTable& table : tables) {
-            curl_mimepart* part = curl_mime_addpart(form);
+            curl_mimepart* part = curl_mime_addpart(static_cast<curl_mime*>(m_form));
             curl_mime_name(part, table.name.constData());
             curl_mime_filename(part, table.name.constData());
             curl_mime_data(part, table.rows.data(), table.rows.size());
         }
-        curl_easy_setopt(curl, CURLOPT_MIMEPOST, form);
+        curl_easy_setopt(curl, CURLOPT_MIMEPOST, static_cast<curl_mime*>(m_form));
     } else {
+        // The body is not copied: it must outlive the request, as Run's argument does.
         curl_easy_setopt(curl, CURLOPT_POST, 1L);
         curl_easy_setopt(curl, CURLOPT_POSTFIELDS, body.data());
         curl_easy_setopt(curl, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
     }
+    return true;
+}
 
-    const CURLcode rc = curl_easy_perform(curl);
+Outcome Connection::Finish(int code)
+{
+    CURL* curl = Handle(m_curl);
+    const auto rc = static_cast<CURLcode>(code);
     long status = 0;
     curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status);
-    // The form points at the tables' rows: freed before they go.
     curl_easy_setopt(curl, CURLOPT_MIMEPOST, nullptr);
-    curl_mime_free(form);
+    curl_mime_free(static_cast<curl_mime*>(m_form));
+    m_form = nullptr;
 
     if (rc != CURLE_OK) {
         m_error = QString::fromUtf8(curl_easy_strerror(rc));

@@ -53,6 +53,15 @@ public:
     // Runs the query; with external tables as a multipart form, else with body as the request's
     // data (an INSERT's rows). The answer lands in Body(), replacing the last one.
     Outcome Run(std::string_view query, const std::vector<ExternalTable>& tables = {}, std::string_view body = {});
+    // Queries of several connections at the same time, each with its own timeout: a server
+    // works on each with threads of its own. The answers land in each connection's Body().
+    struct Request
+    {
+        Connection* connection = nullptr;
+        std::string_view query;
+        std::vector<ExternalTable> tables;
+    };
+    static std::vector<Outcome> RunTogether(const std::vector<Request>& requests);
     // The answer of the last request, reused between requests.
     const std::vector<char>& Body() const { return m_body; }
     // One line saying why the last request failed: the server's first error line or libcurl's text.
@@ -60,8 +69,13 @@ public:
 
 private:
     static size_t Receive(char* data, size_t size, size_t count, void* self);
+    // Sets the handle up for the query; false when there is no handle.
+    bool Begin(std::string_view query, const std::vector<ExternalTable>& tables, std::string_view body);
+    // How the request that the handle performed ended (code: libcurl's result).
+    Outcome Finish(int code);
 
     void* m_curl = nullptr;
+    void* m_form = nullptr; // the multipart form of the running request
     QUrl m_url;
     QString m_database;
     QString m_user;

@@ -324,6 +324,25 @@ TEST_F(ClickHouseModuleTest, AggregatesOfTheServerPutOnTheGridEqualTheRawSamples
         }
     }
 
+    // The channels' steps go as two queries side by side: a table that went away fails the
+    // call once, with the server's reason, and no channel gets a block.
+    QString error;
+    ASSERT_TRUE(server->Execute(QString("RENAME TABLE %1.samples TO %1.gone").arg(database), nullptr, &error))
+        << error.toStdString();
+    handler.lines.clear();
+    const QStringList summed = ids.mid(0, 4); // no power factor: every channel by steps
+    ChannelCollection failed = Request(summed);
+    for (qsizetype i = 0; i < summed.size(); ++i)
+        failed.Channel(i)->SetDataType(types[i]);
+    qint32 failure = 0;
+    module->GetAggregatedData(summed.join(';'), failed, Day, Day + 1, Day, 3600, failure);
+    EXPECT_EQ(failure, ClickHouseDataModule::QueryFailed);
+    EXPECT_EQ(handler.Count({ "aggregated samples", "samples doesn't exist" }, 3), 1) << handler.All();
+    EXPECT_EQ(handler.lines.size(), 1u) << handler.All();
+    EXPECT_EQ(BlockRows(failed), (std::vector<qsizetype> { -1, -1, -1, -1 }));
+    ASSERT_TRUE(server->Execute(QString("RENAME TABLE %1.gone TO %1.samples").arg(database), nullptr, &error))
+        << error.toStdString();
+
     // Switched off, the server sends the raw samples.
     settings.SetUser(ModuleKey, "Aggregate", "0");
     module = Open();
