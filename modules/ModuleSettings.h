@@ -26,6 +26,25 @@ inline QString Read(const QString& registrationName, const QString& valueName)
     return key.ReadValue(Hive::LocalMachine, Key(registrationName), valueName).trimmed();
 }
 
+// A switch: off for "0", "false", "no" or "off" in any case, else (also when unset) as fallback
+// for an empty value and on for anything else.
+inline bool ReadSwitch(const QString& registrationName, const QString& valueName, bool fallback)
+{
+    const QString text = Read(registrationName, valueName).toLower();
+    if (text.isEmpty())
+        return fallback;
+    return !(text == QLatin1String("0") || text == QLatin1String("false") || text == QLatin1String("no")
+        || text == QLatin1String("off"));
+}
+
+// A whole number above 0, or fallback for anything else.
+inline int ReadPositive(const QString& registrationName, const QString& valueName, int fallback)
+{
+    bool ok = false;
+    const int number = Read(registrationName, valueName).toInt(&ok);
+    return ok && number > 0 ? number : fallback;
+}
+
 // Whether the program runs with its English texts (language offset 1000).
 inline bool UseEnglish()
 {

@@ -158,12 +158,8 @@ ClickHouseDataModule::Settings ClickHouseDataModule::ConfiguredSettings() const
     read(UrlValue, settings.url);
     read(DatabaseValue, settings.database);
     read(UserValue, settings.user);
-    bool ok = false;
-    const int seconds = ModuleSettings::Read(m_registration.name, TimeoutValue).toInt(&ok);
-    if (ok && seconds > 0)
-        settings.timeoutSeconds = seconds;
-    const QString aggregate = ModuleSettings::Read(m_registration.name, AggregateValue).toLower();
-    settings.aggregate = !(aggregate == "0" || aggregate == "false" || aggregate == "no" || aggregate == "off");
+    settings.timeoutSeconds = ModuleSettings::ReadPositive(m_registration.name, TimeoutValue, settings.timeoutSeconds);
+    settings.aggregate = ModuleSettings::ReadSwitch(m_registration.name, AggregateValue, settings.aggregate);
     return settings;
 }
 

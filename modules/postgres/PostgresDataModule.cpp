@@ -90,12 +90,8 @@ PostgresDataModule::Settings PostgresDataModule::ConfiguredSettings() const
     const QString schema = ModuleSettings::Read(m_registration.name, SchemaValue);
     if (!schema.isEmpty())
         settings.schema = schema;
-    bool ok = false;
-    const int timeout = ModuleSettings::Read(m_registration.name, TimeoutValue).toInt(&ok);
-    if (ok && timeout > 0)
-        settings.timeoutSeconds = timeout;
-    const QString aggregate = ModuleSettings::Read(m_registration.name, AggregateValue);
-    settings.aggregate = aggregate != QLatin1String("0") && aggregate.compare("false", Qt::CaseInsensitive) != 0;
+    settings.timeoutSeconds = ModuleSettings::ReadPositive(m_registration.name, TimeoutValue, settings.timeoutSeconds);
+    settings.aggregate = ModuleSettings::ReadSwitch(m_registration.name, AggregateValue, settings.aggregate);
     return settings;
 }
 
